@@ -1,0 +1,38 @@
+# Every outside library the project links, as imported targets with one name each.
+
+find_package(PkgConfig REQUIRED)
+find_package(Threads REQUIRED)
+
+# wxWidgets: strings, containers, streams, logging, modules (base) and the XML tree (xml).
+find_program(WX_CONFIG_EXECUTABLE NAMES wx-config REQUIRED)
+set(wxWidgets_CONFIG_EXECUTABLE "${WX_CONFIG_EXECUTABLE}")
+find_package(wxWidgets 3.2 REQUIRED COMPONENTS base xml)
+add_library(qxp_wxbase INTERFACE)
+add_library(qxp::wxbase ALIAS qxp_wxbase)
+target_include_directories(qxp_wxbase SYSTEM INTERFACE ${wxWidgets_INCLUDE_DIRS})
+target_compile_definitions(qxp_wxbase INTERFACE ${wxWidgets_DEFINITIONS} wxUSE_GUI=0)
+target_link_libraries(qxp_wxbase INTERFACE ${wxWidgets_LIBRARIES} Threads::Threads)
+
+# The script engine.
+pkg_check_modules(mozjs REQUIRED IMPORTED_TARGET mozjs-102)
+add_library(qxp_mozjs INTERFACE)
+add_library(qxp::mozjs ALIAS qxp_mozjs)
+target_include_directories(qxp_mozjs SYSTEM INTERFACE ${mozjs_INCLUDE_DIRS})
+target_link_libraries(qxp_mozjs INTERFACE ${mozjs_LINK_LIBRARIES})
+
+# The option parser of the console host.
+find_package(CLI11 2.1 REQUIRED)
+
+if(QXP_BUILD_TESTS)
+  find_package(GTest REQUIRED)
+  find_path(RAPIDCHECK_INCLUDE_DIR rapidcheck.h REQUIRED)
+  find_library(RAPIDCHECK_LIBRARY rapidcheck REQUIRED)
+  add_library(qxp_rapidcheck INTERFACE)
+  add_library(qxp::rapidcheck ALIAS qxp_rapidcheck)
+  target_include_directories(qxp_rapidcheck SYSTEM INTERFACE ${RAPIDCHECK_INCLUDE_DIR})
+  target_link_libraries(qxp_rapidcheck INTERFACE ${RAPIDCHECK_LIBRARY})
+endif()
+
+if(QXP_BUILD_BENCH)
+  find_package(benchmark REQUIRED)
+endif()
