@@ -1,0 +1,66 @@
+#pragma once
+
+#include <cwchar>
+
+/// What every scanner of a line needs: character classes and skips over wide text. Places are pointers into a text that
+/// ends at `end`; nothing here stops at a NUL.
+namespace text_detail
+{
+
+/// An ASCII letter, digit or "_"; no other letters belong to words.
+constexpr bool IsWordChar(wchar_t character)
+{
+    const auto code = static_cast<unsigned int>(character);
+    return (code | 0x20U) - 'a' < 26 || code - '0' < 10 || code == '_';
+}
+
+/// A space or a tab; line ends are not blank.
+constexpr bool IsBlank(wchar_t character)
+{
+    return character == L' ' || character == L'\t';
+}
+
+/// The first place from `at` on that is not blank.
+inline const wchar_t* SkipBlanks(const wchar_t* at, const wchar_t* end)
+{
+    while (at != end && IsBlank(*at))
+        ++at;
+    return at;
+}
+
+/// The first place from `at` on that does not belong to a word.
+inline const wchar_t* SkipWord(const wchar_t* at, const wchar_t* end)
+{
+    while (at != end && IsWordChar(*at))
+        ++at;
+    return at;
+}
+
+/// The next `character` from `at` on, or `end`.
+inline const wchar_t* FindChar(const wchar_t* at, const wchar_t* end, wchar_t character)
+{
+    const wchar_t* found = at == end ? nullptr : std::wmemchr(at, character, static_cast<size_t>(end - at));
+    return found ? found : end;
+}
+
+/// Whether an odd number of backslashes stands directly before `at`, looking back no further than `start`.
+inline bool IsEscaped(const wchar_t* at, const wchar_t* start)
+{
+    const wchar_t* run = at;
+    while (run > start && run[-1] == L'\\')
+        --run;
+    return (at - run) % 2 != 0;
+}
+
+/// The quote that closes the string opened by the quote at `open`: the next same one that is not escaped. `end` when
+/// there is none. Linear: the backslashes looked back at end at the quote examined before, so none is counted twice.
+inline const wchar_t* FindClosingQuote(const wchar_t* open, const wchar_t* end)
+{
+    const wchar_t* const inside = open + 1;
+    const wchar_t* quote = FindChar(inside, end, *open);
+    while (quote != end && IsEscaped(quote, inside))
+        quote = FindChar(quote + 1, end, *open);
+    return quote;
+}
+
+} // namespace text_detail
