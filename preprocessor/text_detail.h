@@ -10,8 +10,8 @@ namespace text_detail
 /// An ASCII letter, digit or "_"; no other letters belong to words.
 constexpr bool IsWordChar(wchar_t character)
 {
-    const auto code = static_cast<unsigned int>(character);
-    return (code | 0x20U) - 'a' < 26 || code - '0' < 10 || code == '_';
+    return (character >= L'a' && character <= L'z') || (character >= L'A' && character <= L'Z') ||
+           (character >= L'0' && character <= L'9') || character == L'_';
 }
 
 /// A space or a tab; line ends are not blank.

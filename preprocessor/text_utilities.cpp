@@ -222,8 +222,8 @@ constexpr AsciiTable CharacterOf = MakeCharacters();
 /// A table's entry, 0 for characters beyond it.
 constexpr wchar_t LookUp(const AsciiTable& table, wchar_t character)
 {
-    const auto code = static_cast<size_t>(character);
-    return code < AsciiCount ? table[code] : L'\0';
+    const bool isAscii = character >= 0 && static_cast<size_t>(character) < AsciiCount;
+    return isAscii ? table[static_cast<unsigned char>(character)] : L'\0';
 }
 
 constexpr bool NeedsEscape(wchar_t character)
