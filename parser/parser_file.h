@@ -1,0 +1,51 @@
+#pragma once
+
+#include "base/api.h"
+
+#include <wx/hashmap.h>
+#include <wx/object.h>
+#include <wx/sharedptr.h>
+#include <wx/string.h>
+
+#include <memory>
+
+class CParser;
+class CParserBlock;
+class CParserUnit;
+
+/// One source text known to a parser. Shared by the parser's file table and by every unit made from it, so that a unit
+/// can always tell where it came from.
+class VC_QXPARSER_API CParserFile : public wxObject
+{
+public:
+    /// @param parser the parser whose file table holds this file; not owned.
+    /// @param from the unit on whose behalf the text is read, or null for a top-level text. The file keeps a private copy
+    ///        (text, file and line).
+    CParserFile(CParser* parser, const CParserUnit* from);
+    ~CParserFile() override;
+
+    CParserFile(const CParserFile&) = delete;
+    CParserFile& operator=(const CParserFile&) = delete;
+
+    /// Names the file and cuts `text` into lines, one unit of `block` each. Line ends are "\r\n", "\r" and "\n", in any
+    /// mix; lines are numbered from 1. Without `keepEmptyLines` an empty line makes no unit but still counts. A text that
+    /// ends with a line end has no further, empty line.
+    /// @return 0, always.
+    long Load(const wxString& text, const wxString& name, CParserBlock* block, bool keepEmptyLines);
+
+    /// The key of this file in its parser's table; for a text without a file name a unique made-up one.
+    const wxString& GetName() const { return m_name; }
+
+    /// The copy of the unit that caused this file to be read, or null for a top-level text. Owned by the file.
+    const CParserUnit* GetIncludedFrom() const { return m_includedFrom.get(); }
+
+private:
+    CParser* m_parser;
+    std::unique_ptr<CParserUnit> m_includedFrom;
+    wxString m_name;
+
+    wxDECLARE_CLASS(CParserFile);
+};
+
+/// From a file's name to the file.
+WX_DECLARE_STRING_HASH_MAP_WITH_DECL(wxSharedPtr<CParserFile>, CHashParserFile, class VC_QXPARSER_API);

@@ -1,0 +1,47 @@
+#include "parser/parser_unit.h"
+
+#include "parser/parser_block.h"
+
+#include <string>
+#include <utility>
+
+wxIMPLEMENT_CLASS(CParserUnit, wxObject);
+
+CParserUnit::CParserUnit(wxSharedPtr<CParserFile> file, CParserBlock* block, const wxString& text, unsigned long line)
+    : m_file(std::move(file)), m_block(block), m_line(line), m_text(text)
+{
+}
+
+CParserUnit* CParserUnit::Clone()
+{
+    return new CParserUnit(wxSharedPtr<CParserFile>(), nullptr, m_text, 0);
+}
+
+wxString CParserUnit::GetFileName() const
+{
+    return m_file ? m_file->GetName() : wxString();
+}
+
+wxString CParserUnit::GetContext() const
+{
+    return FormatContext(m_file.get(), m_line);
+}
+
+unsigned int CParserUnit::SplitAt(size_t pos, int index)
+{
+    size_t tailStart = m_text.find_first_not_of(L" \t\n\r", pos);
+    if (tailStart == wxString::npos)
+        tailStart = m_text.length();
+    auto* const tail = new CParserUnit(m_file, nullptr, m_text.Mid(tailStart), m_line);
+    m_text.Truncate(pos);
+    return m_block->InsertBehind(tail, index < 0 ? m_block->IndexOf(this) : index);
+}
+
+wxString FormatContext(const CParserFile* file, unsigned long line)
+{
+    // Every conditional section keeps such a text, so it is put together without the cost of a format.
+    wxString context = wxS("file \"");
+    if (file)
+        context += file->GetName();
+    return context.append(wxS("\" line ")).append(std::to_wstring(line));
+}
