@@ -1,0 +1,187 @@
+#include "script/script.h"
+#include "script/script_link.h"
+#include "script/value_conversion.h"
+
+/// One evaluation or call in progress on a context.
+class CJScript::ScopeLevel
+{
+public:
+    explicit ScopeLevel(CJScript& script) : m_script(script) { m_script.IncScopeLevel(); }
+    ~ScopeLevel() { m_script.DecScopeLevel(); }
+    ScopeLevel(const ScopeLevel&) = delete;
+    ScopeLevel& operator=(const ScopeLevel&) = delete;
+
+private:
+    CJScript& m_script;
+};
+
+namespace
+{
+
+constexpr const char* EvaluatedFile = "local";
+
+} // namespace
+
+template <typename Convert>
+bool CJScript::EvaluateWith(const wxString& text, CJScriptLink* link, Convert convert)
+{
+    CleanError();
+    if (!m_context)
+        return false;
+    const CJScriptLink* const target = link ? link : m_global;
+    bool evaluated = false;
+    {
+        const wxThreadCriticalSectionLocker lock(m_ThreadCriticalSection);
+        const ScopeLevel level(*this);
+        jsval value = JSVAL_VOID;
+        evaluated = JS_EvaluateWide(m_context, target ? target->GetJSObject() : nullptr, text.wx_str(), text.length(),
+                                    EvaluatedFile, 0, &value) &&
+                    convert(value);
+    }
+    if (!evaluated)
+        CommonReportError(link, text, nullptr, nullptr);
+    return evaluated;
+}
+
+bool CJScript::Evaluate(const wxString& text, CJScriptLink* link)
+{
+    return EvaluateWith(text, link, [](jsval) { return true; });
+}
+
+bool CJScript::Evaluate(const wxString& text, CJScriptLink* link, bool& out)
+{
+    out = false;
+    return EvaluateWith(text, link, [&](jsval value) {
+        JSBool truth = JS_FALSE;
+        out = JS_ValueToBoolean(m_context, value, &truth) && truth;
+        return true;
+    });
+}
+
+bool CJScript::Evaluate(const wxString& text, CJScriptLink* link, int& out)
+{
+    out = -1;
+    return EvaluateWith(text, link, [&](jsval value) {
+        out = JSVAL_IS_DOUBLE(value) ? TruncateToInt(*JSVAL_TO_DOUBLE(value)) : static_cast<int>(value >> 1);
+        return true;
+    });
+}
+
+bool CJScript::Evaluate(const wxString& text, CJScriptLink* link, wxString& out)
+{
+    out.clear();
+    return EvaluateWith(text, link, [&](jsval value) {
+        JSString* const string = JS_ValueToString(m_context, value);
+        return string && JS_StringToWide(m_context, string, out);
+    });
+}
+
+bool CJScript::Evaluate(const wxString& text, CJScriptLink* link, CJScriptLink*& out)
+{
+    bool isObject = false;
+    CJScriptLink* found = nullptr;
+    const bool evaluated = EvaluateWith(text, link, [&](jsval value) {
+        isObject = jsval_to_pCJScriptLink(m_context, value, found);
+        return true;
+    });
+    if (!evaluated || isObject)
+        out = found;
+    return evaluated && isObject;
+}
+
+bool CJScript::Execute(const wxString& text, CJScriptLink* link, wxString* report)
+{
+    if (!m_global)
+        return false;
+    if (text.empty())
+        return true;
+    m_hideError = false;
+    if (Evaluate(text, link) || m_hideError)
+        return true;
+    CommonReportError(link, text, nullptr, report);
+    return false;
+}
+
+JSFunction* CJScript::LookUpFunction(const wxString& name, CJScriptLink* link)
+{
+    if (!link || !link->GetJSObject() || !link->GetContext())
+        return nullptr;
+    const wxThreadCriticalSectionLocker lock(m_ThreadCriticalSection);
+    jsval value = JSVAL_VOID;
+    if (!JS_GetWideProperty(link->GetContext(), link->GetJSObject(), name.wx_str(), name.length(), &value) ||
+        JSVAL_IS_PRIMITIVE(value) || !JS_ObjectIsFunction(link->GetContext(), JSVAL_TO_OBJECT(value)))
+        return nullptr;
+    return JS_ValueToFunction(link->GetContext(), value);
+}
+
+bool CJScript::HasFunction(const wxString& name, CJScriptLink* link)
+{
+    return LookUpFunction(name, link) != nullptr;
+}
+
+bool CJScript::Call(const wxString& name, CJScriptLink* link)
+{
+    return CallNamed(name, link, nullptr, 0, nullptr);
+}
+
+bool CJScript::Call(const wxString& name, CJScriptLink* link, wxString arg)
+{
+    if (!m_context)
+        return false;
+    const wxThreadCriticalSectionLocker lock(m_ThreadCriticalSection);
+    jsval value = wxString_to_jsval(m_context, arg);
+    return CallNamed(name, link, nullptr, 1, &value);
+}
+
+bool CJScript::Call(const wxString& name, CJScriptLink* link, CJScriptLink* arg)
+{
+    jsval value = arg ? OBJECT_TO_JSVAL(arg->GetJSObject()) : JSVAL_NULL;
+    return CallNamed(name, link, nullptr, 1, &value);
+}
+
+bool CJScript::CallWithRet(const wxString& name, CJScriptLink* link, int& ret)
+{
+    jsval value = JSVAL_VOID;
+    const bool called = CallNamed(name, link, &value, 0, nullptr);
+    ret = static_cast<int>(value);
+    return called;
+}
+
+bool CJScript::CallWithRet(const wxString& name, CJScriptLink* link, jsval* ret, int argc, jsval* argv)
+{
+    return CallNamed(name, link, ret, argc, argv);
+}
+
+bool CJScript::CallWithRet(JSFunction* fn, CJScriptLink* link, jsval* ret, int argc, jsval* argv)
+{
+    CleanError();
+    if (!fn)
+        return false;
+    return CallReported(fn, wxString(JS_GetFunctionName(fn), wxConvLibc), link, ret, argc, argv);
+}
+
+bool CJScript::CallNamed(const wxString& name, CJScriptLink* link, jsval* ret, int argc, jsval* argv)
+{
+    CleanError();
+    const wxThreadCriticalSectionLocker lock(m_ThreadCriticalSection);
+    JSFunction* const fn = LookUpFunction(name, link);
+    return fn && CallReported(fn, name, link, ret, argc, argv);
+}
+
+bool CJScript::CallReported(JSFunction* fn, const wxString& name, CJScriptLink* link, jsval* ret, int argc, jsval* argv)
+{
+    if (!m_context)
+        return false;
+    bool called = false;
+    {
+        const wxThreadCriticalSectionLocker lock(m_ThreadCriticalSection);
+        const ScopeLevel level(*this);
+        jsval value = JSVAL_VOID;
+        called = JS_CallFunction(m_context, link ? link->GetJSObject() : nullptr, fn, static_cast<uintN>(argc), argv, &value);
+        if (ret)
+            *ret = value;
+    }
+    if (!called)
+        CommonReportError(link, name, fn, nullptr);
+    return called;
+}

@@ -1,0 +1,55 @@
+#pragma once
+
+#include "base/api.h"
+#include "script/script_class.h"
+#include "script/script_link.h"
+
+#include <wx/object.h>
+
+#include <cstdint>
+
+/// Carries a native pointer through script, which can only hold it and pass it back. The pointer is not owned.
+class VC_QXPARSER_API qxjsPointer : public wxObject
+{
+public:
+    explicit qxjsPointer(void* value);
+
+    void* GetValue() const { return m_value; }
+    void SetValue(void* value) { m_value = value; }
+
+    virtual CJScriptLink* GetJSLink() { return &m_link; }
+    virtual const CJScriptLink* GetJSLink() const { return &m_link; }
+    virtual const JSMap* GetJSMap() const { return &m_JSMap; }
+
+    static const JSMap m_JSMap;
+    static CJScriptLinkClass ms_JSClass;
+
+private:
+    CJScriptLink m_link;
+    void* m_value;
+
+    wxDECLARE_CLASS(qxjsPointer);
+};
+
+/// Carries a size through script, which can only hold it and pass it back.
+class VC_QXPARSER_API qxjsSize_t : public wxObject
+{
+public:
+    explicit qxjsSize_t(std::uint32_t value);
+
+    std::uint32_t GetValue() const { return m_value; }
+    void SetValue(std::uint32_t value) { m_value = value; }
+
+    virtual CJScriptLink* GetJSLink() { return &m_link; }
+    virtual const CJScriptLink* GetJSLink() const { return &m_link; }
+    virtual const JSMap* GetJSMap() const { return &m_JSMap; }
+
+    static const JSMap m_JSMap;
+    static CJScriptLinkClass ms_JSClass;
+
+private:
+    CJScriptLink m_link;
+    std::uint32_t m_value;
+
+    wxDECLARE_CLASS(qxjsSize_t);
+};
