@@ -1,0 +1,262 @@
+#include "parser/parser.h"
+#include "parser/parser_unit.h"
+#include "preprocessor/directive_line_detail.h"
+#include "preprocessor/preprocessor.h"
+#include "preprocessor/preprocessor_scripts_detail.h"
+#include "preprocessor/text_detail.h"
+
+#include <wx/log.h>
+
+#include <optional>
+
+namespace
+{
+
+wxString NameBehind(const _DirectiveLine& line)
+{
+    const wchar_t* const name = text_detail::SkipBlanks(line.rest, line.end);
+    return wxString(name, text_detail::SkipWord(name, line.end) - name);
+}
+
+} // namespace
+
+_IfDefStateInfo* CPreprocessor::InnermostSection()
+{
+    return m_sections.size() > m_sectionBase ? m_sections.back().get() : nullptr;
+}
+
+long CPreprocessor::FailWithout(const _DirectiveLine& line, const wchar_t* opening)
+{
+    return Fail(wxString::Format(wxS("%c%s without %c%s"), DirectiveChar, line.Word(), DirectiveChar, opening),
+                line.position.m_unit);
+}
+
+long CPreprocessor::FailCondition(const _DirectiveLine& line, const wxString& condition)
+{
+    return Fail(wxString::Format(wxS("%c%s : Can not evaluate condition: %s"), DirectiveChar, line.Word(), condition),
+                line.position.m_unit);
+}
+
+/// Opens a section. One inside a skipped section counts as decided with its branch behind it, so that nothing in it is
+/// evaluated, kept or switched on.
+long CPreprocessor::OpenSection(_DirectiveLine& line, std::optional<bool> taken)
+{
+    if (m_sections.size() >= m_limits.openSections)
+        return Fail(wxString::Format(wxS("%c%s : More than %u open sections !"), DirectiveChar, line.Word(),
+                                     m_limits.openSections),
+                    line.position.m_unit);
+    auto section = std::make_unique<_IfDefStateInfo>();
+    section->m_savedSkipping = m_skipping;
+    section->m_context = line.position.m_unit->GetContext();
+    section->m_unresolved = !m_skipping && !taken;
+    section->m_state = taken.value_or(true) ? _IfDefStateInfo::BranchTaken : _IfDefStateInfo::NoBranchYet;
+    if (section->m_unresolved)
+        KeepForLaterPass(line);
+    if (section->m_state == _IfDefStateInfo::NoBranchYet)
+        m_skipping = true;
+    m_sections.push_back(std::move(section));
+    return 0;
+}
+
+long CPreprocessor::OpenDefinedSection(_DirectiveLine& line, bool wanted)
+{
+    if (m_skipping)
+        return OpenSection(line, true);
+    const bool found = HasDefine(NameBehind(line));
+    if (m_partial && !found)
+        return OpenSection(line, std::nullopt);
+    return OpenSection(line, found == wanted);
+}
+
+long CPreprocessor::DirectiveIfdef(_DirectiveLine& line)
+{
+    return OpenDefinedSection(line, true);
+}
+
+long CPreprocessor::DirectiveIfndef(_DirectiveLine& line)
+{
+    return OpenDefinedSection(line, false);
+}
+
+/// Replaces the defines of a condition. In partial mode nothing that goes wrong here is an error yet: the condition is
+/// undecided (1), and a later pass will say so.
+long CPreprocessor::ReplaceCondition(const _DirectiveLine& line, wxString& condition)
+{
+    wxString message;
+    const CParserUnit* unit = nullptr;
+    if (m_parser)
+        m_parser->GetLastError(&message, &unit);
+    const long result = DirectiveReplaceDefines(line.Rest(), condition, line.position, wxArrayString());
+    if (!m_partial)
+        return result == 0 ? 0 : -1;
+    if (result < 0)
+    {
+        Fail(message, unit);
+        condition = line.Rest();
+    }
+    return result == 0 ? 0 : 1;
+}
+
+bool CPreprocessor::EvaluateCondition(const wxString& condition, bool& value)
+{
+    wxString expression = condition;
+    PreprocessCondition(expression);
+    // What partial mode cannot evaluate is kept, not reported.
+    std::optional<wxLogNull> quiet;
+    if (m_partial)
+        quiet.emplace();
+    return Scripts().condition.Evaluate(expression, value);
+}
+
+long CPreprocessor::DirectiveIf(_DirectiveLine& line)
+{
+    if (m_skipping)
+        return OpenSection(line, true);
+    wxString condition;
+    const long replaced = ReplaceCondition(line, condition);
+    if (replaced < 0)
+        return -1;
+    bool value = false;
+    if (replaced == 0 && EvaluateCondition(condition, value))
+        return OpenSection(line, value);
+    if (m_partial)
+        return OpenSection(line, std::nullopt);
+    line.Keep();
+    return FailCondition(line, condition);
+}
+
+long CPreprocessor::DirectiveElse(_DirectiveLine& line)
+{
+    _IfDefStateInfo* const section = InnermostSection();
+    if (!section)
+        return FailWithout(line, L"ifdef");
+    const bool skipElse = section->m_state == _IfDefStateInfo::BranchTaken && !section->m_unresolved;
+    section->m_state = skipElse ? _IfDefStateInfo::ElseSkipped : _IfDefStateInfo::ElseActive;
+    if (!section->m_savedSkipping)
+        m_skipping = skipElse;
+    if (section->m_unresolved)
+        line.Keep();
+    return 0;
+}
+
+long CPreprocessor::DirectiveElif(_DirectiveLine& line)
+{
+    _IfDefStateInfo* const section = InnermostSection();
+    if (!section)
+        return FailWithout(line, L"if");
+    if (!section->m_unresolved && section->m_state == _IfDefStateInfo::NoBranchYet)
+        return DecideBranch(line, *section);
+    section->m_state = _IfDefStateInfo::BranchTaken;
+    m_skipping = !section->m_unresolved;
+    if (!section->m_unresolved)
+        return 0;
+    wxString condition;
+    ReplaceCondition(line, condition);
+    line.output.append(line.at, line.rest - line.at).append(condition);
+    return 0;
+}
+
+long CPreprocessor::DecideBranch(_DirectiveLine& line, _IfDefStateInfo& section)
+{
+    wxString condition;
+    const long replaced = ReplaceCondition(line, condition);
+    if (replaced < 0)
+        return -1;
+    bool value = false;
+    if (replaced != 0 || !EvaluateCondition(condition, value))
+        return FailCondition(line, condition);
+    section.m_state = value ? _IfDefStateInfo::BranchTaken : _IfDefStateInfo::NoBranchYet;
+    if (!section.m_savedSkipping)
+        m_skipping = !value;
+    return 0;
+}
+
+long CPreprocessor::DirectiveElseifdef(_DirectiveLine& line)
+{
+    _IfDefStateInfo* const section = InnermostSection();
+    if (!section)
+        return FailWithout(line, L"ifdef");
+    const bool found = HasDefine(NameBehind(line));
+    if (section->m_unresolved)
+    {
+        if (!found)
+        {
+            line.Keep();
+            return 0;
+        }
+        // A later pass must take this branch without knowing the name.
+        line.output += wxString::Format(wxS("%c%s (1==1)"), DirectiveChar, wxS("elif"));
+        section->m_state = _IfDefStateInfo::BranchTaken;
+        m_skipping = false;
+        return 0;
+    }
+    const bool takes = section->m_state == _IfDefStateInfo::NoBranchYet && found;
+    if (section->m_state != _IfDefStateInfo::NoBranchYet || found)
+        section->m_state = _IfDefStateInfo::BranchTaken;
+    if (!section->m_savedSkipping)
+        m_skipping = !takes;
+    return 0;
+}
+
+long CPreprocessor::DirectiveEndif(_DirectiveLine& line)
+{
+    const _IfDefStateInfo* const section = InnermostSection();
+    if (!section)
+        return FailWithout(line, L"ifdef");
+    if (section->m_unresolved)
+        line.Keep();
+    m_skipping = section->m_savedSkipping;
+    m_sections.pop_back();
+    return 0;
+}
+
+long CPreprocessor::DirectiveEndCheck(const _BlockPosition& WXUNUSED(position))
+{
+    const _IfDefStateInfo* const section = InnermostSection();
+    if (!section)
+        return 0;
+    Fail(wxString::Format(wxS("Missing %c%s for %c%s started %s!"), DirectiveChar, wxS("endif"), DirectiveChar,
+                          wxS("ifdef"), section->m_context),
+         nullptr);
+    m_sections.clear();
+    return -1;
+}
+
+long CPreprocessor::PreprocessCondition(wxString& condition)
+{
+    static const wxString word = wxS("defined");
+    size_t found = condition.find(word);
+    if (found == wxString::npos)
+        return 0;
+    const wchar_t* const begin = condition.wx_str();
+    const wchar_t* const end = begin + condition.length();
+    const wchar_t* copied = begin;
+    wxString result;
+    long kept = 0;
+    for (; found != wxString::npos; found = condition.find(word, found))
+    {
+        const wchar_t* const at = begin + found;
+        found += word.length();
+        const wchar_t* const open = text_detail::SkipBlanks(at + word.length(), end);
+        if ((at != begin && text_detail::IsWordChar(at[-1])) || open == end || *open != L'(')
+            continue;
+        const wchar_t* const close = std::find(open, end, L')');
+        if (close == end)
+            break;
+        wxString name(open + 1, close - open - 1);
+        TrimLeft(name, TrimSet);
+        TrimRight(name, TrimSet);
+        const bool isDefined = HasDefine(name);
+        result.append(copied, at - copied);
+        if (isDefined || !m_partial)
+            result += isDefined ? wxS("true") : wxS("false");
+        else
+            result += wxString::Format(wxS("defined(%s)"), name);
+        kept |= !isDefined && m_partial;
+        copied = close + 1;
+        found = copied - begin;
+    }
+    result.append(copied, end - copied);
+    condition = result;
+    return kept;
+}

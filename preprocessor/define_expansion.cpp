@@ -1,0 +1,353 @@
+#include "parser/parser.h"
+#include "parser/parser_unit.h"
+#include "preprocessor/directive_line_detail.h"
+#include "preprocessor/preprocessor.h"
+#include "preprocessor/preprocessor_scripts_detail.h"
+#include "preprocessor/text_detail.h"
+
+#include <algorithm>
+
+using text_detail::FindClosingQuote;
+using text_detail::IsBlank;
+using text_detail::SkipWord;
+
+namespace
+{
+
+bool IsQuote(wchar_t ch)
+{
+    return ch == L'"' || ch == L'\'';
+}
+
+const CParserUnit* UnitOf(const _BlockPosition* position)
+{
+    return position ? position->m_unit : nullptr;
+}
+
+/// Counts one level of a nesting for as long as it lives.
+class NestingLevel
+{
+public:
+    explicit NestingLevel(unsigned int& level) : m_level(level) { ++m_level; }
+    ~NestingLevel() { --m_level; }
+    NestingLevel(const NestingLevel&) = delete;
+    NestingLevel& operator=(const NestingLevel&) = delete;
+
+private:
+    unsigned int& m_level;
+};
+
+} // namespace
+
+long CPreprocessor::ApplyDefine(const wxString& name, wxString& result)
+{
+    result.clear();
+    const auto found = m_defines.find(name);
+    if (found == m_defines.end())
+    {
+        Fail(wxString::Format(wxS("\"%s\" is not defined !"), name), nullptr);
+        return 1;
+    }
+    const wchar_t* const nothing = L"";
+    const wchar_t* at = nothing;
+    return ExpandUse(name, found->second, at, nothing, nullptr, false, result);
+}
+
+/// Reads the arguments of a define at `at` and appends its expansion.
+/// @return 0; 1 when partial mode could not resolve an argument (nothing is appended); -1 after a recorded error.
+long CPreprocessor::ExpandUse(const wxString& name, const _DefineInfo& define, const wchar_t*& at, const wchar_t* end,
+                              const _BlockPosition* position, bool quote, wxString& result)
+{
+    wxArrayString arguments;
+    if (const long status = GetParams(name, at, end, arguments, m_parser, position))
+        return status;
+    if (arguments.size() != define.params.size())
+        return Fail(wxString::Format(wxS("\"%s\" requires %lu parameters, but only %lu given !"), name,
+                                     static_cast<unsigned long>(define.params.size()),
+                                     static_cast<unsigned long>(arguments.size())),
+                    UnitOf(position));
+    if (quote)
+        result.append(1, wxUniChar(L'"'));
+    const long status = ReplaceParams(name, result, define, arguments, m_parser, position);
+    if (quote)
+        result.append(1, wxUniChar(L'"'));
+    return status;
+}
+
+long CPreprocessor::DirectiveReplaceDefines(const wxString& text, wxString& result, const _BlockPosition& position,
+                                            const wxArrayString& params)
+{
+    result.clear();
+    const wchar_t* at = text.wx_str();
+    const wchar_t* const end = at + text.length();
+    const wchar_t* copied = at;
+    long status = 0;
+    while (at != end)
+    {
+        if (IsQuote(*at))
+        {
+            at = FindClosingQuote(at, end);
+            if (at == end)
+                return Fail(wxS("String not terminated !"), position.m_unit);
+        }
+        if (*at != DirectiveChar)
+        {
+            ++at;
+            continue;
+        }
+        const bool quote = at + 1 != end && at[1] == DirectiveChar;
+        const wchar_t* const word = at + (quote ? 2 : 1);
+        const wchar_t* after = SkipWord(word, end);
+        const bool isText = word == end || *word == ScriptOpen || *word == L'(' || IsBlank(*word);
+        const wxString name = isText ? wxString() : wxString(word, after - word);
+        if (isText || params.Index(name) != wxNOT_FOUND)
+        {
+            at = after;
+            continue;
+        }
+        result.append(copied, at - copied);
+        copied = at;
+        at = after;
+        const auto found = m_defines.find(name);
+        if (found == m_defines.end())
+        {
+            if (!m_partial)
+            {
+                Fail(wxString::Format(wxS("\"%s\" is not defined !"), name), position.m_unit);
+                return 1;
+            }
+            status = 1;
+            continue;
+        }
+        const long expanded = ExpandUse(name, found->second, at, end, &position, quote, result);
+        if (expanded < 0 || (expanded == 1 && !m_partial))
+            return -1;
+        if (expanded == 0)
+            copied = at;
+        status |= expanded;
+    }
+    result.append(copied, end - copied);
+    return status;
+}
+
+/// Cuts a parenthesised list into its trimmed arguments; nothing when `at` is not at a "(".
+long CPreprocessor::SplitArguments(const wxString& name, const wchar_t*& at, const wchar_t* end,
+                                   wxArrayString& arguments, const CParserUnit* unit)
+{
+    if (at == end || *at != L'(')
+        return 0;
+    const wchar_t* const open = at;
+    const wchar_t* start = open + 1;
+    const auto add = [&](const wchar_t* stop, bool keepEmpty) {
+        wxString argument(start, stop - start);
+        TrimLeft(argument, TrimSet);
+        TrimRight(argument, TrimSet);
+        if (keepEmpty || !argument.empty())
+            arguments.Add(argument);
+        start = stop + 1;
+    };
+    bool nested = false;
+    for (const wchar_t* p = start; p != end; ++p)
+    {
+        if (IsQuote(*p))
+        {
+            p = FindClosingQuote(p, end);
+            if (p == end)
+                break;
+        }
+        else if (*p == L'(' && nested)
+            return Fail(wxS("CPreprocessor::GetParams multiple nested parenthesis not supported"), unit);
+        else if (*p == L'(')
+            nested = true;
+        else if (*p == L')' && nested)
+            nested = false;
+        else if (*p == L')')
+        {
+            add(p, !arguments.empty());
+            at = start;
+            return 0;
+        }
+        else if (*p == L',' && !nested)
+            add(p, true);
+    }
+    return Fail(wxString::Format(wxS("\"%s\" did not find end of parameters in %s !"), name, wxString(open, end - open)),
+                unit);
+}
+
+long CPreprocessor::GetParams(wxString name, const wchar_t*& at, const wchar_t* end, wxArrayString& params,
+                              CParser* parser, const _BlockPosition* position)
+{
+    if (SplitArguments(name, at, end, params, UnitOf(position)) != 0)
+        return -1;
+    if (!position || params.empty())
+        return 0;
+    if (m_argumentNesting >= m_limits.argumentNesting)
+        return Fail(wxString::Format(wxS("\"%s\" : More than %u defines inside parameters !"), name,
+                                     m_limits.argumentNesting),
+                    position->m_unit);
+    const NestingLevel level(m_argumentNesting);
+    long status = 0;
+    for (wxString& argument : params)
+    {
+        wxString replaced;
+        const long result = DirectiveReplaceDefines(argument, replaced, *position, wxArrayString());
+        if (result < 0 || (result == 1 && !m_partial))
+        {
+            wxString reason;
+            if (parser)
+                parser->GetLastErrorStr(&reason);
+            return Fail(wxString::Format(wxS("\"%s\" error parsing parameters '%s'->'%s' : %s !"), name, argument,
+                                         replaced, reason),
+                        position->m_unit);
+        }
+        status |= result;
+        argument = replaced;
+    }
+    return status;
+}
+
+/// Puts the arguments of one use into one define's value.
+class CParamSubstitution
+{
+public:
+    CParamSubstitution(CPreprocessor& pp, const wxString& name, const wxArrayString& params,
+                       const wxArrayString& arguments, const CParserUnit* unit)
+        : m_pp(pp), m_name(name), m_params(params), m_arguments(arguments), m_unit(unit)
+    {
+    }
+
+    long Substitute(const wchar_t* at, const wchar_t* end, wxString& result);
+
+private:
+    long SubstituteConditional(const wchar_t*& at, const wchar_t* end, wxString& result);
+    long Choose(const wchar_t* condition, const wchar_t* question, bool& value);
+    long FailConditional(const wchar_t* what);
+
+    static const wchar_t* FindAtThisLevel(const wchar_t* at, const wchar_t* end, wchar_t what);
+
+    CPreprocessor& m_pp;
+    const wxString& m_name;
+    const wxArrayString& m_params;
+    const wxArrayString& m_arguments;
+    const CParserUnit* m_unit;
+};
+
+long CParamSubstitution::Substitute(const wchar_t* at, const wchar_t* end, wxString& result)
+{
+    const wchar_t* copied = at;
+    while (at != end)
+    {
+        if (IsQuote(*at))
+        {
+            const wchar_t* const close = FindClosingQuote(at, end);
+            at = close == end ? end : close + 1;
+            continue;
+        }
+        if (*at != DirectiveChar)
+        {
+            ++at;
+            continue;
+        }
+        const bool quote = at + 1 != end && at[1] == DirectiveChar;
+        const wchar_t* const word = at + (quote ? 2 : 1);
+        const wchar_t* after = SkipWord(word, end);
+        const bool conditional = word != end && *word == L'(';
+        const int param = after == word ? wxNOT_FOUND : m_params.Index(wxString(word, after - word));
+        if (param == wxNOT_FOUND && !conditional)
+        {
+            at = after;
+            continue;
+        }
+        result.append(copied, at - copied);
+        if (quote)
+            result.append(1, wxUniChar(L'"'));
+        if (!conditional)
+            result += m_arguments[param];
+        else if (SubstituteConditional(after, end, result) != 0)
+            return -1;
+        if (quote)
+            result.append(1, wxUniChar(L'"'));
+        copied = at = after;
+    }
+    result.append(copied, end - copied);
+    return 0;
+}
+
+/// `at` is at the "(" and moves behind the ")".
+long CParamSubstitution::SubstituteConditional(const wchar_t*& at, const wchar_t* end, wxString& result)
+{
+    if (m_pp.m_argumentNesting >= m_pp.m_limits.argumentNesting)
+        return m_pp.Fail(wxString::Format(wxS("%c%s : More than %u conditional texts inside each other !"), DirectiveChar,
+                                          m_name, m_pp.m_limits.argumentNesting),
+                         m_unit);
+    const NestingLevel level(m_pp.m_argumentNesting);
+    const wchar_t* const condition = at + 1;
+    const wchar_t* const question = FindAtThisLevel(condition, end, L'?');
+    if (question == end)
+        return FailConditional(wxS("question"));
+    const wchar_t* const colon = FindAtThisLevel(question + 1, end, L':');
+    if (colon == end)
+        return FailConditional(wxS("colon"));
+    const wchar_t* const close = FindAtThisLevel(colon + 1, end, L')');
+    if (close == end)
+        return FailConditional(wxS("close parenthesis"));
+    bool value = false;
+    if (Choose(condition, question, value) != 0)
+        return -1;
+    at = close + 1;
+    return value ? Substitute(question + 1, colon, result) : Substitute(colon + 1, close, result);
+}
+
+long CParamSubstitution::Choose(const wchar_t* condition, const wchar_t* question, bool& value)
+{
+    wxString text;
+    if (Substitute(condition, question, text) != 0)
+        return -1;
+    wxString expression = text;
+    m_pp.PreprocessCondition(expression);
+    if (m_pp.Scripts().condition.Evaluate(expression, value))
+        return 0;
+    return m_pp.Fail(wxString::Format(wxS("%c%s : Can not evaluate question condition: %s"), DirectiveChar, m_name, text),
+                     m_unit);
+}
+
+long CParamSubstitution::FailConditional(const wchar_t* what)
+{
+    return m_pp.Fail(wxString::Format(wxS("%c(param?true:false) : Can not find %s"), DirectiveChar, what), m_unit);
+}
+
+/// The next `what` outside strings and parentheses, before the parenthesis that closes this level; else `end`.
+const wchar_t* CParamSubstitution::FindAtThisLevel(const wchar_t* at, const wchar_t* end, wchar_t what)
+{
+    size_t depth = 0;
+    for (; at != end; ++at)
+    {
+        if (depth == 0 && *at == what)
+            return at;
+        if (IsQuote(*at))
+        {
+            at = FindClosingQuote(at, end);
+            if (at == end)
+                return end;
+        }
+        else if (*at == L'(')
+            ++depth;
+        else if (*at == L')' && depth-- == 0)
+            return end;
+    }
+    return end;
+}
+
+long CPreprocessor::ReplaceParams(const wxString& name, wxString& result, const _DefineInfo& define,
+                                  const wxArrayString& arguments, CParser* WXUNUSED(parser),
+                                  const _BlockPosition* position)
+{
+    if (define.value.find(DirectiveChar) == wxString::npos)
+    {
+        result += define.value;
+        return 0;
+    }
+    const wchar_t* const value = define.value.wx_str();
+    return CParamSubstitution(*this, name, define.params, arguments, UnitOf(position))
+        .Substitute(value, value + define.value.length(), result);
+}

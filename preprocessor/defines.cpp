@@ -1,0 +1,185 @@
+#include "parser/parser_unit.h"
+#include "preprocessor/directive_line_detail.h"
+#include "preprocessor/preprocessor.h"
+#include "preprocessor/text_detail.h"
+
+#include <algorithm>
+#include <string>
+#include <string_view>
+#include <unordered_set>
+
+namespace
+{
+
+/// A define as the directive that makes it: "NAME VALUE" or "NAME(A,B) VALUE".
+wxString FormatDefine(const wxString& name, const _DefineInfo& define)
+{
+    wxString text = name;
+    if (!define.params.empty())
+        text << wxS("(") << wxJoin(define.params, wxS(','), wxS('\0')) << wxS(")");
+    return text << wxS(" ") << define.value;
+}
+
+std::wstring_view WordAt(const wchar_t* at, const wchar_t* end)
+{
+    return std::wstring_view(at, text_detail::SkipWord(at, end) - at);
+}
+
+/// The name that a line defines, empty when it defines none.
+std::wstring_view DefinedName(const wchar_t* at, const wchar_t* end)
+{
+    at = text_detail::SkipBlanks(at, end);
+    if (at == end || *at != DirectiveChar)
+        return {};
+    const std::wstring_view word = WordAt(at + 1, end);
+    if (word != L"define" && word != L"redefine")
+        return {};
+    return WordAt(text_detail::SkipBlanks(at + 1 + word.size(), end), end);
+}
+
+} // namespace
+
+void CPreprocessor::AddDefine(const wxString& name, const wxString& value, wxArrayString params)
+{
+    const auto found = m_defines.find(name);
+    if (found == m_defines.end())
+        m_defines[name] = _DefineInfo{params, value, wxString()};
+    else if (found->second.value != value)
+        Fail(wxString::Format(wxS("\"%s\" already defined in %s (%s was %s)!"), name, found->second.origin, value,
+                              found->second.value),
+             nullptr);
+}
+
+void CPreprocessor::RemoveDefine(const wxString& name)
+{
+    m_defines.erase(name);
+}
+
+bool CPreprocessor::HasDefine(const wxString& name) const
+{
+    return m_defines.find(name) != m_defines.end();
+}
+
+void CPreprocessor::CopyDefineTo(CPreprocessor* other)
+{
+    if (other == this)
+        return;
+    for (const auto& entry : m_defines)
+        other->AddDefine(entry.first, entry.second.value, entry.second.params);
+}
+
+void CPreprocessor::GetDefines(wxString& out) const
+{
+    out.clear();
+    for (const auto& entry : m_defines)
+        out << wxS("#define ") << FormatDefine(entry.first, entry.second) << wxS("\n");
+}
+
+void CPreprocessor::BufferInPlaceRemoveDefines(wxString& text, const wchar_t** names)
+{
+    std::unordered_set<std::wstring_view> listed;
+    for (; *names; ++names)
+        listed.insert(*names);
+    const wchar_t* const begin = text.wx_str();
+    const wchar_t* const end = begin + text.length();
+    wxString result;
+    const wchar_t* copied = begin;
+    for (const wchar_t* line = begin; line != end;)
+    {
+        const wchar_t* const lineEnd = std::find_if(line, end, [](wchar_t ch) { return ch == L'\n' || ch == L'\r'; });
+        const std::wstring_view name = DefinedName(line, lineEnd);
+        if (!name.empty() && listed.count(name))
+        {
+            result.append(copied, line - copied);
+            copied = lineEnd;
+        }
+        line = lineEnd == end ? end : lineEnd + 1;
+    }
+    if (copied == begin)
+        return;
+    result.append(copied, end - copied);
+    text.swap(result);
+}
+
+/// Reads what stands behind "define" or "redefine".
+/// @return 0; 1 when partial mode could not resolve the value; -1 after a recorded error.
+long CPreprocessor::ReadDefine(_DirectiveLine& line, wxString& name, _DefineInfo& define)
+{
+    const CParserUnit* const unit = line.position.m_unit;
+    const wchar_t* at = text_detail::SkipBlanks(line.rest, line.end);
+    const wchar_t* const nameStart = at;
+    at = text_detail::SkipWord(at, line.end);
+    name.assign(nameStart, at - nameStart);
+    if (name.empty())
+        return Fail(wxString::Format(wxS("No Define name in line: %.*s"), static_cast<int>(line.end - line.at), line.at),
+                    unit);
+    if (SplitArguments(name, at, line.end, define.params, unit) != 0)
+        return -1;
+    wxString value(at, line.end - at);
+    TrimLeft(value, TrimSet);
+    TrimRight(value, TrimSet);
+    define.origin = unit->GetContext();
+    const long result = DirectiveReplaceDefines(value, define.value, line.position, define.params);
+    return result == 1 && !m_partial ? -1 : result;
+}
+
+void CPreprocessor::KeepDefine(_DirectiveLine& line, const wxString& name, const _DefineInfo& define)
+{
+    line.output.append(line.at, line.rest - line.at).append(1, wxUniChar(L' ')).append(FormatDefine(name, define));
+    m_wasPartial = true;
+}
+
+long CPreprocessor::DirectiveDefine(_DirectiveLine& line)
+{
+    wxString name;
+    _DefineInfo define;
+    const long result = ReadDefine(line, name, define);
+    if (result < 0)
+        return result;
+    if (result == 1)
+    {
+        KeepDefine(line, name, define);
+        return 0;
+    }
+    const auto found = m_defines.find(name);
+    if (found == m_defines.end())
+        m_defines[name] = define;
+    else if (found->second.value != define.value)
+        return Fail(wxString::Format(wxS("\"%s\" already defined in %s (%s was %s) !"), name, found->second.origin,
+                                     define.value, found->second.value),
+                    line.position.m_unit);
+    return 0;
+}
+
+/// What changes a define needs one.
+long CPreprocessor::FailNotDefined(_DirectiveLine& line, const wxString& name)
+{
+    if (!m_partial)
+        return Fail(wxString::Format(wxS("\"%s\" not defined!"), name), line.position.m_unit);
+    KeepForLaterPass(line);
+    return 0;
+}
+
+long CPreprocessor::DirectiveRedefine(_DirectiveLine& line)
+{
+    wxString name;
+    _DefineInfo define;
+    const long result = ReadDefine(line, name, define);
+    if (result < 0)
+        return result;
+    const auto found = m_defines.find(name);
+    if (found == m_defines.end())
+        return FailNotDefined(line, name);
+    if (result == 1)
+        KeepDefine(line, name, define);
+    else
+        found->second = define;
+    return 0;
+}
+
+long CPreprocessor::DirectiveUndef(_DirectiveLine& line)
+{
+    const wchar_t* const at = text_detail::SkipBlanks(line.rest, line.end);
+    const wxString name(at, text_detail::SkipWord(at, line.end) - at);
+    return m_defines.erase(name) ? 0 : FailNotDefined(line, name);
+}

@@ -1,0 +1,163 @@
+#include "parser/parser_unit.h"
+#include "preprocessor/directive_line_detail.h"
+#include "preprocessor/preprocessor.h"
+#include "preprocessor/preprocessor_scripts_detail.h"
+#include "preprocessor/text_detail.h"
+
+#include <wx/log.h>
+
+#include <algorithm>
+#include <string_view>
+
+/// The directive words. One row and one handler make a directive.
+struct CDirectiveTable
+{
+    struct Entry
+    {
+        std::wstring_view word;
+        long (CPreprocessor::*apply)(_DirectiveLine&);
+        bool actsWhileSkipping;
+    };
+
+    static const Entry* Find(std::wstring_view word)
+    {
+        static constexpr Entry entries[] = {
+            {L"ifdef", &CPreprocessor::DirectiveIfdef, true},
+            {L"ifndef", &CPreprocessor::DirectiveIfndef, true},
+            {L"if", &CPreprocessor::DirectiveIf, true},
+            {L"else", &CPreprocessor::DirectiveElse, true},
+            {L"elseifdef", &CPreprocessor::DirectiveElseifdef, true},
+            {L"elif", &CPreprocessor::DirectiveElif, true},
+            {L"elseif", &CPreprocessor::DirectiveElif, true},
+            {L"endif", &CPreprocessor::DirectiveEndif, true},
+            {L"include", &CPreprocessor::DirectiveInclude, false},
+            {L"for", &CPreprocessor::DirectiveFor, false},
+            {L"error", &CPreprocessor::DirectiveError, false},
+            {L"warning", &CPreprocessor::DirectiveWarning, false},
+            {L"define", &CPreprocessor::DirectiveDefine, false},
+            {L"redefine", &CPreprocessor::DirectiveRedefine, false},
+            {L"undef", &CPreprocessor::DirectiveUndef, false},
+        };
+        const auto* const found =
+            std::find_if(std::begin(entries), std::end(entries), [&](const Entry& entry) { return entry.word == word; });
+        return found == std::end(entries) ? nullptr : found;
+    }
+};
+
+long CPreprocessor::DirectiveApply(wxString& output, const wchar_t* at, const wchar_t* end, const wchar_t** next,
+                                   _BlockPosition& position)
+{
+    const wchar_t* const word = at + (at + 1 != end && at[1] == DirectiveChar ? 2 : 1);
+    _DirectiveLine line{output, at, word, text_detail::SkipWord(word, end), end, next, position};
+    if (!position.m_lineStarted && !line.IsQuoting())
+    {
+        const std::wstring_view name(word, line.rest - word);
+        if (const CDirectiveTable::Entry* const directive = CDirectiveTable::Find(name))
+        {
+            *next = end;
+            return m_skipping && !directive->actsWhileSkipping ? 0 : (this->*directive->apply)(line);
+        }
+    }
+    *next = line.rest;
+    if (m_skipping)
+        return 0;
+    if (line.rest != word)
+        return ApplyUse(line);
+    if (word != end && *word == ScriptOpen)
+        return ApplyInlineScript(line);
+    // A lone "#" joins what stands on its two sides.
+    TrimRight(output, L" \t");
+    *next = text_detail::SkipBlanks(word, end);
+    return 0;
+}
+
+long CPreprocessor::ApplyUse(_DirectiveLine& line)
+{
+    const wxString name = line.Word();
+    const auto found = m_defines.find(name);
+    const wchar_t* after = line.rest;
+    if (found != m_defines.end())
+    {
+        const long result =
+            ExpandUse(name, found->second, after, line.end, &line.position, line.IsQuoting(), line.output);
+        *line.next = after;
+        if (result != 1)
+            return result;
+    }
+    else if (!m_partial)
+        return Fail(wxString::Format(wxS("\"%s\" is not defined !"), name), line.position.m_unit);
+    line.output.append(line.at, after - line.at);
+    m_wasPartial = true;
+    return 0;
+}
+
+long CPreprocessor::ApplyInlineScript(_DirectiveLine& line)
+{
+    const CParserUnit* const unit = line.position.m_unit;
+    const wchar_t* const begin = line.word + 1;
+    const wchar_t* const stop = std::find_if(begin, line.end, [](wchar_t ch) { return ch == ScriptOpen || ch == ScriptClose; });
+    if (stop == line.end)
+        return Fail(wxString::Format(wxS("%c%c needs a %c on same line !"), DirectiveChar, ScriptOpen, ScriptClose), unit);
+    if (*stop == ScriptOpen)
+        return Fail(wxString::Format(wxS("%c%c can not be nested !"), DirectiveChar, ScriptOpen), unit);
+
+    wxString script;
+    const long replaced = DirectiveReplaceDefines(wxString(begin, stop - begin), script, line.position, wxArrayString());
+    if (replaced != 0 && !(replaced == 1 && m_partial))
+        return -1;
+    *line.next = stop + 1;
+    if (replaced == 1)
+    {
+        line.output.append(line.at, stop + 1 - line.at);
+        m_wasPartial = true;
+        return 0;
+    }
+    wxString expression = script;
+    wxString text;
+    PreprocessCondition(expression);
+    if (!Scripts().inlineText.Evaluate(expression, text))
+        return Fail(wxString::Format(wxS("%c%c : Can not evaluate script: %s"), DirectiveChar, ScriptOpen, script), unit);
+    if (!line.IsQuoting())
+    {
+        line.output += text;
+        return 0;
+    }
+    TrimRight(line.output, TrimSet);
+    line.output.append(1, wxUniChar(L'"')).append(text).append(1, wxUniChar(L'"'));
+    return 0;
+}
+
+/// In partial mode, what stands inside a section that is not decided yet is not decided either.
+bool CPreprocessor::KeepInUndecidedSection(_DirectiveLine& line)
+{
+    const bool undecided = m_partial && std::any_of(m_sections.begin() + std::min(m_sectionBase, m_sections.size()),
+                                                    m_sections.end(), [](const auto& section) { return section->m_unresolved; });
+    if (undecided)
+        KeepForLaterPass(line);
+    return undecided;
+}
+
+void CPreprocessor::KeepForLaterPass(_DirectiveLine& line)
+{
+    line.Keep();
+    m_wasPartial = true;
+}
+
+long CPreprocessor::DirectiveError(_DirectiveLine& line)
+{
+    if (KeepInUndecidedSection(line))
+        return 0;
+    const CParserUnit* const unit = line.position.m_unit;
+    const wxString message = wxString::Format(wxS("ERROR : %s"), line.Rest());
+    wxLogError(wxS("%s\nin '%s' (%d)"), message, unit->GetFileName(), static_cast<int>(unit->m_line));
+    return Fail(message, unit);
+}
+
+long CPreprocessor::DirectiveWarning(_DirectiveLine& line)
+{
+    if (KeepInUndecidedSection(line))
+        return 0;
+    const CParserUnit* const unit = line.position.m_unit;
+    wxLogWarning(wxS("WARNING: %s\nin '%s' (%d)"), line.Rest(), unit->GetFileName(), static_cast<int>(unit->m_line));
+    return 0;
+}

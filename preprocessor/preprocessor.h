@@ -1,0 +1,326 @@
+#pragma once
+
+#include "base/api.h"
+#include "base/dir.h"
+
+#include <wx/arrstr.h>
+#include <wx/hashmap.h>
+#include <wx/object.h>
+#include <wx/string.h>
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+class CParser;
+class CParserBlock;
+class CParserUnit;
+class CPreprocessorScripts;
+struct _DirectiveLine;
+struct _LoopHeader;
+
+/// One entry of the define table.
+struct _DefineInfo
+{
+    wxArrayString params; ///< The parameter names; empty for a define without parameters.
+    wxString value;       ///< The value, in which the defines it mentions are already replaced.
+    wxString origin;      ///< Where it was defined (see CParserUnit::GetContext); empty for a define of the host.
+};
+
+WX_DECLARE_STRING_HASH_MAP(_DefineInfo, CMapStringToDefineInfo);
+
+/// One open conditional section.
+struct _IfDefStateInfo
+{
+    enum State
+    {
+        BranchTaken = 1,   ///< A branch was taken: the current one, or one before it.
+        NoBranchYet = 2,   ///< None was taken yet; text is left out.
+        ElseActive = 3,    ///< The "else" branch is kept.
+        ElseSkipped = 4    ///< The "else" branch is left out, because a branch was taken before.
+    };
+
+    int m_state;
+    bool m_savedSkipping; ///< Whether text was already left out where the section opened.
+    wxString m_context;   ///< Where the section opened.
+    bool m_unresolved;    ///< Partial mode could not decide it: its directives are kept.
+};
+
+/// How far a walk over a block has come. Directives that insert or remove units move it.
+struct _BlockPosition
+{
+    CParserBlock* m_block;
+    int m_index;         ///< The slot of the current unit.
+    CParserUnit* m_unit; ///< The current unit.
+    bool m_lineStarted;  ///< Something that is neither blank nor comment stands before this place on the line.
+};
+
+/// What an input may ask of a preprocessor before it is refused. Going past a limit is an error with a message of its own
+/// at the directive that did it.
+struct CPreprocessorLimits
+{
+    unsigned int includeDepth = 200;    ///< Files that include each other, the outermost text not counted.
+    unsigned int loopNesting = 200;     ///< Loops inside loops.
+    unsigned int openSections = 10000;  ///< Conditional sections open at once, those of the including texts included.
+    unsigned int argumentNesting = 200; ///< Defines used inside arguments of defines, conditional texts inside each other.
+    unsigned long loopPasses = 0;       ///< Passes of one loop; 0: no limit.
+};
+
+/// Rewrites the units of a block in place: drops comments, keeps string literals, applies the directives introduced by
+/// "#", runs inline script, replaces defines, and keeps or drops lines by conditional sections.
+///
+/// Operations that return a `long` give 0 on success and -1 after they have recorded an error in the parser
+/// (CParser::GetLastError). The define table lives until Clean, from block to block.
+class VC_QXPARSER_API CPreprocessor : public wxObject
+{
+public:
+    /// @param parser receives this preprocessor's errors; CParser::Parse sets it to the parser that is parsing.
+    /// @param trim whether each line is trimmed on both ends and dropped when nothing is left of it.
+    CPreprocessor(CParser* parser, bool trim);
+    ~CPreprocessor() override;
+
+    CPreprocessor(const CPreprocessor&) = delete;
+    CPreprocessor& operator=(const CPreprocessor&) = delete;
+
+    /// Rewrites a block. After an error the units before the failing one already hold their results.
+    /// @return 0, -1 after a recorded error, or whatever other value an overridden directive hook has returned.
+    virtual long PreprocessBlock(CParserBlock* block);
+
+    /// Called at the start of every block.
+    virtual void DirectiveStartBlock();
+
+    /// Applies the directive or inline construct whose "#" stands at `at`, up to the line end `end`. Appends what comes of
+    /// it to `output` and sets `*next` to where the scan resumes.
+    /// @return 0 when done, 1 when the word behind "#" is nothing known, -1 after a recorded error.
+    virtual long DirectiveApply(wxString& output, const wchar_t* at, const wchar_t* end, const wchar_t** next,
+                                _BlockPosition& position);
+
+    /// Called when a block has been scanned; reports sections left open.
+    virtual long DirectiveEndCheck(const _BlockPosition& position);
+
+    /// Inserts the preprocessed units of a file before the current unit. `argument` is the rest of the directive's line.
+    /// @return 0, 1 after a recorded error about the file itself, or the result of parsing it.
+    virtual long Include(const wxString& argument, _BlockPosition& position);
+
+    /// Replaces a loop's lines by the preprocessed units of all its passes; the line of the matching "#endfor" becomes the
+    /// current unit. `arguments` is the rest of the directive's line.
+    /// @return 0; 1 for a loop kept for a later pass (partial mode); -1 after a recorded error.
+    virtual long ApplyFor(const wxString& arguments, _BlockPosition& position);
+
+    /// Called for every file that an include has read, with its path as opened in the search directory. Does nothing here;
+    /// for hosts that keep track of what a result depends on.
+    virtual void IncludeRead(const wxString& path);
+
+    void SetParser(CParser* parser) { m_parser = parser; }
+    CParser* GetParser() const { return m_parser; }
+
+    void SetTrim(bool trim) { m_trim = trim; }
+
+    /// In partial mode what cannot be decided yet (unknown names, conditions that use them) is kept as text for a later
+    /// pass instead of being an error.
+    void SetPartialMode(bool partial) { m_partial = partial; }
+    /// Whether partial mode has kept anything since the last ResetPartial.
+    bool WasPartial() const { return m_wasPartial; }
+    void ResetPartial() { m_wasPartial = false; }
+
+    /// Turns this preprocessor into a pass-through that leaves blocks untouched. There is no way back.
+    void Desactivate() { m_deactivated = true; }
+
+    /// The directory in which includes are searched.
+    void SetDir(CDir& dir) { m_dir = dir; }
+    CDir GetDir() { return m_dir; }
+
+    void SetLimits(const CPreprocessorLimits& limits) { m_limits = limits; }
+    const CPreprocessorLimits& GetLimits() const { return m_limits; }
+
+    /// Forgets all defines and open sections and ends the scripts.
+    void Clean();
+
+    /// Adds a define without origin. A name that is already defined keeps its value; when that differs, a message (without
+    /// unit) is recorded in the parser.
+    void AddDefine(const wxString& name, const wxString& value, wxArrayString params);
+    void RemoveDefine(const wxString& name);
+    bool HasDefine(const wxString& name) const;
+
+    /// Expands one define without arguments into `result`.
+    /// @return 0; 1 when there is no such define, -1 when it needs arguments or a condition in it fails (both recorded
+    ///         without unit).
+    long ApplyDefine(const wxString& name, wxString& result);
+
+    /// Adds every define of this table to the other one, as AddDefine does.
+    void CopyDefineTo(CPreprocessor* other);
+
+    /// Lists the table into `out`, one "#define NAME VALUE" or "#define NAME(A,B) VALUE" line each, in no particular
+    /// order.
+    void GetDefines(wxString& out) const;
+
+    /// Empties every "#define" and "#redefine" line of `text` that defines one of the names (a list ended by a null
+    /// pointer). Line ends stay, so the line numbers do too.
+    static void BufferInPlaceRemoveDefines(wxString& text, const wchar_t** names);
+
+    /// Replaces the defines in a text ("#NAME", and "##NAME" for the value as a quoted string), except in quoted strings
+    /// and except the names in `params`.
+    /// @return 0; 1 when a name is not defined: recorded as an error, but in partial mode kept as written instead; -1 after
+    ///         any other recorded error.
+    long DirectiveReplaceDefines(const wxString& text, wxString& result, const _BlockPosition& position,
+                                 const wxArrayString& params);
+
+    /// Reads a parenthesised list of arguments, or nothing when `at` is not at a "(". Arguments are split at commas outside
+    /// quotes and parentheses and trimmed; one may hold one level of parentheses. `at` moves behind the list.
+    /// @param name the define, for messages.
+    /// @param position where the defines in the arguments are to be replaced; null: they stay as they are.
+    /// @return 0; 1 when partial mode left something unresolved; -1 after a recorded error.
+    long GetParams(wxString name, const wchar_t*& at, const wchar_t* end, wxArrayString& params, CParser* parser,
+                   const _BlockPosition* position);
+
+    /// Appends the value of a define to `result`, its parameters replaced by the arguments (as many as it declares) and
+    /// its conditional texts "#(CONDITION?TRUE:FALSE)" decided by script.
+    /// @return 0, or -1 after a recorded error.
+    long ReplaceParams(const wxString& name, wxString& result, const _DefineInfo& define,
+                       const wxArrayString& arguments, CParser* parser, const _BlockPosition* position);
+
+    /// Rewrites every "defined(NAME)" of a condition to "true" or "false". Partial mode keeps those it cannot decide yet.
+    /// @return 0, or 1 when one was kept.
+    long PreprocessCondition(wxString& condition);
+
+    /// Whether the character at `p` stands behind an odd number of backslashes, looking back no further than `start`.
+    /// False for a null `p`.
+    static bool IsEscapedChar(const wchar_t* p, const wchar_t* start);
+
+    /// The word (ASCII letters, digits and "_") at character `pos` of a NUL-terminated text, possibly empty.
+    /// @param end receives the place behind the word; may be null. @param length receives its length; may be null.
+    static wxString ExtractWord(const wchar_t* text, unsigned int pos, const wchar_t** end, unsigned int* length);
+
+    /// The 0-based index of the first `what` outside quoted strings, or -1. `what` should not begin with a quote: it would
+    /// be taken for the boundary of a string, and the length of `text` may then be returned.
+    static long FindCharEx(const wxString& text, const wxString& what);
+
+    /// Searches the units of a block from slot `unit`, character `pos` on, outside quoted strings. On a hit `unit` is the
+    /// slot and `pos` the index, counted from where the search began in that unit; on a miss `unit` is behind the last
+    /// slot and `pos` 0.
+    static bool Find(const CParserBlock* block, int& unit, int& pos, const wxString& what);
+
+    /// The contents of the quoted string that begins at `begin`; empty when none does or it is not closed. The first same
+    /// quote closes it, whether or not a backslash stands before.
+    /// @param after receives the place behind the closing quote, or `begin`; may be null.
+    /// @param unescape whether "\t" and "\n" in it become a tab and a line feed.
+    static wxString ExtractString(const wchar_t* begin, const wchar_t* end, const wchar_t** after, bool unescape);
+    /// As above, from the start of `text`, which loses the string and its quotes.
+    static wxString ExtractString(wxString& text, bool unescape);
+
+    /// Removes the characters of `set` from the start or the end of `text`.
+    static void TrimLeft(wxString& text, const wchar_t* set);
+    static void TrimRight(wxString& text, const wchar_t* set);
+
+    /// Joins double-quoted strings that stand next to each other with nothing but blanks and tabs between.
+    static wxString ConcatQuotes(const wxString& text);
+
+    /// `message`, unchanged: a place for hosts' tools that decorate messages.
+    static wxString AddContext(const wxString& message, const wxString& file, unsigned long line);
+    /// 0, nothing extracted: the counterpart of AddContext.
+    static int ExtractContext(const wxString& message, wxString& text, wxString& file, int& line);
+
+    /// The body of a JavaScript string literal for `text`; with `quote`, between double quotes.
+    static wxString StringToJS(const wxString& text, bool quote);
+    /// StringToJS on a NUL-terminated buffer of `capacity` characters.
+    /// @return the new length, or -1 when the result and its NUL do not fit (logged, the buffer is untouched).
+    static int StringToJS_Inplace(wchar_t* buffer, unsigned int capacity, bool quote);
+
+    /// A C string literal for `text`, one quoted literal per line of it.
+    static wxString StringToC(const wxString& text);
+    /// The text of a literal made by StringToC. Carriage returns ("\r") are dropped; a "\x" without two hexadecimal digits
+    /// is logged and left out.
+    static wxString StringFromC(const wxString& literal);
+
+    /// Puts the escape character (0: the back-quote) before every `ch`. The escape character itself is not doubled.
+    static wxString EscapeChar(const wxString& text, wchar_t ch, wchar_t escape);
+    /// Takes the escape character (0: the back-quote) away from before every `ch`.
+    static wxString UnescapeChar(const wxString& text, wchar_t ch, wchar_t escape);
+    /// Cuts a text at every separator without the escape character (0: the back-quote) before it. With `unescape` the
+    /// escape characters before the other separators are taken away.
+    static wxArrayString SplitEscapeChar(const wxString& text, wchar_t separator, bool unescape, wchar_t escape);
+
+    /// Puts `count` times `indent` before every line, empty ones included; all line ends become "\n".
+    static wxString IndentLines(const wxString& text, const wxString& indent, int count);
+
+    /// `text` with every character that is not an ASCII letter, digit or "_" replaced by "_".
+    static wxString ToKeyword(const wxString& text);
+
+    /// The printable ASCII characters of `text` (32 to 126), all others dropped.
+    static wxString AnsiString(const wxString& text);
+
+private:
+    friend class CBlockScan;
+    friend class CParamSubstitution;
+    friend struct CDirectiveTable;
+
+    struct _LoopBounds
+    {
+        int start = 0;
+        int end = 0;
+        int step = 0;
+    };
+
+    long Fail(const wxString& message, const CParserUnit* unit);
+    CPreprocessorScripts& Scripts();
+
+    long ApplyUse(_DirectiveLine& line);
+    long ApplyInlineScript(_DirectiveLine& line);
+    long DirectiveError(_DirectiveLine& line);
+    long DirectiveWarning(_DirectiveLine& line);
+    bool KeepInUndecidedSection(_DirectiveLine& line);
+    void KeepForLaterPass(_DirectiveLine& line);
+
+    long DirectiveDefine(_DirectiveLine& line);
+    long DirectiveRedefine(_DirectiveLine& line);
+    long DirectiveUndef(_DirectiveLine& line);
+    long ReadDefine(_DirectiveLine& line, wxString& name, _DefineInfo& define);
+    void KeepDefine(_DirectiveLine& line, const wxString& name, const _DefineInfo& define);
+    long FailNotDefined(_DirectiveLine& line, const wxString& name);
+    long SplitArguments(const wxString& name, const wchar_t*& at, const wchar_t* end, wxArrayString& arguments,
+                        const CParserUnit* unit);
+    long ExpandUse(const wxString& name, const _DefineInfo& define, const wchar_t*& at, const wchar_t* end,
+                   const _BlockPosition* position, bool quote, wxString& result);
+
+    _IfDefStateInfo* InnermostSection();
+    long OpenSection(_DirectiveLine& line, std::optional<bool> taken);
+    long OpenDefinedSection(_DirectiveLine& line, bool wanted);
+    long ReplaceCondition(const _DirectiveLine& line, wxString& condition);
+    bool EvaluateCondition(const wxString& condition, bool& value);
+    long DecideBranch(_DirectiveLine& line, _IfDefStateInfo& section);
+    long FailWithout(const _DirectiveLine& line, const wchar_t* opening);
+    long FailCondition(const _DirectiveLine& line, const wxString& condition);
+    long DirectiveIfdef(_DirectiveLine& line);
+    long DirectiveIfndef(_DirectiveLine& line);
+    long DirectiveIf(_DirectiveLine& line);
+    long DirectiveElse(_DirectiveLine& line);
+    long DirectiveElif(_DirectiveLine& line);
+    long DirectiveElseifdef(_DirectiveLine& line);
+    long DirectiveEndif(_DirectiveLine& line);
+
+    long DirectiveInclude(_DirectiveLine& line);
+    long DirectiveFor(_DirectiveLine& line);
+    long EvaluateBound(const wxString& bound, const wxString& messageStart, const _BlockPosition& position, int& value);
+    long EvaluateBounds(const _LoopHeader& header, const _BlockPosition& position, _LoopBounds& bounds);
+    long CheckBounds(const _LoopBounds& bounds, const _LoopHeader& header, const CParserUnit* unit);
+    long RunLoop(const wxString& name, const _LoopBounds& bounds, const wxString& body, const wxString& label,
+                 const CParserUnit* directive, _BlockPosition& position);
+
+    CParser* m_parser;
+    CMapStringToDefineInfo m_defines{100};
+    std::vector<std::unique_ptr<_IfDefStateInfo>> m_sections;
+    size_t m_sectionBase = 0;
+    bool m_skipping = false;
+    bool m_trim;
+    bool m_partial = false;
+    bool m_wasPartial = false;
+    CDir m_dir;
+    std::unique_ptr<CPreprocessorScripts> m_scripts;
+    bool m_deactivated = false;
+    CPreprocessorLimits m_limits;
+    unsigned int m_includeDepth = 0;
+    unsigned int m_loopNesting = 0;
+    unsigned int m_argumentNesting = 0;
+
+    wxDECLARE_CLASS(CPreprocessor);
+};

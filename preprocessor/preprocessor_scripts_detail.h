@@ -1,0 +1,34 @@
+#pragma once
+
+#include "script/script.h"
+#include "script/script_minimal.h"
+
+#include <wx/string.h>
+
+#include <memory>
+
+/// A script context of the preprocessor with an empty global object of its own, started at the first text that needs it.
+class CPreprocessorScript
+{
+public:
+    /// Evaluates a text; false after a failure, which the script context has reported.
+    template <typename Result> bool Evaluate(const wxString& text, Result& result)
+    {
+        return Context().Evaluate(text, nullptr, result);
+    }
+
+private:
+    CJScript& Context();
+
+    std::unique_ptr<qxjsMinimal> m_global;
+    std::unique_ptr<CJScript> m_context;
+};
+
+/// The three contexts of a preprocessor. What one text declares is seen by the later texts of the same context only.
+class CPreprocessorScripts
+{
+public:
+    CPreprocessorScript condition;
+    CPreprocessorScript inlineText;
+    CPreprocessorScript loop;
+};
