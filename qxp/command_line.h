@@ -1,0 +1,24 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+#include <string>
+#include <utility>
+#include <vector>
+
+constexpr int StatusSuccess = 0;
+constexpr int StatusFailure = 1;
+
+/// The options that every command has.
+struct CommonOptions
+{
+    std::string color = "auto"; ///< "auto", "always" or "never".
+    bool quiet = false;
+    bool verbose = false;
+};
+
+void AddCommonOptions(CLI::App& command, CommonOptions& options);
+
+/// The values of two repeatable options in the order in which they were given: true with those of `first`.
+std::vector<std::pair<bool, std::string>> InOrderGiven(const CLI::App& command, const CLI::Option* first,
+                                                       const CLI::Option* second);

@@ -1,0 +1,180 @@
+#include "qxp/diagnostics.h"
+
+#include "vc_qxparser.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <utility>
+
+namespace
+{
+
+constexpr wxLogLevel ScriptErrorLevel = 103;
+constexpr auto ProgressDelay = std::chrono::milliseconds(500);
+constexpr size_t LongestQuotedLine = 1000;
+
+bool UseColor(const std::string& when)
+{
+    if (when != "auto")
+        return when == "always";
+    const char* const terminal = std::getenv("TERM");
+    return isatty(STDERR_FILENO) && !std::getenv("NO_COLOR") && terminal && std::string(terminal) != "dumb";
+}
+
+wxString PlaceOf(const wxString& file, unsigned long line)
+{
+    return wxString::Format(wxS("%s:%lu"), file, line);
+}
+
+/// The messages of a script report, which stand behind its arrows.
+std::vector<wxString> ScriptMessages(const wxString& report)
+{
+    static const wxString arrow = wxS("==> ");
+    std::vector<wxString> messages;
+    size_t at = report.find(arrow);
+    while (at != wxString::npos)
+    {
+        const size_t end = report.find(wxS('\n'), at);
+        messages.push_back(report.substr(at + arrow.length(), end == wxString::npos ? end : end - at - arrow.length()));
+        at = report.find(arrow, end);
+    }
+    return messages;
+}
+
+} // namespace
+
+class Diagnostics::Log : public wxLog
+{
+public:
+    explicit Log(Diagnostics& diagnostics) : m_diagnostics(diagnostics) { SetVerbose(diagnostics.m_verbose); }
+
+protected:
+    void DoLogRecord(wxLogLevel level, const wxString& message, const wxLogRecordInfo&) override
+    {
+        m_diagnostics.Logged(level, message);
+    }
+
+private:
+    Diagnostics& m_diagnostics;
+};
+
+Diagnostics::Diagnostics(const CommonOptions& options)
+    : m_color(UseColor(options.color)), m_showProgress(!options.quiet && isatty(STDERR_FILENO)),
+      m_verbose(options.verbose), m_log(std::make_unique<Log>(*this)), m_previousLog(wxLog::SetActiveTarget(m_log.get()))
+{
+}
+
+Diagnostics::~Diagnostics()
+{
+    ClearProgress();
+    wxLog::SetActiveTarget(m_previousLog);
+}
+
+void Diagnostics::Logged(wxLogLevel level, const wxString& message)
+{
+    if (level == ScriptErrorLevel)
+        m_scriptReports.push_back(message);
+    else if (level == wxLOG_Warning && SayDirectiveWarning(message))
+        return;
+    else if (level <= wxLOG_Error)
+        m_keptErrors.push_back(message);
+    else
+        Write(ToUtf8(message) + "\n");
+}
+
+/// A warning directive is logged as "WARNING: TEXT", a line feed, and "in 'FILE' (LINE)".
+bool Diagnostics::SayDirectiveWarning(const wxString& message)
+{
+    wxString text;
+    const size_t placeStart = message.rfind(wxS("\nin '"));
+    if (placeStart == wxString::npos || !message.substr(0, placeStart).StartsWith(wxS("WARNING: "), &text))
+        return false;
+    wxString line;
+    const wxString file = message.substr(placeStart + 5).BeforeLast(wxS('('), &line).BeforeLast(wxS('\''));
+    Say(file + wxS(":") + line.BeforeFirst(wxS(')')), "warning", text.Trim(false));
+    return true;
+}
+
+void Diagnostics::ReportFailure(const CParser& parser)
+{
+    wxString message;
+    const CParserUnit* unit = nullptr;
+    parser.GetLastError(&message, &unit);
+    const wxString place = unit && unit->m_file ? PlaceOf(unit->GetFileName(), unit->m_line) : wxString(wxS("qxp"));
+    Say(place, "error", message);
+    if (unit && unit->m_file)
+        SayOrigins(*unit);
+    std::vector<wxString> said;
+    for (const wxString& report : std::exchange(m_scriptReports, {}))
+    {
+        for (const wxString& reason : ScriptMessages(report))
+        {
+            if (std::find(said.begin(), said.end(), reason) == said.end())
+                Say(place, "note", reason);
+            said.push_back(reason);
+        }
+    }
+    // What the library has logged about the same failure begins with the same message.
+    m_keptErrors.erase(std::remove_if(m_keptErrors.begin(), m_keptErrors.end(),
+                                      [&](const wxString& kept) { return kept.StartsWith(message); }),
+                       m_keptErrors.end());
+    Flush();
+}
+
+/// The unit's text, and for each level out the place that caused it to be read.
+void Diagnostics::SayOrigins(const CParserUnit& unit)
+{
+    wxString text = unit.m_text.substr(0, LongestQuotedLine);
+    if (text.length() < unit.m_text.length())
+        text += wxS("...");
+    Write("    " + ToUtf8(text.Trim(false).Trim()) + "\n");
+    wxSharedPtr<CParserFile> file = unit.m_file;
+    while (file && file->GetIncludedFrom())
+    {
+        const CParserUnit& from = *file->GetIncludedFrom();
+        const bool isLoop = file->GetName().StartsWith(from.GetFileName() + wxS(" (LOOP l."));
+        Say(PlaceOf(from.GetFileName(), from.m_line), "note", isLoop ? wxS("repeated from here") : wxS("included from here"));
+        file = from.m_file;
+    }
+}
+
+void Diagnostics::Flush()
+{
+    for (const wxString& message : std::exchange(m_keptErrors, {}))
+        Error(message);
+    for (const wxString& report : std::exchange(m_scriptReports, {}))
+        Write(ToUtf8(report) + "\n");
+}
+
+void Diagnostics::Progress(const wxString& text)
+{
+    if (!m_showProgress || std::chrono::steady_clock::now() - m_started < ProgressDelay)
+        return;
+    std::fprintf(stderr, "\r\033[K%s", ToUtf8(text).c_str());
+    m_progressShown = true;
+}
+
+void Diagnostics::ClearProgress()
+{
+    if (std::exchange(m_progressShown, false))
+        std::fputs("\r\033[K", stderr);
+}
+
+void Diagnostics::Say(const wxString& place, const char* kind, const wxString& message)
+{
+    const std::string label = std::string(kind) + ":";
+    const char* const color = label == "error:" ? "\033[1;31m" : label == "warning:" ? "\033[1;35m" : "\033[1;36m";
+    if (m_color)
+        Write("\033[1m" + ToUtf8(place) + ":\033[0m " + color + label + "\033[0m " + ToUtf8(message) + "\n");
+    else
+        Write(ToUtf8(place) + ": " + label + " " + ToUtf8(message) + "\n");
+}
+
+void Diagnostics::Write(const std::string& text)
+{
+    ClearProgress();
+    std::fwrite(text.data(), 1, text.size(), stderr);
+}
