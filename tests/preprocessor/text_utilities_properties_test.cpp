@@ -97,7 +97,8 @@ long ModelFind(const std::wstring& text, const std::wstring& what)
         else if (!inSingle && !inDouble)
             return static_cast<long>(found);
     }
-    return what == L"'" || what == L"\"" ? static_cast<long>(text.size()) : -1;
+    const bool endsInBoundary = !text.empty() && (what == L"'" || what == L"\"");
+    return endsInBoundary ? static_cast<long>(text.size()) : -1;
 }
 
 std::wstring ModelConcatQuotes(const std::wstring& text)

@@ -174,7 +174,12 @@ TEST(TextUtilities, FindCharExGivesTheFirstOccurrence)
 
 TEST(TextUtilities, FindCharExGivesMinusOneWhenThereIsNone)
 {
-    ExpectSearches({{L"abc", L"d", -1}, {L"abc", L"cd", -1}, {L"abc", L"abcd", -1}, {L"", L"a", -1}, {L"", L"", -1}});
+    ExpectSearches({{L"abc", L"d", -1},
+                    {L"abc", L"cd", -1},
+                    {L"abc", L"abcd", -1},
+                    {L"", L"a", -1},
+                    {L"", L"'", -1},
+                    {L"", L"", -1}});
 }
 
 TEST(TextUtilities, FindCharExSkipsOccurrencesInQuotedStrings)
