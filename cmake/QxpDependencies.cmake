@@ -14,10 +14,11 @@ target_compile_definitions(qxp_wxbase INTERFACE ${wxWidgets_DEFINITIONS} wxUSE_G
 target_link_libraries(qxp_wxbase INTERFACE ${wxWidgets_LIBRARIES} Threads::Threads)
 
 # The script engine.
-pkg_check_modules(mozjs REQUIRED IMPORTED_TARGET mozjs-102)
+pkg_check_modules(mozjs REQUIRED mozjs-102)
+find_path(MOZJS_INCLUDE_DIR js/Initialization.h PATH_SUFFIXES mozjs-102 REQUIRED)
 add_library(qxp_mozjs INTERFACE)
 add_library(qxp::mozjs ALIAS qxp_mozjs)
-target_include_directories(qxp_mozjs SYSTEM INTERFACE ${mozjs_INCLUDE_DIRS})
+target_include_directories(qxp_mozjs SYSTEM INTERFACE ${MOZJS_INCLUDE_DIR})
 target_link_libraries(qxp_mozjs INTERFACE ${mozjs_LINK_LIBRARIES})
 
 # The option parser of the console host.
