@@ -64,8 +64,7 @@ void CParser::Clean()
     // The message stays readable; the unit it concerns has gone with its block.
     m_errorUnit = nullptr;
     m_files.clear();
-    if (!m_ppExternal)
-    {
+    if (!m_ppExternal) {
         delete m_pp;
         m_pp = nullptr;
     }
@@ -74,8 +73,7 @@ void CParser::Clean()
 
 void CParser::PreparePreprocessor()
 {
-    if (m_pp)
-    {
+    if (m_pp) {
         m_pp->SetParser(this);
         return;
     }
@@ -98,13 +96,11 @@ long CParser::Parse(const wxString& text, const wxString& fileName, const CParse
     wxString key;
     const wxSharedPtr<CParserFile> file = AddFile(fileName, from, key);
     CParserBlock* const block = CreateBlock(false);
-    if (removeDefines && m_removeDefines)
-    {
+    if (removeDefines && m_removeDefines) {
         wxString stripped = text;
         CPreprocessor::BufferInPlaceRemoveDefines(stripped, m_removeDefines);
         file->Load(stripped, key, block, m_keepEmptyLines);
-    }
-    else
+    } else
         file->Load(text, key, block, m_keepEmptyLines);
     return m_pp->PreprocessBlock(block);
 }

@@ -34,7 +34,8 @@ public:
 
     ~CParser() override;
 
-    /// A new empty block. Detached: the caller owns it and it has no parser. Otherwise this parser lists and deletes it.
+    /// A new empty block. Detached: the caller owns it and it has no parser. Otherwise this parser lists and deletes
+    /// it.
     virtual CParserBlock* CreateBlock(bool detached);
 
     /// Takes a block out of the list without deleting it: the caller then owns it.
@@ -48,8 +49,8 @@ public:
     /// Calls Clean().
     virtual void Init();
 
-    /// Deletes all blocks and an own preprocessor, forgets all files and the remove list. Keeps the last error's message
-    /// (its unit has gone with its block), the directory and the empty-line setting.
+    /// Deletes all blocks and an own preprocessor, forgets all files and the remove list. Keeps the last error's
+    /// message (its unit has gone with its block), the directory and the empty-line setting.
     virtual void Clean();
 
     /// Cuts a text into units, one a line, and preprocesses them. The new block is the last of this parser

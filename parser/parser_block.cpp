@@ -6,14 +6,11 @@
 
 wxIMPLEMENT_CLASS(CParserBlock, wxObject);
 
-CParserBlock::CParserBlock(CParser* parser) : m_parser(parser)
-{
-}
+CParserBlock::CParserBlock(CParser* parser) : m_parser(parser) {}
 
 CParserBlock::CParserBlock(const CParserBlock& other) : wxObject(other), m_parser(nullptr)
 {
-    for (unsigned int i = 0; i < other.GetCount(); ++i)
-    {
+    for (unsigned int i = 0; i < other.GetCount(); ++i) {
         CParserUnit* const unit = other.m_units[i];
         if (!unit)
             continue;
@@ -70,15 +67,13 @@ long CParserBlock::RemoveElement(CParserUnit* unit, int* pos, int deleteIt)
 void CParserBlock::GetBuffer(wxString& out, bool WXUNUSED(flag)) const
 {
     size_t length = 0;
-    for (unsigned int i = 0; i < GetCount(); ++i)
-    {
+    for (unsigned int i = 0; i < GetCount(); ++i) {
         if (m_units[i])
             length += m_units[i]->m_text.length() + 1;
     }
     out.clear();
     out.reserve(length);
-    for (unsigned int i = 0; i < GetCount(); ++i)
-    {
+    for (unsigned int i = 0; i < GetCount(); ++i) {
         if (m_units[i])
             out.append(m_units[i]->m_text).append(1, wxUniChar(L'\n'));
     }
@@ -91,11 +86,9 @@ void CParserBlock::InsertBlock(CParserBlock* source, int* pos)
         moved += source->m_units[i] != nullptr;
     const size_t at = pos ? static_cast<size_t>(*pos) : m_units.GetCount();
     CParserUnit** slot = m_units.MakeRoom(at, moved);
-    for (int i = 0; i < static_cast<int>(source->GetCount());)
-    {
+    for (int i = 0; i < static_cast<int>(source->GetCount());) {
         CParserUnit* const unit = source->m_units[i];
-        if (!unit)
-        {
+        if (!unit) {
             ++i;
             continue;
         }
@@ -116,8 +109,7 @@ int CParserBlock::ExtractBlock(CParserBlock* destination, int from, int to)
 {
     const int last = to < 0 ? static_cast<int>(GetCount()) - 1 : to;
     int slot = from;
-    while (slot <= last)
-    {
+    while (slot <= last) {
         if (CParserUnit* const unit = m_units[slot])
             destination->Append(unit, &slot);
         else

@@ -21,8 +21,8 @@ public:
     explicit CParserBlock(CParser* parser);
     ~CParserBlock() override;
 
-    /// Shares the unit pointers and takes the parser of the other block. Both blocks then list the same units: one of them
-    /// must give them away before it is destroyed.
+    /// Shares the unit pointers and takes the parser of the other block. Both blocks then list the same units: one of
+    /// them must give them away before it is destroyed.
     CParserBlock& operator=(const CParserBlock& other);
 
     /// Appends a new unit with this text and origin.
@@ -42,8 +42,8 @@ public:
     /// Sets `out` to the text of all units, each followed by "\n". `flag` is for derived blocks.
     virtual void GetBuffer(wxString& out, bool flag) const;
 
-    /// Moves all units of `source` into this block, in their order, at slot `*pos`, which then stands behind them; at the
-    /// end when `pos` is null. `source` keeps holes only and stays the caller's.
+    /// Moves all units of `source` into this block, in their order, at slot `*pos`, which then stands behind them; at
+    /// the end when `pos` is null. `source` keeps holes only and stays the caller's.
     virtual void InsertBlock(CParserBlock* source, int* pos);
 
     /// A detached block with clones of all units (see CParserUnit::Clone). The caller owns it.

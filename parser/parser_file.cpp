@@ -38,8 +38,7 @@ long CParserFile::Load(const wxString& text, const wxString& name, CParserBlock*
     const wxSharedPtr<CParserFile> reference = m_parser->GetFileRef(this);
     const wchar_t* at = text.wx_str();
     const wchar_t* const end = at + text.length();
-    for (unsigned long line = 1; at != end; ++line)
-    {
+    for (unsigned long line = 1; at != end; ++line) {
         const wchar_t* const lineEnd = FindLineEnd(at, end);
         if (lineEnd != at || keepEmptyLines)
             block->CreateUnit(reference, wxString(at, lineEnd - at), line);

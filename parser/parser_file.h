@@ -19,7 +19,8 @@ class VC_QXPARSER_API CParserFile : public wxObject
 {
 public:
     /// @param parser the parser whose file table holds this file; not owned.
-    /// @param from the unit on whose behalf the text is read, or null for a top-level text. The file keeps a private copy
+    /// @param from the unit on whose behalf the text is read, or null for a top-level text. The file keeps a private
+    /// copy
     ///        (text, file and line).
     CParserFile(CParser* parser, const CParserUnit* from);
     ~CParserFile() override;
@@ -28,8 +29,8 @@ public:
     CParserFile& operator=(const CParserFile&) = delete;
 
     /// Names the file and cuts `text` into lines, one unit of `block` each. Line ends are "\r\n", "\r" and "\n", in any
-    /// mix; lines are numbered from 1. Without `keepEmptyLines` an empty line makes no unit but still counts. A text that
-    /// ends with a line end has no further, empty line.
+    /// mix; lines are numbered from 1. Without `keepEmptyLines` an empty line makes no unit but still counts. A text
+    /// that ends with a line end has no further, empty line.
     /// @return 0, always.
     long Load(const wxString& text, const wxString& name, CParserBlock* block, bool keepEmptyLines);
 

@@ -9,8 +9,7 @@ wxIMPLEMENT_CLASS(CParserUnit, wxObject);
 
 CParserUnit::CParserUnit(wxSharedPtr<CParserFile> file, CParserBlock* block, const wxString& text, unsigned long line)
     : m_file(std::move(file)), m_block(block), m_line(line), m_text(text)
-{
-}
+{}
 
 CParserUnit* CParserUnit::Clone()
 {

@@ -30,9 +30,10 @@ public:
     /// Where the unit comes from, as every error message tells it: `file "NAME" line N`.
     wxString GetContext() const;
 
-    /// Cuts the unit in two at character `pos` (0-based): this unit keeps what stands before, a new unit just behind it in
-    /// the same block takes the rest without its leading blanks, tabs and line ends, with the same file and line.
-    /// @param index this unit's slot in its block, or a negative value to have it searched. The unit must be listed by a
+    /// Cuts the unit in two at character `pos` (0-based): this unit keeps what stands before, a new unit just behind it
+    /// in the same block takes the rest without its leading blanks, tabs and line ends, with the same file and line.
+    /// @param index this unit's slot in its block, or a negative value to have it searched. The unit must be listed by
+    /// a
     ///        block.
     /// @return the slot of the new unit.
     unsigned int SplitAt(size_t pos, int index);

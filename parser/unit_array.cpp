@@ -29,8 +29,7 @@ CParserUnit** CArrayParserUnit::MakeRoom(size_t index, size_t count)
 int CArrayParserUnit::Index(const CParserUnit* unit) const
 {
     const size_t count = GetCount();
-    for (size_t i = 0; i < count; ++i)
-    {
+    for (size_t i = 0; i < count; ++i) {
         if (Item(i) == unit)
             return static_cast<int>(i);
     }

@@ -7,7 +7,8 @@
 
 class CParserUnit;
 
-/// The slots of a block: an ordered array of unit pointers, null entries included, with the operations of a pointer array.
+/// The slots of a block: an ordered array of unit pointers, null entries included, with the operations of a pointer
+/// array.
 ///
 /// The array keeps its free room as one gap that stays where the last insertion was. A walk that inserts as it goes
 /// forward (includes, loops) therefore moves each slot behind it once in all, not once per insertion.

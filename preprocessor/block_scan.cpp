@@ -19,8 +19,7 @@ constexpr auto OpeningChars = [] {
 /// The next string, comment or "#" on a line, or its end.
 const wchar_t* FindOpening(const wchar_t* at, const wchar_t* end)
 {
-    for (; at != end; ++at)
-    {
+    for (; at != end; ++at) {
         const auto ch = static_cast<unsigned long>(*at);
         if (ch >= OpeningChars.size() || !OpeningChars[ch])
             continue;
@@ -69,11 +68,9 @@ private:
 
 long CBlockScan::Run()
 {
-    while (m_position.m_index < static_cast<int>(m_position.m_block->GetCount()))
-    {
+    while (m_position.m_index < static_cast<int>(m_position.m_block->GetCount())) {
         m_position.m_unit = m_position.m_block->GetUnit(m_position.m_index);
-        if (!m_position.m_unit)
-        {
+        if (!m_position.m_unit) {
             ++m_position.m_index;
             continue;
         }
@@ -107,29 +104,23 @@ long CBlockScan::ScanText(const wchar_t* at, const wchar_t* end)
     const wchar_t* const begin = at;
     if (m_openComments)
         at = SkipComment(at, begin, end);
-    while (at != end)
-    {
+    while (at != end) {
         const wchar_t* const opening = FindOpening(at, end);
         Copy(at, opening);
         at = opening;
         if (at == end)
             break;
-        if (*at == DirectiveChar)
-        {
+        if (*at == DirectiveChar) {
             if (const long result = ApplyAt(at, end))
                 return result;
-        }
-        else if (*at == L'/' && at[1] == L'/')
+        } else if (*at == L'/' && at[1] == L'/')
             break;
-        else if (*at == L'/')
-        {
+        else if (*at == L'/') {
             OpenComment();
             at = SkipComment(at + 2, begin, end);
-        }
-        else if (*at == L'*')
+        } else if (*at == L'*')
             return m_pp.Fail(wxS("Comment closed but not opened !"), m_position.m_unit);
-        else
-        {
+        else {
             const wchar_t* const close = text_detail::FindClosingQuote(at, end);
             if (close == end)
                 return m_pp.Fail(wxS("String not terminated !"), m_position.m_unit);
@@ -162,21 +153,16 @@ void CBlockScan::OpenComment()
 /// Where the open comments end: the end of the line when they do not end on it.
 const wchar_t* CBlockScan::SkipComment(const wchar_t* at, const wchar_t* begin, const wchar_t* end)
 {
-    while (at != end)
-    {
+    while (at != end) {
         const wchar_t following = at + 1 == end ? L'\0' : at[1];
-        if (*at == L'*' && following == L'/')
-        {
+        if (*at == L'*' && following == L'/') {
             at += 2;
             if (--m_openComments == 0)
                 return at;
-        }
-        else if (*at == L'/' && following == L'*' && (at == begin || at[-1] != L'/'))
-        {
+        } else if (*at == L'/' && following == L'*' && (at == begin || at[-1] != L'/')) {
             at += 2;
             ++m_openComments;
-        }
-        else
+        } else
             ++at;
     }
     return end;
@@ -194,16 +180,14 @@ void CBlockScan::Copy(const wchar_t* from, const wchar_t* to)
 
 long CBlockScan::StoreResult(wxString& result)
 {
-    if (m_pp.m_trim)
-    {
+    if (m_pp.m_trim) {
         CPreprocessor::TrimLeft(result, TrimSet);
         CPreprocessor::TrimRight(result, TrimSet);
     }
     if (result.find(L'"') != wxString::npos)
         result = CPreprocessor::ConcatQuotes(result);
     CParserUnit* const unit = m_position.m_unit;
-    if (m_pp.m_trim && result.empty())
-    {
+    if (m_pp.m_trim && result.empty()) {
         if (unit == m_commentUnit)
             m_commentUnit = nullptr;
         return m_position.m_block->RemoveElement(unit, &m_position.m_index, 1);
@@ -219,8 +203,7 @@ long CBlockScan::StorePlainLine()
     wxString& text = m_position.m_unit->m_text;
     if (m_pp.m_skipping)
         text.clear();
-    if (!m_pp.m_trim)
-    {
+    if (!m_pp.m_trim) {
         ++m_position.m_index;
         return 0;
     }

@@ -89,8 +89,7 @@ long CPreprocessor::ReplaceCondition(const _DirectiveLine& line, wxString& condi
     const long result = DirectiveReplaceDefines(line.Rest(), condition, line.position, wxArrayString());
     if (!m_partial)
         return result == 0 ? 0 : -1;
-    if (result < 0)
-    {
+    if (result < 0) {
         Fail(message, unit);
         condition = line.Rest();
     }
@@ -177,10 +176,8 @@ long CPreprocessor::DirectiveElseifdef(_DirectiveLine& line)
     if (!section)
         return FailWithout(line, L"ifdef");
     const bool found = HasDefine(NameBehind(line));
-    if (section->m_unresolved)
-    {
-        if (!found)
-        {
+    if (section->m_unresolved) {
+        if (!found) {
             line.Keep();
             return 0;
         }
@@ -233,8 +230,7 @@ long CPreprocessor::PreprocessCondition(wxString& condition)
     const wchar_t* copied = begin;
     wxString result;
     long kept = 0;
-    for (; found != wxString::npos; found = condition.find(word, found))
-    {
+    for (; found != wxString::npos; found = condition.find(word, found)) {
         const wchar_t* const at = begin + found;
         found += word.length();
         const wchar_t* const open = text_detail::SkipBlanks(at + word.length(), end);

@@ -43,8 +43,7 @@ long CPreprocessor::ApplyDefine(const wxString& name, wxString& result)
 {
     result.clear();
     const auto found = m_defines.find(name);
-    if (found == m_defines.end())
-    {
+    if (found == m_defines.end()) {
         Fail(wxString::Format(wxS("\"%s\" is not defined !"), name), nullptr);
         return 1;
     }
@@ -82,16 +81,13 @@ long CPreprocessor::DirectiveReplaceDefines(const wxString& text, wxString& resu
     const wchar_t* const end = at + text.length();
     const wchar_t* copied = at;
     long status = 0;
-    while (at != end)
-    {
-        if (IsQuote(*at))
-        {
+    while (at != end) {
+        if (IsQuote(*at)) {
             at = FindClosingQuote(at, end);
             if (at == end)
                 return Fail(wxS("String not terminated !"), position.m_unit);
         }
-        if (*at != DirectiveChar)
-        {
+        if (*at != DirectiveChar) {
             ++at;
             continue;
         }
@@ -100,8 +96,7 @@ long CPreprocessor::DirectiveReplaceDefines(const wxString& text, wxString& resu
         const wchar_t* after = SkipWord(word, end);
         const bool isText = word == end || *word == ScriptOpen || *word == L'(' || IsBlank(*word);
         const wxString name = isText ? wxString() : wxString(word, after - word);
-        if (isText || params.Index(name) != wxNOT_FOUND)
-        {
+        if (isText || params.Index(name) != wxNOT_FOUND) {
             at = after;
             continue;
         }
@@ -109,10 +104,8 @@ long CPreprocessor::DirectiveReplaceDefines(const wxString& text, wxString& resu
         copied = at;
         at = after;
         const auto found = m_defines.find(name);
-        if (found == m_defines.end())
-        {
-            if (!m_partial)
-            {
+        if (found == m_defines.end()) {
+            if (!m_partial) {
                 Fail(wxString::Format(wxS("\"%s\" is not defined !"), name), position.m_unit);
                 return 1;
             }
@@ -147,31 +140,26 @@ long CPreprocessor::SplitArguments(const wxString& name, const wchar_t*& at, con
         start = stop + 1;
     };
     bool nested = false;
-    for (const wchar_t* p = start; p != end; ++p)
-    {
-        if (IsQuote(*p))
-        {
+    for (const wchar_t* p = start; p != end; ++p) {
+        if (IsQuote(*p)) {
             p = FindClosingQuote(p, end);
             if (p == end)
                 break;
-        }
-        else if (*p == L'(' && nested)
+        } else if (*p == L'(' && nested)
             return Fail(wxS("CPreprocessor::GetParams multiple nested parenthesis not supported"), unit);
         else if (*p == L'(')
             nested = true;
         else if (*p == L')' && nested)
             nested = false;
-        else if (*p == L')')
-        {
+        else if (*p == L')') {
             add(p, !arguments.empty());
             at = start;
             return 0;
-        }
-        else if (*p == L',' && !nested)
+        } else if (*p == L',' && !nested)
             add(p, true);
     }
-    return Fail(wxString::Format(wxS("\"%s\" did not find end of parameters in %s !"), name, wxString(open, end - open)),
-                unit);
+    return Fail(
+        wxString::Format(wxS("\"%s\" did not find end of parameters in %s !"), name, wxString(open, end - open)), unit);
 }
 
 long CPreprocessor::GetParams(wxString name, const wchar_t*& at, const wchar_t* end, wxArrayString& params,
@@ -182,17 +170,15 @@ long CPreprocessor::GetParams(wxString name, const wchar_t*& at, const wchar_t* 
     if (!position || params.empty())
         return 0;
     if (m_argumentNesting >= m_limits.argumentNesting)
-        return Fail(wxString::Format(wxS("\"%s\" : More than %u defines inside parameters !"), name,
-                                     m_limits.argumentNesting),
-                    position->m_unit);
+        return Fail(
+            wxString::Format(wxS("\"%s\" : More than %u defines inside parameters !"), name, m_limits.argumentNesting),
+            position->m_unit);
     const NestingLevel level(m_argumentNesting);
     long status = 0;
-    for (wxString& argument : params)
-    {
+    for (wxString& argument : params) {
         wxString replaced;
         const long result = DirectiveReplaceDefines(argument, replaced, *position, wxArrayString());
-        if (result < 0 || (result == 1 && !m_partial))
-        {
+        if (result < 0 || (result == 1 && !m_partial)) {
             wxString reason;
             if (parser)
                 parser->GetLastErrorStr(&reason);
@@ -213,8 +199,7 @@ public:
     CParamSubstitution(CPreprocessor& pp, const wxString& name, const wxArrayString& params,
                        const wxArrayString& arguments, const CParserUnit* unit)
         : m_pp(pp), m_name(name), m_params(params), m_arguments(arguments), m_unit(unit)
-    {
-    }
+    {}
 
     long Substitute(const wchar_t* at, const wchar_t* end, wxString& result);
 
@@ -235,16 +220,13 @@ private:
 long CParamSubstitution::Substitute(const wchar_t* at, const wchar_t* end, wxString& result)
 {
     const wchar_t* copied = at;
-    while (at != end)
-    {
-        if (IsQuote(*at))
-        {
+    while (at != end) {
+        if (IsQuote(*at)) {
             const wchar_t* const close = FindClosingQuote(at, end);
             at = close == end ? end : close + 1;
             continue;
         }
-        if (*at != DirectiveChar)
-        {
+        if (*at != DirectiveChar) {
             ++at;
             continue;
         }
@@ -253,8 +235,7 @@ long CParamSubstitution::Substitute(const wchar_t* at, const wchar_t* end, wxStr
         const wchar_t* after = SkipWord(word, end);
         const bool conditional = word != end && *word == L'(';
         const int param = after == word ? wxNOT_FOUND : m_params.Index(wxString(word, after - word));
-        if (param == wxNOT_FOUND && !conditional)
-        {
+        if (param == wxNOT_FOUND && !conditional) {
             at = after;
             continue;
         }
@@ -277,8 +258,8 @@ long CParamSubstitution::Substitute(const wchar_t* at, const wchar_t* end, wxStr
 long CParamSubstitution::SubstituteConditional(const wchar_t*& at, const wchar_t* end, wxString& result)
 {
     if (m_pp.m_argumentNesting >= m_pp.m_limits.argumentNesting)
-        return m_pp.Fail(wxString::Format(wxS("%c%s : More than %u conditional texts inside each other !"), DirectiveChar,
-                                          m_name, m_pp.m_limits.argumentNesting),
+        return m_pp.Fail(wxString::Format(wxS("%c%s : More than %u conditional texts inside each other !"),
+                                          DirectiveChar, m_name, m_pp.m_limits.argumentNesting),
                          m_unit);
     const NestingLevel level(m_pp.m_argumentNesting);
     const wchar_t* const condition = at + 1;
@@ -307,8 +288,8 @@ long CParamSubstitution::Choose(const wchar_t* condition, const wchar_t* questio
     m_pp.PreprocessCondition(expression);
     if (m_pp.Scripts().condition.Evaluate(expression, value))
         return 0;
-    return m_pp.Fail(wxString::Format(wxS("%c%s : Can not evaluate question condition: %s"), DirectiveChar, m_name, text),
-                     m_unit);
+    return m_pp.Fail(
+        wxString::Format(wxS("%c%s : Can not evaluate question condition: %s"), DirectiveChar, m_name, text), m_unit);
 }
 
 long CParamSubstitution::FailConditional(const wchar_t* what)
@@ -320,17 +301,14 @@ long CParamSubstitution::FailConditional(const wchar_t* what)
 const wchar_t* CParamSubstitution::FindAtThisLevel(const wchar_t* at, const wchar_t* end, wchar_t what)
 {
     size_t depth = 0;
-    for (; at != end; ++at)
-    {
+    for (; at != end; ++at) {
         if (depth == 0 && *at == what)
             return at;
-        if (IsQuote(*at))
-        {
+        if (IsQuote(*at)) {
             at = FindClosingQuote(at, end);
             if (at == end)
                 return end;
-        }
-        else if (*at == L'(')
+        } else if (*at == L'(')
             ++depth;
         else if (*at == L')' && depth-- == 0)
             return end;
@@ -342,8 +320,7 @@ long CPreprocessor::ReplaceParams(const wxString& name, wxString& result, const 
                                   const wxArrayString& arguments, CParser* WXUNUSED(parser),
                                   const _BlockPosition* position)
 {
-    if (define.value.find(DirectiveChar) == wxString::npos)
-    {
+    if (define.value.find(DirectiveChar) == wxString::npos) {
         result += define.value;
         return 0;
     }

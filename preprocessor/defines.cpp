@@ -84,12 +84,10 @@ void CPreprocessor::BufferInPlaceRemoveDefines(wxString& text, const wchar_t** n
     const wchar_t* const end = begin + text.length();
     wxString result;
     const wchar_t* copied = begin;
-    for (const wchar_t* line = begin; line != end;)
-    {
+    for (const wchar_t* line = begin; line != end;) {
         const wchar_t* const lineEnd = std::find_if(line, end, [](wchar_t ch) { return ch == L'\n' || ch == L'\r'; });
         const std::wstring_view name = DefinedName(line, lineEnd);
-        if (!name.empty() && listed.count(name))
-        {
+        if (!name.empty() && listed.count(name)) {
             result.append(copied, line - copied);
             copied = lineEnd;
         }
@@ -111,8 +109,8 @@ long CPreprocessor::ReadDefine(_DirectiveLine& line, wxString& name, _DefineInfo
     at = text_detail::SkipWord(at, line.end);
     name.assign(nameStart, at - nameStart);
     if (name.empty())
-        return Fail(wxString::Format(wxS("No Define name in line: %.*s"), static_cast<int>(line.end - line.at), line.at),
-                    unit);
+        return Fail(
+            wxString::Format(wxS("No Define name in line: %.*s"), static_cast<int>(line.end - line.at), line.at), unit);
     if (SplitArguments(name, at, line.end, define.params, unit) != 0)
         return -1;
     wxString value(at, line.end - at);
@@ -136,8 +134,7 @@ long CPreprocessor::DirectiveDefine(_DirectiveLine& line)
     const long result = ReadDefine(line, name, define);
     if (result < 0)
         return result;
-    if (result == 1)
-    {
+    if (result == 1) {
         KeepDefine(line, name, define);
         return 0;
     }

@@ -8,12 +8,12 @@
 /// own the rest of the line, so the scan resumes at its end.
 struct _DirectiveLine
 {
-    wxString& output;         ///< What the line has come to so far.
-    const wchar_t* at;        ///< The "#".
-    const wchar_t* word;      ///< The word behind "#" or "##".
-    const wchar_t* rest;      ///< What follows the word.
-    const wchar_t* end;       ///< The end of the line.
-    const wchar_t** next;     ///< Receives where the scan resumes.
+    wxString& output;     ///< What the line has come to so far.
+    const wchar_t* at;    ///< The "#".
+    const wchar_t* word;  ///< The word behind "#" or "##".
+    const wchar_t* rest;  ///< What follows the word.
+    const wchar_t* end;   ///< The end of the line.
+    const wchar_t** next; ///< Receives where the scan resumes.
     _BlockPosition& position;
 
     bool IsQuoting() const { return word - at == 2; }

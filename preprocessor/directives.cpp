@@ -38,8 +38,8 @@ struct CDirectiveTable
             {L"redefine", &CPreprocessor::DirectiveRedefine, false},
             {L"undef", &CPreprocessor::DirectiveUndef, false},
         };
-        const auto* const found =
-            std::find_if(std::begin(entries), std::end(entries), [&](const Entry& entry) { return entry.word == word; });
+        const auto* const found = std::find_if(std::begin(entries), std::end(entries),
+                                               [&](const Entry& entry) { return entry.word == word; });
         return found == std::end(entries) ? nullptr : found;
     }
 };
@@ -49,11 +49,9 @@ long CPreprocessor::DirectiveApply(wxString& output, const wchar_t* at, const wc
 {
     const wchar_t* const word = at + (at + 1 != end && at[1] == DirectiveChar ? 2 : 1);
     _DirectiveLine line{output, at, word, text_detail::SkipWord(word, end), end, next, position};
-    if (!position.m_lineStarted && !line.IsQuoting())
-    {
+    if (!position.m_lineStarted && !line.IsQuoting()) {
         const std::wstring_view name(word, line.rest - word);
-        if (const CDirectiveTable::Entry* const directive = CDirectiveTable::Find(name))
-        {
+        if (const CDirectiveTable::Entry* const directive = CDirectiveTable::Find(name)) {
             *next = end;
             return m_skipping && !directive->actsWhileSkipping ? 0 : (this->*directive->apply)(line);
         }
@@ -76,15 +74,13 @@ long CPreprocessor::ApplyUse(_DirectiveLine& line)
     const wxString name = line.Word();
     const auto found = m_defines.find(name);
     const wchar_t* after = line.rest;
-    if (found != m_defines.end())
-    {
+    if (found != m_defines.end()) {
         const long result =
             ExpandUse(name, found->second, after, line.end, &line.position, line.IsQuoting(), line.output);
         *line.next = after;
         if (result != 1)
             return result;
-    }
-    else if (!m_partial)
+    } else if (!m_partial)
         return Fail(wxString::Format(wxS("\"%s\" is not defined !"), name), line.position.m_unit);
     line.output.append(line.at, after - line.at);
     m_wasPartial = true;
@@ -95,19 +91,21 @@ long CPreprocessor::ApplyInlineScript(_DirectiveLine& line)
 {
     const CParserUnit* const unit = line.position.m_unit;
     const wchar_t* const begin = line.word + 1;
-    const wchar_t* const stop = std::find_if(begin, line.end, [](wchar_t ch) { return ch == ScriptOpen || ch == ScriptClose; });
+    const wchar_t* const stop =
+        std::find_if(begin, line.end, [](wchar_t ch) { return ch == ScriptOpen || ch == ScriptClose; });
     if (stop == line.end)
-        return Fail(wxString::Format(wxS("%c%c needs a %c on same line !"), DirectiveChar, ScriptOpen, ScriptClose), unit);
+        return Fail(wxString::Format(wxS("%c%c needs a %c on same line !"), DirectiveChar, ScriptOpen, ScriptClose),
+                    unit);
     if (*stop == ScriptOpen)
         return Fail(wxString::Format(wxS("%c%c can not be nested !"), DirectiveChar, ScriptOpen), unit);
 
     wxString script;
-    const long replaced = DirectiveReplaceDefines(wxString(begin, stop - begin), script, line.position, wxArrayString());
+    const long replaced =
+        DirectiveReplaceDefines(wxString(begin, stop - begin), script, line.position, wxArrayString());
     if (replaced != 0 && !(replaced == 1 && m_partial))
         return -1;
     *line.next = stop + 1;
-    if (replaced == 1)
-    {
+    if (replaced == 1) {
         line.output.append(line.at, stop + 1 - line.at);
         m_wasPartial = true;
         return 0;
@@ -116,9 +114,9 @@ long CPreprocessor::ApplyInlineScript(_DirectiveLine& line)
     wxString text;
     PreprocessCondition(expression);
     if (!Scripts().inlineText.Evaluate(expression, text))
-        return Fail(wxString::Format(wxS("%c%c : Can not evaluate script: %s"), DirectiveChar, ScriptOpen, script), unit);
-    if (!line.IsQuoting())
-    {
+        return Fail(wxString::Format(wxS("%c%c : Can not evaluate script: %s"), DirectiveChar, ScriptOpen, script),
+                    unit);
+    if (!line.IsQuoting()) {
         line.output += text;
         return 0;
     }
@@ -130,8 +128,9 @@ long CPreprocessor::ApplyInlineScript(_DirectiveLine& line)
 /// In partial mode, what stands inside a section that is not decided yet is not decided either.
 bool CPreprocessor::KeepInUndecidedSection(_DirectiveLine& line)
 {
-    const bool undecided = m_partial && std::any_of(m_sections.begin() + std::min(m_sectionBase, m_sections.size()),
-                                                    m_sections.end(), [](const auto& section) { return section->m_unresolved; });
+    const bool undecided =
+        m_partial && std::any_of(m_sections.begin() + std::min(m_sectionBase, m_sections.size()), m_sections.end(),
+                                 [](const auto& section) { return section->m_unresolved; });
     if (undecided)
         KeepForLaterPass(line);
     return undecided;

@@ -17,8 +17,7 @@ wxString IncludedPath(const wxString& name, const wxString& includingFile)
 {
     wxString path = name;
     const bool isAbsolute = !name.empty() && (name[0] == L'\\' || name[0] == L'/');
-    if (!isAbsolute)
-    {
+    if (!isAbsolute) {
         const size_t separator = includingFile.find_last_of(L"/\\");
         if (separator != wxString::npos)
             path.insert(0, includingFile, 0, separator + 1);
@@ -44,9 +43,7 @@ long CPreprocessor::DirectiveInclude(_DirectiveLine& line)
     return result == 1 ? -1 : result;
 }
 
-void CPreprocessor::IncludeRead(const wxString& WXUNUSED(path))
-{
-}
+void CPreprocessor::IncludeRead(const wxString& WXUNUSED(path)) {}
 
 long CPreprocessor::Include(const wxString& argument, _BlockPosition& position)
 {
@@ -60,13 +57,12 @@ long CPreprocessor::Include(const wxString& argument, _BlockPosition& position)
     wxString text;
     const wxString path = IncludedPath(name, position.m_unit->GetFileName());
     CFile file = m_dir.OpenFile(path, wxFile::read);
-    if (!file.IsOpened())
-    {
-        Fail(wxString::Format(wxS("Include file not found '%s' from '%s'"), name, m_dir.GetFullPath()), position.m_unit);
+    if (!file.IsOpened()) {
+        Fail(wxString::Format(wxS("Include file not found '%s' from '%s'"), name, m_dir.GetFullPath()),
+             position.m_unit);
         return 1;
     }
-    if (!file.Read(text, CFile::convDefault))
-    {
+    if (!file.Read(text, CFile::convDefault)) {
         Fail(wxString::Format(wxS("Include file not readable '%s'"), name), position.m_unit);
         return 1;
     }

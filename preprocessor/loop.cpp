@@ -20,9 +20,10 @@ struct _LoopHeader
         CPreprocessor::TrimLeft(arguments, L" ");
         CPreprocessor::TrimRight(arguments, L" ");
         wxString bounds;
+        wxString endAndStep;
         name = arguments.BeforeFirst(wxS(' '), &bounds);
-        start = bounds.BeforeFirst(wxS(';'), &bounds);
-        end = bounds.BeforeFirst(wxS(';'), &step);
+        start = bounds.BeforeFirst(wxS(';'), &endAndStep);
+        end = endAndStep.BeforeFirst(wxS(';'), &step);
     }
 
     wxString name;
@@ -50,8 +51,7 @@ int FindLoopEnd(const CParserBlock& block, int slot)
 {
     size_t nesting = 0;
     const int count = static_cast<int>(block.GetCount());
-    for (; slot < count; ++slot)
-    {
+    for (; slot < count; ++slot) {
         const CParserUnit* const unit = block.GetUnit(slot);
         const std::wstring_view word = unit ? DirectiveWord(*unit) : std::wstring_view();
         if (word == L"for")
@@ -66,11 +66,9 @@ int FindLoopEnd(const CParserBlock& block, int slot)
 wxString TakeBody(_BlockPosition& position, int loopEnd)
 {
     wxString body;
-    while (position.m_index < loopEnd)
-    {
+    while (position.m_index < loopEnd) {
         CParserUnit* const unit = position.m_block->GetUnit(position.m_index);
-        if (!unit)
-        {
+        if (!unit) {
             ++position.m_index;
             continue;
         }
@@ -121,13 +119,13 @@ long CPreprocessor::EvaluateBounds(const _LoopHeader& header, const _BlockPositi
         wxString messageStart;
         int& value;
     } parts[] = {
-        {header.start, wxString::Format(wxS("%c%s : Can not evaluate start: "), DirectiveChar, wxS("if")), bounds.start},
+        {header.start, wxString::Format(wxS("%c%s : Can not evaluate start: "), DirectiveChar, wxS("if")),
+         bounds.start},
         {header.end, wxString::Format(wxS("%s : Can not evaluate end: "), wxS("for")), bounds.end},
         {header.step, wxString::Format(wxS("%s : Can not evaluate step: "), wxS("for")), bounds.step},
     };
     long status = 0;
-    for (const auto& part : parts)
-    {
+    for (const auto& part : parts) {
         const long result = EvaluateBound(part.text, part.messageStart, position, part.value);
         if (result < 0)
             return result;
@@ -144,7 +142,8 @@ long CPreprocessor::CheckBounds(const _LoopBounds& bounds, const _LoopHeader& he
         return Fail(wxString::Format(wxS("%s : Step is not above 0: %s"), wxS("for"), header.step), unit);
     const long long passes = (static_cast<long long>(bounds.end) - bounds.start) / bounds.step + 1;
     if (m_limits.loopPasses && static_cast<unsigned long long>(passes) > m_limits.loopPasses)
-        return Fail(wxString::Format(wxS("%s : More than %lu passes: %lld"), wxS("for"), m_limits.loopPasses, passes), unit);
+        return Fail(wxString::Format(wxS("%s : More than %lu passes: %lld"), wxS("for"), m_limits.loopPasses, passes),
+                    unit);
     return 0;
 }
 
@@ -152,7 +151,8 @@ long CPreprocessor::ApplyFor(const wxString& arguments, _BlockPosition& position
 {
     CParserUnit* const directive = position.m_unit;
     if (m_loopNesting >= m_limits.loopNesting)
-        return Fail(wxString::Format(wxS("%s : Loops nested deeper than %u"), wxS("for"), m_limits.loopNesting), directive);
+        return Fail(wxString::Format(wxS("%s : Loops nested deeper than %u"), wxS("for"), m_limits.loopNesting),
+                    directive);
     const _LoopHeader header(arguments);
     _LoopBounds bounds;
     const long evaluated = EvaluateBounds(header, position, bounds);
@@ -160,14 +160,13 @@ long CPreprocessor::ApplyFor(const wxString& arguments, _BlockPosition& position
         return -1;
     const int loopEnd = FindLoopEnd(*position.m_block, position.m_index + 1);
     if (loopEnd < 0)
-        return Fail(wxString::Format(wxS("Missing %c%s for %c%s started %s!"), DirectiveChar, wxS("endfor"), DirectiveChar,
-                                     wxS("for"), directive->GetContext()),
+        return Fail(wxString::Format(wxS("Missing %c%s for %c%s started %s!"), DirectiveChar, wxS("endfor"),
+                                     DirectiveChar, wxS("for"), directive->GetContext()),
                     directive);
 
     const wxString label =
         wxString::Format(wxS("%s (LOOP l.%d)"), directive->GetFileName(), static_cast<int>(directive->m_line));
-    if (evaluated == 1)
-    {
+    if (evaluated == 1) {
         ++position.m_index;
         const wxString body = TakeBody(position, loopEnd);
         m_wasPartial = true;
@@ -185,15 +184,14 @@ long CPreprocessor::ApplyFor(const wxString& arguments, _BlockPosition& position
     return body.empty() ? 0 : RunLoop(header.name, bounds, body, label, directive, position);
 }
 
-long CPreprocessor::RunLoop(const wxString& name, const _LoopBounds& bounds, const wxString& body, const wxString& label,
-                            const CParserUnit* directive, _BlockPosition& position)
+long CPreprocessor::RunLoop(const wxString& name, const _LoopBounds& bounds, const wxString& body,
+                            const wxString& label, const CParserUnit* directive, _BlockPosition& position)
 {
     const CNestedText nested(m_sections.size(), m_sectionBase, m_loopNesting);
     long result = 0;
     _DefineInfo variable;
     variable.origin = directive->GetContext();
-    for (long long value = bounds.start; value <= bounds.end && result == 0; value += bounds.step)
-    {
+    for (long long value = bounds.start; value <= bounds.end && result == 0; value += bounds.step) {
         variable.value = std::to_wstring(value);
         m_defines[name] = variable;
         result = nested.Insert(*m_parser, body, label, directive, false, position);

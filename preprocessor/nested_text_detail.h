@@ -6,8 +6,8 @@ class CParser;
 class CParserUnit;
 struct _BlockPosition;
 
-/// A text that a directive has parsed and inserted: while this lives, the text has its own conditional sections (it must
-/// close those it opens and cannot close the ones around it) and counts as one level of nesting.
+/// A text that a directive has parsed and inserted: while this lives, the text has its own conditional sections (it
+/// must close those it opens and cannot close the ones around it) and counts as one level of nesting.
 class CNestedText
 {
 public:

@@ -5,9 +5,7 @@
 
 wxIMPLEMENT_CLASS(CPreprocessor, wxObject);
 
-CPreprocessor::CPreprocessor(CParser* parser, bool trim) : m_parser(parser), m_trim(trim)
-{
-}
+CPreprocessor::CPreprocessor(CParser* parser, bool trim) : m_parser(parser), m_trim(trim) {}
 
 CPreprocessor::~CPreprocessor()
 {

@@ -34,10 +34,10 @@ struct _IfDefStateInfo
 {
     enum State
     {
-        BranchTaken = 1,   ///< A branch was taken: the current one, or one before it.
-        NoBranchYet = 2,   ///< None was taken yet; text is left out.
-        ElseActive = 3,    ///< The "else" branch is kept.
-        ElseSkipped = 4    ///< The "else" branch is left out, because a branch was taken before.
+        BranchTaken = 1, ///< A branch was taken: the current one, or one before it.
+        NoBranchYet = 2, ///< None was taken yet; text is left out.
+        ElseActive = 3,  ///< The "else" branch is kept.
+        ElseSkipped = 4  ///< The "else" branch is left out, because a branch was taken before.
     };
 
     int m_state;
@@ -55,15 +55,16 @@ struct _BlockPosition
     bool m_lineStarted;  ///< Something that is neither blank nor comment stands before this place on the line.
 };
 
-/// What an input may ask of a preprocessor before it is refused. Going past a limit is an error with a message of its own
-/// at the directive that did it.
+/// What an input may ask of a preprocessor before it is refused. Going past a limit is an error with a message of its
+/// own at the directive that did it.
 struct CPreprocessorLimits
 {
-    unsigned int includeDepth = 200;    ///< Files that include each other, the outermost text not counted.
-    unsigned int loopNesting = 200;     ///< Loops inside loops.
-    unsigned int openSections = 10000;  ///< Conditional sections open at once, those of the including texts included.
-    unsigned int argumentNesting = 200; ///< Defines used inside arguments of defines, conditional texts inside each other.
-    unsigned long loopPasses = 0;       ///< Passes of one loop; 0: no limit.
+    unsigned int includeDepth = 200;   ///< Files that include each other, the outermost text not counted.
+    unsigned int loopNesting = 200;    ///< Loops inside loops.
+    unsigned int openSections = 10000; ///< Conditional sections open at once, those of the including texts included.
+    unsigned int argumentNesting =
+        200;                      ///< Defines used inside arguments of defines, conditional texts inside each other.
+    unsigned long loopPasses = 0; ///< Passes of one loop; 0: no limit.
 };
 
 /// Rewrites the units of a block in place: drops comments, keeps string literals, applies the directives introduced by
@@ -89,8 +90,8 @@ public:
     /// Called at the start of every block.
     virtual void DirectiveStartBlock();
 
-    /// Applies the directive or inline construct whose "#" stands at `at`, up to the line end `end`. Appends what comes of
-    /// it to `output` and sets `*next` to where the scan resumes.
+    /// Applies the directive or inline construct whose "#" stands at `at`, up to the line end `end`. Appends what comes
+    /// of it to `output` and sets `*next` to where the scan resumes.
     /// @return 0 when done, 1 when the word behind "#" is nothing known, -1 after a recorded error.
     virtual long DirectiveApply(wxString& output, const wchar_t* at, const wchar_t* end, const wchar_t** next,
                                 _BlockPosition& position);
@@ -98,17 +99,18 @@ public:
     /// Called when a block has been scanned; reports sections left open.
     virtual long DirectiveEndCheck(const _BlockPosition& position);
 
-    /// Inserts the preprocessed units of a file before the current unit. `argument` is the rest of the directive's line.
+    /// Inserts the preprocessed units of a file before the current unit. `argument` is the rest of the directive's
+    /// line.
     /// @return 0, 1 after a recorded error about the file itself, or the result of parsing it.
     virtual long Include(const wxString& argument, _BlockPosition& position);
 
-    /// Replaces a loop's lines by the preprocessed units of all its passes; the line of the matching "#endfor" becomes the
-    /// current unit. `arguments` is the rest of the directive's line.
+    /// Replaces a loop's lines by the preprocessed units of all its passes; the line of the matching "#endfor" becomes
+    /// the current unit. `arguments` is the rest of the directive's line.
     /// @return 0; 1 for a loop kept for a later pass (partial mode); -1 after a recorded error.
     virtual long ApplyFor(const wxString& arguments, _BlockPosition& position);
 
-    /// Called for every file that an include has read, with its path as opened in the search directory. Does nothing here;
-    /// for hosts that keep track of what a result depends on.
+    /// Called for every file that an include has read, with its path as opened in the search directory. Does nothing
+    /// here; for hosts that keep track of what a result depends on.
     virtual void IncludeRead(const wxString& path);
 
     void SetParser(CParser* parser) { m_parser = parser; }
@@ -136,8 +138,8 @@ public:
     /// Forgets all defines and open sections and ends the scripts.
     void Clean();
 
-    /// Adds a define without origin. A name that is already defined keeps its value; when that differs, a message (without
-    /// unit) is recorded in the parser.
+    /// Adds a define without origin. A name that is already defined keeps its value; when that differs, a message
+    /// (without unit) is recorded in the parser.
     void AddDefine(const wxString& name, const wxString& value, wxArrayString params);
     void RemoveDefine(const wxString& name);
     bool HasDefine(const wxString& name) const;
@@ -158,15 +160,16 @@ public:
     /// pointer). Line ends stay, so the line numbers do too.
     static void BufferInPlaceRemoveDefines(wxString& text, const wchar_t** names);
 
-    /// Replaces the defines in a text ("#NAME", and "##NAME" for the value as a quoted string), except in quoted strings
-    /// and except the names in `params`.
-    /// @return 0; 1 when a name is not defined: recorded as an error, but in partial mode kept as written instead; -1 after
+    /// Replaces the defines in a text ("#NAME", and "##NAME" for the value as a quoted string), except in quoted
+    /// strings and except the names in `params`.
+    /// @return 0; 1 when a name is not defined: recorded as an error, but in partial mode kept as written instead; -1
+    /// after
     ///         any other recorded error.
     long DirectiveReplaceDefines(const wxString& text, wxString& result, const _BlockPosition& position,
                                  const wxArrayString& params);
 
-    /// Reads a parenthesised list of arguments, or nothing when `at` is not at a "(". Arguments are split at commas outside
-    /// quotes and parentheses and trimmed; one may hold one level of parentheses. `at` moves behind the list.
+    /// Reads a parenthesised list of arguments, or nothing when `at` is not at a "(". Arguments are split at commas
+    /// outside quotes and parentheses and trimmed; one may hold one level of parentheses. `at` moves behind the list.
     /// @param name the define, for messages.
     /// @param position where the defines in the arguments are to be replaced; null: they stay as they are.
     /// @return 0; 1 when partial mode left something unresolved; -1 after a recorded error.
@@ -179,7 +182,8 @@ public:
     long ReplaceParams(const wxString& name, wxString& result, const _DefineInfo& define,
                        const wxArrayString& arguments, CParser* parser, const _BlockPosition* position);
 
-    /// Rewrites every "defined(NAME)" of a condition to "true" or "false". Partial mode keeps those it cannot decide yet.
+    /// Rewrites every "defined(NAME)" of a condition to "true" or "false". Partial mode keeps those it cannot decide
+    /// yet.
     /// @return 0, or 1 when one was kept.
     long PreprocessCondition(wxString& condition);
 
@@ -191,17 +195,17 @@ public:
     /// @param end receives the place behind the word; may be null. @param length receives its length; may be null.
     static wxString ExtractWord(const wchar_t* text, unsigned int pos, const wchar_t** end, unsigned int* length);
 
-    /// The 0-based index of the first `what` outside quoted strings, or -1. `what` should not begin with a quote: it would
-    /// be taken for the boundary of a string, and the length of `text` may then be returned.
+    /// The 0-based index of the first `what` outside quoted strings, or -1. `what` should not begin with a quote: it
+    /// would be taken for the boundary of a string, and the length of `text` may then be returned.
     static long FindCharEx(const wxString& text, const wxString& what);
 
-    /// Searches the units of a block from slot `unit`, character `pos` on, outside quoted strings. On a hit `unit` is the
-    /// slot and `pos` the index, counted from where the search began in that unit; on a miss `unit` is behind the last
-    /// slot and `pos` 0.
+    /// Searches the units of a block from slot `unit`, character `pos` on, outside quoted strings. On a hit `unit` is
+    /// the slot and `pos` the index, counted from where the search began in that unit; on a miss `unit` is behind the
+    /// last slot and `pos` 0.
     static bool Find(const CParserBlock* block, int& unit, int& pos, const wxString& what);
 
-    /// The contents of the quoted string that begins at `begin`; empty when none does or it is not closed. The first same
-    /// quote closes it, whether or not a backslash stands before.
+    /// The contents of the quoted string that begins at `begin`; empty when none does or it is not closed. The first
+    /// same quote closes it, whether or not a backslash stands before.
     /// @param after receives the place behind the closing quote, or `begin`; may be null.
     /// @param unescape whether "\t" and "\n" in it become a tab and a line feed.
     static wxString ExtractString(const wchar_t* begin, const wchar_t* end, const wchar_t** after, bool unescape);
@@ -228,8 +232,8 @@ public:
 
     /// A C string literal for `text`, one quoted literal per line of it.
     static wxString StringToC(const wxString& text);
-    /// The text of a literal made by StringToC. Carriage returns ("\r") are dropped; a "\x" without two hexadecimal digits
-    /// is logged and left out.
+    /// The text of a literal made by StringToC. Carriage returns ("\r") are dropped; a "\x" without two hexadecimal
+    /// digits is logged and left out.
     static wxString StringFromC(const wxString& literal);
 
     /// Puts the escape character (0: the back-quote) before every `ch`. The escape character itself is not doubled.

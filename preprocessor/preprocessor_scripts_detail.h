@@ -7,7 +7,8 @@
 
 #include <memory>
 
-/// A script context of the preprocessor with an empty global object of its own, started at the first text that needs it.
+/// A script context of the preprocessor with an empty global object of its own, started at the first text that needs
+/// it.
 class CPreprocessorScript
 {
 public:

@@ -146,13 +146,6 @@ public:
             continue;
     }
 
-    /// Goes on behind `quote`, which opens a string.
-    void Reopen(const wchar_t* quote)
-    {
-        m_open = *quote;
-        m_at = quote + 1;
-    }
-
 private:
     const wchar_t* m_begin;
     const wchar_t* m_at;
@@ -399,19 +392,14 @@ const wchar_t* FindSeparator(const wchar_t* at, const wchar_t* end, wchar_t sepa
     return found;
 }
 
-/// The length of the line end at `at`, 0 when there is none: "\r\n", "\n\r", "\n" and a lone "\r". A "\r" belongs to
-/// the
-/// "\n" behind it before it belongs to the line end before it; only without one may it follow "\r\n" as well.
+/// The length of the line end at `at`, 0 when there is none: "\r\n", "\n\r", "\n", a lone "\r", and "\r\n\r", which is
+/// "\n\r" once its beginning is "\n".
 size_t LineEndLength(const wchar_t* at, const wchar_t* end)
 {
-    const auto isReturn = [end](const wchar_t* place) { return place != end && *place == L'\r'; };
-    const auto isFeed = [end](const wchar_t* place) { return place != end && *place == L'\n'; };
-    if (!isReturn(at) && !isFeed(at))
-        return 0;
-    if (isReturn(at) && !isFeed(at + 1))
-        return 1;
-    const wchar_t* const behind = at + (isReturn(at) ? 2 : 1);
-    return static_cast<size_t>(behind - at) + (isReturn(behind) && !isFeed(behind + 1) ? 1 : 0);
+    const auto count = [&at, end](wchar_t character) { return at != end && *at == character ? (++at, 1U) : 0U; };
+    const size_t before = count(L'\r');
+    const size_t feed = count(L'\n');
+    return before + feed + (feed != 0 ? count(L'\r') : 0);
 }
 
 wxString Repeat(const wxString& text, int count)
@@ -526,7 +514,6 @@ wxString CPreprocessor::ConcatQuotes(const wxString& text)
             out.reserve(text.length());
         Append(out, pending, quote);
         pending = next + 1;
-        walk.Reopen(next);
     }
     if (pending == span.begin)
         return text;

@@ -15,8 +15,7 @@ std::vector<std::pair<bool, std::string>> InOrderGiven(const CLI::App& command, 
     std::vector<std::pair<bool, std::string>> values;
     size_t firstSeen = 0;
     size_t secondSeen = 0;
-    for (const CLI::Option* option : command.parse_order())
-    {
+    for (const CLI::Option* option : command.parse_order()) {
         if (option == first)
             values.emplace_back(true, first->results()[firstSeen++]);
         else if (option == second)

@@ -8,8 +8,7 @@ namespace
 std::string EscapeForMake(const std::string& name)
 {
     std::string escaped;
-    for (const char ch : name)
-    {
+    for (const char ch : name) {
         if (ch == ' ' || ch == '#' || ch == ':')
             escaped += '\\';
         else if (ch == '$')

@@ -35,8 +35,7 @@ std::vector<wxString> ScriptMessages(const wxString& report)
     static const wxString arrow = wxS("==> ");
     std::vector<wxString> messages;
     size_t at = report.find(arrow);
-    while (at != wxString::npos)
-    {
+    while (at != wxString::npos) {
         const size_t end = report.find(wxS('\n'), at);
         messages.push_back(report.substr(at + arrow.length(), end == wxString::npos ? end : end - at - arrow.length()));
         at = report.find(arrow, end);
@@ -63,9 +62,9 @@ private:
 
 Diagnostics::Diagnostics(const CommonOptions& options)
     : m_color(UseColor(options.color)), m_showProgress(!options.quiet && isatty(STDERR_FILENO)),
-      m_verbose(options.verbose), m_log(std::make_unique<Log>(*this)), m_previousLog(wxLog::SetActiveTarget(m_log.get()))
-{
-}
+      m_verbose(options.verbose), m_log(std::make_unique<Log>(*this)),
+      m_previousLog(wxLog::SetActiveTarget(m_log.get()))
+{}
 
 Diagnostics::~Diagnostics()
 {
@@ -108,10 +107,8 @@ void Diagnostics::ReportFailure(const CParser& parser)
     if (unit && unit->m_file)
         SayOrigins(*unit);
     std::vector<wxString> said;
-    for (const wxString& report : std::exchange(m_scriptReports, {}))
-    {
-        for (const wxString& reason : ScriptMessages(report))
-        {
+    for (const wxString& report : std::exchange(m_scriptReports, {})) {
+        for (const wxString& reason : ScriptMessages(report)) {
             if (std::find(said.begin(), said.end(), reason) == said.end())
                 Say(place, "note", reason);
             said.push_back(reason);
@@ -132,11 +129,11 @@ void Diagnostics::SayOrigins(const CParserUnit& unit)
         text += wxS("...");
     Write("    " + ToUtf8(text.Trim(false).Trim()) + "\n");
     wxSharedPtr<CParserFile> file = unit.m_file;
-    while (file && file->GetIncludedFrom())
-    {
+    while (file && file->GetIncludedFrom()) {
         const CParserUnit& from = *file->GetIncludedFrom();
         const bool isLoop = file->GetName().StartsWith(from.GetFileName() + wxS(" (LOOP l."));
-        Say(PlaceOf(from.GetFileName(), from.m_line), "note", isLoop ? wxS("repeated from here") : wxS("included from here"));
+        Say(PlaceOf(from.GetFileName(), from.m_line), "note",
+            isLoop ? wxS("repeated from here") : wxS("included from here"));
         file = from.m_file;
     }
 }

@@ -13,8 +13,9 @@
 class CParser;
 class CParserUnit;
 
-/// Everything a command says on standard error: errors and warnings in the form that editors understand, notes, progress.
-/// While it lives it takes the place of the log, so that what the library logs about a failure is not reported twice.
+/// Everything a command says on standard error: errors and warnings in the form that editors understand, notes,
+/// progress. While it lives it takes the place of the log, so that what the library logs about a failure is not
+/// reported twice.
 class Diagnostics
 {
 public:

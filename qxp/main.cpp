@@ -33,17 +33,13 @@ int main(int argc, char** argv)
     std::function<int()> run;
     AddPreprocessCommand(app, run);
 
-    if (argc < 2)
-    {
+    if (argc < 2) {
         std::cerr << app.help();
         return StatusUsage;
     }
-    try
-    {
+    try {
         app.parse(argc, argv);
-    }
-    catch (const CLI::ParseError& error)
-    {
+    } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? StatusSuccess : StatusUsage;
     }
     return run();

@@ -23,8 +23,7 @@ bool WriteFile(const wxString& name, const std::string& text)
 
 bool WriteOutput(const std::string& fileName, const std::string& text, Diagnostics& diagnostics)
 {
-    if (!fileName.empty())
-    {
+    if (!fileName.empty()) {
         const wxString name = FromSystemName(fileName);
         if (WriteFile(name, text))
             return true;
@@ -33,6 +32,7 @@ bool WriteOutput(const std::string& fileName, const std::string& text, Diagnosti
     }
     if (std::fwrite(text.data(), 1, text.size(), stdout) == text.size() && std::fflush(stdout) == 0)
         return true;
-    diagnostics.Error(wxString::Format(wxS("Standard output not writable: %s"), wxString::FromUTF8(std::strerror(errno))));
+    diagnostics.Error(
+        wxString::Format(wxS("Standard output not writable: %s"), wxString::FromUTF8(std::strerror(errno))));
     return false;
 }

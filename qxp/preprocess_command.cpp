@@ -18,7 +18,8 @@ struct PreprocessOptions
 {
     CommonOptions common;
     std::vector<std::string> files;
-    std::vector<std::pair<bool, std::string>> defines; ///< true with NAME[=VALUE] to define, false with a NAME to forget
+    std::vector<std::pair<bool, std::string>>
+        defines; ///< true with NAME[=VALUE] to define, false with a NAME to forget
     std::string dir;
     std::string output;
     std::vector<std::string> remove;
@@ -36,9 +37,9 @@ struct PreprocessOptions
 class TrackingPreprocessor : public CPreprocessor
 {
 public:
-    TrackingPreprocessor(std::function<void(const wxString&)> read) : CPreprocessor(nullptr, true), m_read(std::move(read))
-    {
-    }
+    TrackingPreprocessor(std::function<void(const wxString&)> read)
+        : CPreprocessor(nullptr, true), m_read(std::move(read))
+    {}
     void IncludeRead(const wxString& path) override { m_read(path); }
 
 private:
@@ -51,8 +52,7 @@ public:
     explicit PreprocessRun(const PreprocessOptions& options)
         : m_options(options), m_diagnostics(options.common), m_pp([this](const wxString& path) { NoteRead(path); }),
           m_parser(&m_pp)
-    {
-    }
+    {}
 
     int Run();
 
@@ -88,8 +88,7 @@ bool PreprocessRun::SetUp()
     m_pp.SetParser(&m_parser);
     if (!m_options.dir.empty())
         m_dir = CDir(FromSystemName(m_options.dir));
-    if (!m_dir.Ok())
-    {
+    if (!m_dir.Ok()) {
         m_diagnostics.Error(wxString::Format(wxS("Directory not found '%s'"), FromSystemName(m_options.dir)));
         return false;
     }
@@ -109,13 +108,11 @@ bool PreprocessRun::SetUp()
 
 bool PreprocessRun::AddDefines()
 {
-    for (const auto& [isDefine, text] : m_options.defines)
-    {
+    for (const auto& [isDefine, text] : m_options.defines) {
         wxString value;
         const wxString argument = FromSystemName(text);
         const wxString name = isDefine ? argument.BeforeFirst(wxS('='), &value) : argument;
-        if (!isDefine)
-        {
+        if (!isDefine) {
             m_pp.RemoveDefine(name);
             continue;
         }
@@ -134,13 +131,11 @@ bool PreprocessRun::ReadText(const std::string& file, wxString& text)
     const bool isStandardInput = file == "-";
     const wxString name = FromSystemName(file);
     CFile source = isStandardInput ? CFile::StandardInput() : m_dir.OpenFile(name, wxFile::read);
-    if (!source.IsOpened())
-    {
+    if (!source.IsOpened()) {
         m_diagnostics.Error(wxString::Format(wxS("File not found '%s' from '%s'"), name, m_dir.GetFullPath()));
         return false;
     }
-    if (!source.Read(text, CFile::convDefault))
-    {
+    if (!source.Read(text, CFile::convDefault)) {
         m_diagnostics.Error(wxString::Format(wxS("File not readable '%s'"), name));
         return false;
     }
@@ -165,8 +160,7 @@ bool PreprocessRun::Preprocess(const std::string& file)
     if (!ReadText(file, text))
         return false;
     const wxString name = file == "-" ? wxString(wxS("<stdin>")) : FromSystemName(file);
-    if (m_parser.Parse(text, name, nullptr, true) != 0)
-    {
+    if (m_parser.Parse(text, name, nullptr, true) != 0) {
         m_diagnostics.ReportFailure(m_parser);
         return false;
     }
@@ -188,8 +182,7 @@ void PreprocessRun::AppendUnit(const CParserUnit& unit)
 
 void PreprocessRun::AppendBlock(const CParserBlock& block)
 {
-    for (unsigned int slot = 0; slot < block.GetCount(); ++slot)
-    {
+    for (unsigned int slot = 0; slot < block.GetCount(); ++slot) {
         if (const CParserUnit* const unit = block.GetUnit(slot))
             AppendUnit(*unit);
     }
@@ -202,8 +195,7 @@ std::string PreprocessRun::SortedDefines() const
     wxArrayString lines = wxSplit(defines, wxS('\n'), wxS('\0'));
     std::sort(lines.begin(), lines.end());
     std::string text;
-    for (const wxString& line : lines)
-    {
+    for (const wxString& line : lines) {
         if (!line.empty())
             text += ToUtf8(line) + "\n";
     }
@@ -237,8 +229,7 @@ int PreprocessRun::Run()
 {
     if (!SetUp())
         return StatusFailure;
-    for (const std::string& file : m_options.files)
-    {
+    for (const std::string& file : m_options.files) {
         if (!Preprocess(file))
             return StatusFailure;
     }
@@ -267,11 +258,12 @@ void AddPreprocessCommand(CLI::App& app, std::function<int()>& run)
     const auto options = std::make_shared<PreprocessOptions>();
     command->footer("Example:\n  qxp preprocess -D PLATFORM=linux -C templates -o config.h config.h.in");
     command->add_option("FILE", options->files, "Texts, preprocessed in turn; - is standard input")->required();
-    const CLI::Option* const define = command->add_option("-D,--define", "Add a define before the first file; 1 without VALUE")
-                                          ->type_name("NAME[=VALUE]")
-                                          ->allow_extra_args(false)
-                                          ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
-                                          ->check(NonEmptyName);
+    const CLI::Option* const define =
+        command->add_option("-D,--define", "Add a define before the first file; 1 without VALUE")
+            ->type_name("NAME[=VALUE]")
+            ->allow_extra_args(false)
+            ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+            ->check(NonEmptyName);
     const CLI::Option* const undef = command->add_option("-U,--undef", "Remove a define, in order with -D")
                                          ->type_name("NAME")
                                          ->allow_extra_args(false)
@@ -285,9 +277,11 @@ void AddPreprocessCommand(CLI::App& app, std::function<int()>& run)
     command->add_option("--remove", options->remove, "Take the definitions of this name out of every text")
         ->type_name("NAME")
         ->allow_extra_args(false);
-    CLI::Option* const origins = command->add_flag("--origins", options->origins, "Put FILE:LINE: and a tab before every line");
+    CLI::Option* const origins =
+        command->add_flag("--origins", options->origins, "Put FILE:LINE: and a tab before every line");
     CLI::Option* const markers = command->add_flag("--line-markers", options->lineMarkers, "Write #line markers");
-    CLI::Option* const list = command->add_flag("--list-defines", options->listDefines, "Write the defines instead of the text");
+    CLI::Option* const list =
+        command->add_flag("--list-defines", options->listDefines, "Write the defines instead of the text");
     CLI::Option* const deps = command->add_flag("--deps", options->deps, "Write a make rule instead of the text");
     origins->excludes(markers);
     list->excludes(deps);

@@ -25,8 +25,7 @@ CJScript::CJScript(JSContext* cx) : m_context(cx), m_ownsContext(cx == nullptr)
 {
     const wxThreadCriticalSectionLocker lock(m_ThreadCriticalSection);
     ++ms_instances;
-    if (m_ownsContext)
-    {
+    if (m_ownsContext) {
         m_runtime = JS_Init(BytesBeforeCollection);
         m_context = JS_NewContext(m_runtime, StackChunkBytes);
     }
@@ -97,15 +96,13 @@ CJScript* CJScript::FromContext(JSContext* cx)
 bool CJScript::CleanAll()
 {
     CleanError();
-    if (!m_context || m_isCopy)
-    {
+    if (!m_context || m_isCopy) {
         m_context = nullptr;
         m_global = nullptr;
         return true;
     }
     const wxThreadCriticalSectionLocker lock(m_ThreadCriticalSection);
-    if (m_script)
-    {
+    if (m_script) {
         JS_DestroyScript(m_context, m_script);
         m_script = nullptr;
     }
@@ -113,8 +110,7 @@ bool CJScript::CleanAll()
         JS_ClearScope(m_global->GetContext(), m_global->GetJSObject());
     RemoveGlobal();
     Detach();
-    if (m_ownsContext)
-    {
+    if (m_ownsContext) {
         JS_ClearNewbornRoots(m_context);
         JS_DestroyContext(m_context);
         CJScriptLinkClass::DestroyContext(m_context);
@@ -129,8 +125,7 @@ bool CJScript::SetGlobal(CJScriptLink* link, const wxString& name)
         return false;
     m_global = link;
     const wxThreadCriticalSectionLocker lock(m_ThreadCriticalSection);
-    if (link->GetName().empty())
-    {
+    if (link->GetName().empty()) {
         JS_AddRoot(m_context, link->GetJSObjectAddress());
         return true;
     }
@@ -153,8 +148,7 @@ void CJScript::RemoveGlobal()
         return;
     const wxThreadCriticalSectionLocker lock(m_ThreadCriticalSection);
     JS_SetGlobalObject(m_context, nullptr);
-    if (m_global && m_global->GetJSObject())
-    {
+    if (m_global && m_global->GetJSObject()) {
         JS_RemoveRoot(m_context, m_global->GetJSObjectAddress());
         JS_GC(m_context);
         // Something else may still hold the object; it is nobody's global any more.
@@ -168,8 +162,7 @@ void CJScript::ClearScope(CJScriptLink* link)
 {
     if (!link || !link->GetJSObject())
         return;
-    if (link != m_global)
-    {
+    if (link != m_global) {
         link->ClearScope();
         return;
     }
@@ -179,8 +172,7 @@ void CJScript::ClearScope(CJScriptLink* link)
 
 bool CJScript::CreateChild(CJScriptLink* child, CJScriptLink* parent, const wxString& name, bool first, bool dynamic)
 {
-    if (!parent)
-    {
+    if (!parent) {
         wxLogGeneric(NoticeLevel, wxS("No parent"));
         return false;
     }

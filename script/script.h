@@ -14,13 +14,13 @@
 class CJScriptLink;
 class CJScriptLinkClass;
 
-/// A host's handle on one script context: evaluates text, calls functions, and turns every script error into a record and
-/// a formatted report.
+/// A host's handle on one script context: evaluates text, calls functions, and turns every script error into a record
+/// and a formatted report.
 ///
 /// Script errors never raise in the host: operations return false (or the stated failure value), the errors can be read
-/// until the next operation (GetErrorCount, GetError), and the report goes to the log at level 103. A context is used on
-/// the thread that made it; a call from another is refused with a logged error. All contexts of the process share one
-/// engine lock, held around every call into the engine.
+/// until the next operation (GetErrorCount, GetError), and the report goes to the log at level 103. A context is used
+/// on the thread that made it; a call from another is refused with a logged error. All contexts of the process share
+/// one engine lock, held around every call into the engine.
 class VC_QXPARSER_API CJScript : public wxObject
 {
 public:
@@ -49,8 +49,8 @@ public:
     /// @return true.
     bool CleanAll();
 
-    /// Makes `link`'s script object the global object of the context, and binds `name` (unless empty) to it as a constant.
-    /// `link` stays the caller's and must live until RemoveGlobal or the end of this object.
+    /// Makes `link`'s script object the global object of the context, and binds `name` (unless empty) to it as a
+    /// constant. `link` stays the caller's and must live until RemoveGlobal or the end of this object.
     /// @return false when a global is already set, `link` is null, or the object cannot be made.
     bool SetGlobal(CJScriptLink* link, const wxString& name);
     /// Gives the global object up and collects.
@@ -60,8 +60,8 @@ public:
     /// Empties an object's scope. The global link gets a fresh global object, not bound to a name.
     void ClearScope(CJScriptLink* link);
 
-    /// Makes the script object of `child` as the property `name` of `parent`'s object. The last two arguments are those of
-    /// CJScriptLink::CreateObject.
+    /// Makes the script object of `child` as the property `name` of `parent`'s object. The last two arguments are those
+    /// of CJScriptLink::CreateObject.
     /// @return false without a parent (logged at level 102) or when the object cannot be made.
     bool CreateChild(CJScriptLink* child, CJScriptLink* parent, const wxString& name, bool first, bool dynamic);
     /// Makes a script object that owns the child's native object.
@@ -78,8 +78,8 @@ public:
     bool Evaluate(const wxString& text, CJScriptLink* link, int& out);
     /// `out`: the result as text; empty after a failure.
     bool Evaluate(const wxString& text, CJScriptLink* link, wxString& out);
-    /// `out`: the link of the resulting object, null for the null object and for objects without one; null after a failure.
-    /// A result that is no object returns false, leaves `out` as it is and reports nothing.
+    /// `out`: the link of the resulting object, null for the null object and for objects without one; null after a
+    /// failure. A result that is no object returns false, leaves `out` as it is and reports nothing.
     bool Evaluate(const wxString& text, CJScriptLink* link, CJScriptLink*& out);
 
     /// Evaluates a text in a context that has a global. After a failure `report` (may be null) receives the formatted
@@ -90,8 +90,8 @@ public:
     /// Whether the object of `link` has a function of this name. False for a null `link`.
     bool HasFunction(const wxString& name, CJScriptLink* link);
 
-    /// Calls a function of `link`'s object, which is its `this`. Returns false, unreported, when there is no such function,
-    /// and false, reported, when it fails.
+    /// Calls a function of `link`'s object, which is its `this`. Returns false, unreported, when there is no such
+    /// function, and false, reported, when it fails.
     bool Call(const wxString& name, CJScriptLink* link);
     bool Call(const wxString& name, CJScriptLink* link, wxString arg);
     /// A null `arg` passes the null object.
@@ -127,12 +127,14 @@ public:
     /// Stops a script while which the process has grown by more than this. 0: no limit.
     void SetMemoryLimit(size_t bytes);
 
-    /// Where the running script stands: the innermost frame's line and file. False, with both untouched, when none runs.
+    /// Where the running script stands: the innermost frame's line and file. False, with both untouched, when none
+    /// runs.
     bool GetCurrentLineInfo(int* line, wxString* file);
 
     /// Formats the recorded errors (or, without any, the exception that is pending, or where script stands), hands the
     /// report to `out` when that is not null, and logs it.
-    /// @param source the evaluated text, or what to show of it; @param fn the function that failed, null for an evaluation.
+    /// @param source the evaluated text, or what to show of it; @param fn the function that failed, null for an
+    /// evaluation.
     void CommonReportError(CJScriptLink* link, const wxString& source, JSFunction* fn, wxString* out);
 
     /// Called for every error report of the engine; records it. A host may override it.

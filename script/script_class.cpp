@@ -36,8 +36,7 @@ CJScriptLinkClass::~CJScriptLinkClass()
 
 const JSClass* CJScriptLinkClass::EngineClass(JSContext* cx)
 {
-    for (const auto& record : m_contexts)
-    {
+    for (const auto& record : m_contexts) {
         if (record->context == cx)
             return &record->jsClass;
     }
@@ -45,9 +44,9 @@ const JSClass* CJScriptLinkClass::EngineClass(JSContext* cx)
         DeclaredClasses().push_back(this);
     auto record = std::make_unique<ClassContext>();
     record->context = cx;
-    record->jsClass = JSClass{m_map->name,      JSCLASS_HAS_PRIVATE, JS_PropertyStub, JS_PropertyStub, JS_PropertyStub,
-                              JS_PropertyStub,  JS_EnumerateStub,    JS_ResolveStub,  JS_ConvertStub,
-                              &CJScriptLinkClass::Finalize};
+    record->jsClass =
+        JSClass{m_map->name,     JSCLASS_HAS_PRIVATE, JS_PropertyStub, JS_PropertyStub, JS_PropertyStub,
+                JS_PropertyStub, JS_EnumerateStub,    JS_ResolveStub,  JS_ConvertStub,  &CJScriptLinkClass::Finalize};
     m_contexts.push_back(std::move(record));
     return &m_contexts.back()->jsClass;
 }
@@ -87,12 +86,11 @@ void CJScriptLinkClass::DeclareError(JSContext* cx, wxString message)
 
 void CJScriptLinkClass::DestroyContext(JSContext* cx)
 {
-    for (CJScriptLinkClass* descriptor : DeclaredClasses())
-    {
+    for (CJScriptLinkClass* descriptor : DeclaredClasses()) {
         auto& records = descriptor->m_contexts;
-        records.erase(std::remove_if(records.begin(), records.end(),
-                                     [&](const auto& record) { return record->context == cx; }),
-                      records.end());
+        records.erase(
+            std::remove_if(records.begin(), records.end(), [&](const auto& record) { return record->context == cx; }),
+            records.end());
     }
     auto& declared = DeclaredClasses();
     declared.erase(std::remove_if(declared.begin(), declared.end(),
@@ -127,8 +125,7 @@ void CJScriptLinkClass::GCScopeList()
     };
     auto& links = ScopeList();
     for (auto dead = std::find_if(links.begin(), links.end(), isDead); dead != links.end();
-         dead = std::find_if(links.begin(), links.end(), isDead))
-    {
+         dead = std::find_if(links.begin(), links.end(), isDead)) {
         wxObject* const owner = (*dead)->GetRootObject();
         links.erase(dead);
         delete owner;

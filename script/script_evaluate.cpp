@@ -22,8 +22,7 @@ constexpr const char* EvaluatedFile = "local";
 
 } // namespace
 
-template <typename Convert>
-bool CJScript::EvaluateWith(const wxString& text, CJScriptLink* link, Convert convert)
+template <typename Convert> bool CJScript::EvaluateWith(const wxString& text, CJScriptLink* link, Convert convert)
 {
     CleanError();
     if (!m_context)
@@ -177,7 +176,8 @@ bool CJScript::CallReported(JSFunction* fn, const wxString& name, CJScriptLink* 
         const wxThreadCriticalSectionLocker lock(m_ThreadCriticalSection);
         const ScopeLevel level(*this);
         jsval value = JSVAL_VOID;
-        called = JS_CallFunction(m_context, link ? link->GetJSObject() : nullptr, fn, static_cast<uintN>(argc), argv, &value);
+        called = JS_CallFunction(m_context, link ? link->GetJSObject() : nullptr, fn, static_cast<uintN>(argc), argv,
+                                 &value);
         if (ret)
             *ret = value;
     }

@@ -12,13 +12,11 @@ CJScriptLink::~CJScriptLink()
         return;
     const wxThreadCriticalSectionLocker lock(CJScript::EngineLock());
     CJScript* const script = GetScript();
-    if (script && script->GetGlobal() == this)
-    {
+    if (script && script->GetGlobal() == this) {
         script->RemoveGlobal();
         return;
     }
-    if (m_parent && m_parent->GetJSObject())
-    {
+    if (m_parent && m_parent->GetJSObject()) {
         jsval removed = JSVAL_VOID;
         JS_DeleteWideProperty2(m_context, m_parent->GetJSObject(), m_name.wx_str(), m_name.length(), &removed);
     }
@@ -131,5 +129,6 @@ void CJScriptLink::ObjectFinalized(JSContext* cx, JSObject* object)
     m_jsObject = nullptr;
     m_context = nullptr;
     if (m_dynamic && !m_scopeDelete)
-        JS_CallAtSafePoint(cx, [](void* owner) { delete static_cast<wxObject*>(owner); }, m_owner);
+        JS_CallAtSafePoint(
+            cx, [](void* owner) { delete static_cast<wxObject*>(owner); }, m_owner);
 }

@@ -39,8 +39,8 @@ public:
 
     /// Makes the script object as the global object of a context.
     bool CreateGlobalObject(JSContext* cx, wxString name);
-    /// Makes the script object as the property `name` (empty: a made-up one) of `parent`'s object. A link that has a script
-    /// object in this context is bound to the further name.
+    /// Makes the script object as the property `name` (empty: a made-up one) of `parent`'s object. A link that has a
+    /// script object in this context is bound to the further name.
     /// @param dynamic whether the script object owns the native object.
     /// @return false without a parent that has a script object, or on failure.
     bool CreateObject(JSContext* cx, CJScriptLink* parent, wxString name, bool first, bool dynamic);

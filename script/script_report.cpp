@@ -8,16 +8,15 @@ namespace
 constexpr wxLogLevel ScriptErrorLevel = 103;
 
 /// Names of the error types, by the flags of a report.
-constexpr const wchar_t* TypeNames[] = {L"Error",        L"Internal Error", L"Evaluation Error",
-                                        L"Range Error",  L"Reference Error", L"Syntax Error",
-                                        L"Type Error",   L"URI Error",       L"Limit Error"};
+constexpr const wchar_t* TypeNames[] = {L"Error",       L"Internal Error",  L"Evaluation Error",
+                                        L"Range Error", L"Reference Error", L"Syntax Error",
+                                        L"Type Error",  L"URI Error",       L"Limit Error"};
 
 /// Line `index`, counted from 0, of a text, without its line end; empty when the text has fewer lines.
 wxString LineOf(const wxString& text, int index)
 {
     size_t start = 0;
-    for (; index > 0; --index)
-    {
+    for (; index > 0; --index) {
         const size_t lineEnd = text.find_first_of(L"\r\n", start);
         if (lineEnd == wxString::npos)
             return wxString();
@@ -73,8 +72,7 @@ void CJScript::ReportError(const wxString& message, JSErrorReport* report)
                                                         : static_cast<size_t>(report->tokenptr - report->linebuf));
     error.type = static_cast<int>(report->flags);
     error.msg = message;
-    if (error.msg.empty() && report->ucmessage)
-    {
+    if (error.msg.empty() && report->ucmessage) {
         const wxThreadCriticalSectionLocker lock(m_ThreadCriticalSection);
         if (JSString* const text = JS_InternUCString(m_context, report->ucmessage))
             JS_StringToWide(m_context, text, error.msg);
@@ -107,14 +105,12 @@ void CJScript::CommonReportError(CJScriptLink* WXUNUSED(link), const wxString& s
         report << wxString::Format(wxS("%s (%d): \n"), file, line);
     else if (m_errors.empty())
         report << source.BeforeFirst(wxS('\n')) << wxS("\n");
-    for (const CJScriptError& error : m_errors)
-    {
+    for (const CJScriptError& error : m_errors) {
         if (!fn)
             report << FormatSourceLine(source, error);
         report << wxS("==> ") << error.msg << wxS("\n");
     }
-    if (!m_callStack.empty())
-    {
+    if (!m_callStack.empty()) {
         report << wxS(" Call stack is:\n") << m_callStack;
         m_callStack.clear();
     }
@@ -129,8 +125,7 @@ bool CJScript::GetCurrentLineInfo(int* line, wxString* file)
         return false;
     const wxThreadCriticalSectionLocker lock(m_ThreadCriticalSection);
     JSStackFrame* frame = nullptr;
-    while (JS_FrameIterator(m_context, &frame))
-    {
+    while (JS_FrameIterator(m_context, &frame)) {
         JSScript* const script = JS_GetFrameScript(m_context, frame);
         jsbytecode* const pc = script ? JS_GetFramePC(m_context, frame) : nullptr;
         if (!pc)

@@ -33,8 +33,7 @@ template <typename Array, typename Convert> bool ReadArray(JSContext* cx, jsval 
     if (!JS_GetArrayLength(cx, array, &length))
         return false;
     out.Empty();
-    for (jsuint i = 0; i < length; ++i)
-    {
+    for (jsuint i = 0; i < length; ++i) {
         jsval element = JSVAL_VOID;
         if (!JS_GetElement(cx, array, static_cast<jsint>(i), &element) || !convert(element))
             return false;
@@ -48,8 +47,7 @@ template <typename Convert> jsval MakeArray(JSContext* cx, size_t length, Conver
     JSObject* const array = JS_NewArrayObject(cx, 0, nullptr);
     if (!array)
         return JSVAL_NULL;
-    for (size_t i = 0; i < length; ++i)
-    {
+    for (size_t i = 0; i < length; ++i) {
         jsval element = convert(i);
         if (!JS_SetElement(cx, array, static_cast<jsint>(i), &element))
             return JSVAL_NULL;
@@ -63,8 +61,7 @@ template <typename Carrier, typename Value> jsval MakeCarrier(JSContext* cx, Val
     auto carrier = std::make_unique<Carrier>(value);
     CJScript* const script = CJScript::FromContext(cx);
     CJScriptLink* const link = carrier->GetJSLink();
-    if (!script || !script->CreateChildDynamic(link) || !link->GetRootObject()->IsKindOf(&Carrier::ms_classInfo))
-    {
+    if (!script || !script->CreateChildDynamic(link) || !link->GetRootObject()->IsKindOf(&Carrier::ms_classInfo)) {
         wxLogError(wxS("%s"), failure);
         return JSVAL_NULL;
     }
@@ -144,8 +141,7 @@ bool jsval_to_pCJScriptLinkRoot(JSContext* cx, jsval v, wxObject*& out)
 bool jsval_to_pwxObject(JSContext* cx, jsval v, wxObject*& out)
 {
     out = nullptr;
-    if (!JSVAL_IS_OBJECT(v))
-    {
+    if (!JSVAL_IS_OBJECT(v)) {
         wxLogError(wxS("Failed to convert jsval to pwxObject !!"));
         return false;
     }
@@ -162,14 +158,12 @@ bool jsval_to_pwxObject(JSContext* cx, jsval v, wxObject*& out)
 
 bool jsval_to_pJSFunction(JSContext* cx, jsval v, JSFunction*& out)
 {
-    if (JSVAL_IS_NULL(v))
-    {
+    if (JSVAL_IS_NULL(v)) {
         out = nullptr;
         return true;
     }
     JSFunction* const function = JS_ValueToFunction(cx, v);
-    if (!function)
-    {
+    if (!function) {
         JS_ClearPendingException(cx);
         return false;
     }

@@ -31,12 +31,12 @@ VC_QXPARSER_API bool jsval_to_bool(JSContext* cx, jsval v, bool& out);
 VC_QXPARSER_API bool jsval_to_wxString(JSContext* cx, jsval v, wxString& out);
 /// Objects only: the link of a native object's script object, null for the null object and for other objects.
 VC_QXPARSER_API bool jsval_to_pCJScriptLink(JSContext* cx, jsval v, CJScriptLink*& out);
-/// Objects only: the native object itself, null for the null object. An object without one (its native object is gone) is
-/// logged and gives null with true.
+/// Objects only: the native object itself, null for the null object. An object without one (its native object is gone)
+/// is logged and gives null with true.
 VC_QXPARSER_API bool jsval_to_pCJScriptLinkRoot(JSContext* cx, jsval v, wxObject*& out);
-/// Objects made by pwxObject_to_jsval: the pointer they carry. Anything but an object is logged and gives null with false;
-/// an object without a native object is logged and gives null with true, as does the null object, unlogged. An object of
-/// another class gives null with false.
+/// Objects made by pwxObject_to_jsval: the pointer they carry. Anything but an object is logged and gives null with
+/// false; an object without a native object is logged and gives null with true, as does the null object, unlogged. An
+/// object of another class gives null with false.
 VC_QXPARSER_API bool jsval_to_pwxObject(JSContext* cx, jsval v, wxObject*& out);
 /// Functions, and the null object (null).
 VC_QXPARSER_API bool jsval_to_pJSFunction(JSContext* cx, jsval v, JSFunction*& out);
