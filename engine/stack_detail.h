@@ -1,0 +1,16 @@
+#pragma once
+
+#include <cstddef>
+
+namespace qxjs
+{
+
+struct ThreadState;
+
+constexpr std::size_t kDefaultStackQuota = 512 * 1024;
+
+// Gives script its quota of the stack, counted from here: counted from the thread's start, a host that calls from
+// deep inside its own code would find the quota used up. Only with no script running.
+void SetStackQuota(ThreadState& t);
+
+} // namespace qxjs

@@ -1,0 +1,210 @@
+#include "engine/thread_state_detail.h"
+
+#include <mutex>
+#include <new>
+
+#include <unistd.h>
+
+#include "engine/class_detail.h"
+#include "engine/error_report_detail.h"
+#include "engine/js_gc.h"
+#include "engine/stack_detail.h"
+#include "engine/words_detail.h"
+
+namespace qxjs
+{
+
+namespace
+{
+
+// The engine's own cap, a backstop against swapping; hosts bound their scripts with JS_SetMemoryLimit. Small caps make
+// ordinary scripts die with "out of memory".
+constexpr std::uint32_t kHeapBytes = 0xFFFFFFFF;
+constexpr std::size_t kResultsAtRest = 1000000;
+
+std::atomic<bool> g_process_ended{false};
+std::mutex g_start_mutex;
+
+// The engine's process-wide state. Its helper threads must be stopped before the engine's own statics go, and only
+// its JS_ShutDown does that; this library links the engine, so this object is destroyed first. It does nothing when no
+// context was ever made, and nothing in a forked child, whose helper threads do not exist.
+class EngineProcess
+{
+public:
+    constexpr EngineProcess() = default;
+    EngineProcess(const EngineProcess&) = delete;
+    EngineProcess& operator=(const EngineProcess&) = delete;
+    ~EngineProcess()
+    {
+        g_process_ended = true;
+        if (m_owner != ::getpid())
+            return;
+        EndWatchdog();
+        ::JS_ShutDown();
+    }
+    bool Start()
+    {
+        std::lock_guard<std::mutex> lock(g_start_mutex);
+        if (g_process_ended)
+            return false;
+        if (m_owner == 0 && ::JS_Init())
+            m_owner = ::getpid();
+        return m_owner == ::getpid();
+    }
+
+private:
+    pid_t m_owner = 0;
+};
+EngineProcess g_process;
+
+// Ends the thread's engine when the thread ends.
+struct ThreadEnd
+{
+    ~ThreadEnd();
+    bool started = false;
+};
+thread_local ThreadEnd t_end;
+thread_local bool t_ended = false;
+
+ThreadEnd::~ThreadEnd()
+{
+    t_ended = true;
+    if (t_state)
+        t_state->Stop();
+}
+
+void OnCollection(::JSContext* engine, JSGCStatus status, JS::GCReason, void* thread)
+{
+    auto& t = *static_cast<ThreadState*>(thread);
+    t.collecting = status == JSGC_BEGIN;
+    // Garbage made faster than the watchdog ticks is looked at where it is collected.
+    if (!t.collecting && t.watch.memory_ceiling.load(std::memory_order_relaxed) != 0)
+        ::JS_RequestInterruptCallback(engine);
+}
+
+constexpr JSClass kDefaultGlobal = {"global", 0,       nullptr, nullptr, nullptr,
+                                    nullptr,  nullptr, nullptr, nullptr, nullptr};
+
+} // namespace
+
+std::atomic<bool> g_stress{false};
+
+ThreadState* StartThread()
+{
+    if (t_state)
+        return t_state;
+    if (t_ended || !g_process.Start())
+        return nullptr;
+    t_end.started = true; // touches the object, so that its destructor will run
+    auto state = std::make_unique<ThreadState>();
+    t_state = state.get();
+    if (!state->Start()) {
+        t_state = nullptr;
+        return nullptr;
+    }
+    return state.release();
+}
+
+ThreadState::ThreadState() : local_limit(kResultsAtRest), stack_quota(kDefaultStackQuota)
+{
+    hostless.thread = this;
+}
+
+ThreadState::~ThreadState() = default;
+
+bool ThreadState::Start()
+{
+    engine = ::JS_NewContext(kHeapBytes);
+    if (!engine)
+        return false;
+    // Without a job queue the first promise of a script is a crash.
+    if (!js::UseInternalJobQueues(engine) || !JS::InitSelfHostedCode(engine)) {
+        ::JS_DestroyContext(engine);
+        return false;
+    }
+    // Hosts hold bare addresses, so nothing may move: no nursery, no compaction; and bare words have no barriers, so
+    // no incremental collection. The guard object is never destroyed, it lasts as long as the context.
+    new (&no_nursery) JS::AutoDisableGenerationalGC(engine);
+    ::JS_SetGCParameter(engine, JSGC_COMPACTING_ENABLED, 0);
+    ::JS_SetGCParameter(engine, JSGC_INCREMENTAL_GC_ENABLED, 0);
+    ::JS_AddExtraGCRootsTracer(engine, TraceRoots, this);
+    ::JS_SetGCCallback(engine, OnCollection, this);
+    SetStackQuota(*this);
+    HostClass* host_class = FindClass(*this, kDefaultGlobal, true);
+    default_global = host_class ? NewGlobalObject(*this, *host_class) : nullptr;
+    if (!default_global || !InstallInterrupt(*this)) {
+        ::JS_DestroyContext(engine);
+        return false;
+    }
+    // Strings made with no realm entered are a crash, so one is entered for good.
+    outside_realm = JS::EnterRealm(engine, default_global);
+    return true;
+}
+
+// Ends the thread's engine. All finalizers run; the contexts stay as records that refuse every call.
+void ThreadState::Stop()
+{
+    StopWatching(*this);
+    OrphanContexts(*this);
+    if (depth != 0) {
+        // The process ends from inside a script: the engine cannot be taken apart under a running script, and its
+        // shutdown copes with a context that is left.
+        t_state = nullptr;
+        return;
+    }
+    default_global = nullptr;
+    locals.Truncate(0);
+    roots.clear();
+    interned.clear();
+    string_chars.clear();
+    id_arrays.clear();
+    JS::LeaveRealm(engine, outside_realm);
+    current = nullptr;
+    collecting = true;
+    ::JS_DestroyContext(engine);
+    t_state = nullptr;
+    for (std::size_t i = 0; i < safe_point_calls.size(); ++i)
+        safe_point_calls[i].fn(safe_point_calls[i].data);
+    delete this;
+}
+
+void ThreadState::LimitLocals()
+{
+    if (AtRest())
+        locals.KeepNewest(kResultsAtRest / 2);
+    local_limit = std::max(kResultsAtRest, locals.Size() * 2);
+}
+
+void ThreadState::MarkDoubles(DoublePool& pool)
+{
+    for (jsval v : locals.Words()) {
+        if (JSVAL_IS_DOUBLE(v))
+            pool.Mark(JSVAL_TO_DOUBLE(v));
+    }
+    for (const auto& root : roots) {
+        const jsval v = WordAt(*this, root.first);
+        if (JSVAL_IS_DOUBLE(v))
+            pool.Mark(JSVAL_TO_DOUBLE(v));
+    }
+}
+
+void CollectForStress(ThreadState& t)
+{
+    if (!t.collecting)
+        ::JS_GC(t.engine);
+}
+
+void RunSafePoint(ThreadState& t)
+{
+    if (t.has_orders.load(std::memory_order_relaxed)) {
+        for (JSContext* cx : TakeOrders(t))
+            DestroyContextNow(t, cx);
+    }
+    while (t.depth == 0 && !t.collecting && !t.safe_point_calls.empty()) {
+        const SafePointCall call = t.safe_point_calls.front();
+        t.safe_point_calls.pop_front();
+        call.fn(call.data);
+    }
+}
+
+} // namespace qxjs

@@ -1,0 +1,223 @@
+#pragma once
+
+#include <atomic>
+#include <deque>
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <type_traits>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+#include "engine/double_pool_detail.h"
+#include "engine/installed_engine_detail.h"
+#include "engine/interrupt_detail.h"
+#include "engine/js_error.h"
+#include "engine/js_object.h"
+#include "engine/js_runtime.h"
+#include "engine/local_roots_detail.h"
+#include "engine/pointer_set_detail.h"
+
+namespace qxjs
+{
+
+class Entry;
+struct ThreadState;
+struct ReportStorage;
+struct FrameRecord;
+struct HostClass;
+struct IdArray;
+
+struct JSRuntime
+{
+    JSTrapHandler throw_hook = nullptr;
+    void* throw_closure = nullptr;
+};
+
+// A script compiled for the host, or, with `script` null, the script of a frame.
+struct JSScript
+{
+    ::JSScript* script = nullptr;
+    bool scoped = false;
+    std::string filename;
+    uintN line = 0;
+};
+
+struct FrameRecord
+{
+    JSScript script;
+    uintN line;
+};
+
+struct JSContext
+{
+    JSContext();
+    ~JSContext();
+    JSContext(const JSContext&) = delete;
+    JSContext& operator=(const JSContext&) = delete;
+
+    // Whose context it is; null once that thread's engine has ended. Other threads read it to find out that they must
+    // not go on.
+    std::atomic<ThreadState*> thread{nullptr};
+    std::atomic<JSRuntime*> runtime{nullptr};
+    std::atomic<bool> interrupt_requested{false};
+
+    void* host_data = nullptr;
+    JSErrorReporter reporter = nullptr;
+    ::JSObject* global = nullptr;
+    unsigned depth = 0; // calls in progress that may run script
+    bool dying = false; // to be destroyed as soon as depth is 0
+
+    Limits limits;
+    StopCause stopped;
+
+    std::unique_ptr<ReportStorage> exception_report;
+    std::vector<FrameRecord> frames;
+    std::vector<std::unique_ptr<JSScript>> scripts;
+};
+
+// What a native function or accessor of ours carries in its reserved slot. Kept as long as the engine, because the
+// function objects are; equal ones are shared, so defining the same table on many objects costs nothing here.
+struct NativeRecord
+{
+    ThreadState* thread;
+    JSNative native;
+    JSPropertyOp op;
+    jsval id;
+    unsigned nargs;
+    bool is_setter;
+    const HostClass* constructs; // the class whose instances `new` makes
+};
+
+struct RootRecord
+{
+    JSContext* cx;
+    std::string name;
+};
+
+struct SafePointCall
+{
+    void (*fn)(void*);
+    void* data;
+};
+
+// Everything this library keeps for one thread, and the thread's engine.
+struct ThreadState final : DoublePool::Marker
+{
+    ThreadState();
+    ~ThreadState();
+    ThreadState(const ThreadState&) = delete;
+    ThreadState& operator=(const ThreadState&) = delete;
+
+    bool Start();
+    void Stop();
+    void MarkDoubles(DoublePool& pool) override;
+
+    // Keeps what the words refer to until the running native returns, or while it is recent.
+    jsval Keep(jsval v)
+    {
+        if (locals.Size() >= local_limit)
+            LimitLocals();
+        locals.Push(v);
+        return v;
+    }
+    void LimitLocals();
+    // No native and no local root scope is active: nobody counts on old results.
+    bool AtRest() const { return depth == 0 && local_scopes.empty(); }
+
+    ::JSContext* engine = nullptr;
+    ::JSObject* default_global = nullptr;
+    JS::Realm* outside_realm = nullptr;
+    std::aligned_storage_t<sizeof(JS::AutoDisableGenerationalGC), alignof(JS::AutoDisableGenerationalGC)> no_nursery;
+
+    std::vector<JSContext*> contexts;
+    JSContext hostless; // stands in where a finalizer runs and no context of a host is there
+    JSContext* current = nullptr;
+    Entry* innermost = nullptr;
+    unsigned depth = 0;
+    bool collecting = false;
+    bool constructing = false;
+    std::atomic<bool> has_orders{false};
+    std::vector<JSContext*> orders; // put aside by JS_DestroyContext; under the registry's lock
+
+    LocalRoots locals;
+    std::size_t local_limit;
+    std::vector<std::size_t> local_scopes;
+    DoublePool doubles{*this};
+    std::unordered_map<void*, RootRecord> roots;
+    PointerSet host_objects;
+
+    std::vector<::JSString*> interned;
+    PointerSet interned_set;
+    std::unordered_map<::JSString*, std::unique_ptr<char16_t[]>> string_chars;
+    std::size_t string_chars_limit = 64;
+    std::unordered_set<std::string> names;
+    std::vector<IdArray*> id_arrays;
+
+    std::vector<std::unique_ptr<HostClass>> classes;
+    std::deque<NativeRecord> native_records;
+    std::unordered_multimap<std::size_t, const NativeRecord*> native_index;
+
+    std::deque<SafePointCall> safe_point_calls;
+    std::size_t stack_quota;
+    std::size_t stack_used_at_quota = 0;
+    LimitWatch watch;
+    bool watched = false;
+    bool discarding_jobs = false;
+};
+
+// Constant-initialised and trivially destructible, so that reading it costs no guard and it can be asked during the
+// destruction of everything else.
+inline thread_local ThreadState* t_state = nullptr;
+
+// The calling thread's state, started if need be; null when it cannot be.
+ThreadState* StartThread();
+
+void ReportMisuse(const char* text);
+ThreadState* RefuseCall(JSContext* cx, const char* function);
+
+// The first thing every function does: the state to work on, or null when the call must be refused.
+inline ThreadState* Usable(JSContext* cx, const char* function)
+{
+    ThreadState* t = t_state;
+    if (cx && t && cx->thread.load(std::memory_order_relaxed) == t && !t->collecting)
+        return t;
+    return RefuseCall(cx, function);
+}
+// The same for what finalizers may do.
+inline ThreadState* UsableInFinalizer(JSContext* cx, const char* function)
+{
+    ThreadState* t = t_state;
+    if (cx && t && cx->thread.load(std::memory_order_relaxed) == t)
+        return t;
+    return RefuseCall(cx, function);
+}
+
+void TraceRoots(JSTracer* trc, void* thread);
+void TraceWord(JSTracer* trc, jsval v);
+// A root's address may hold a tagged word or the bare address of an object, a string or a double: tell them apart.
+jsval WordAt(const ThreadState& t, const void* address);
+void SweepStringChars(ThreadState& t);
+// Keeps an atom as long as the engine, and gives it back.
+::JSString* InternForever(ThreadState& t, ::JSString* atom);
+
+// What became due while script ran: contexts put aside, calls at the safe point. Only at depth 0.
+void RunSafePoint(ThreadState& t);
+void DestroyContextNow(ThreadState& t, JSContext* cx);
+// Takes the contexts put aside for this thread.
+std::vector<JSContext*> TakeOrders(ThreadState& t);
+// The thread's engine ends: its contexts refuse every call from now on.
+void OrphanContexts(ThreadState& t);
+
+// Stress mode: collect wherever a collection could happen.
+extern std::atomic<bool> g_stress;
+void CollectForStress(ThreadState& t);
+inline void StressPoint(ThreadState& t)
+{
+    if (g_stress.load(std::memory_order_relaxed))
+        CollectForStress(t);
+}
+
+} // namespace qxjs
