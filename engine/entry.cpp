@@ -1,0 +1,127 @@
+#include "engine/entry_detail.h"
+
+#include "engine/class_detail.h"
+#include "engine/stack_detail.h"
+#include "engine/text_detail.h"
+
+namespace qxjs
+{
+
+namespace
+{
+constexpr std::size_t kResultsKept = 64;
+}
+
+RealmScope::RealmScope(ThreadState& t, const JSContext& cx) : m_realm(t.engine, GlobalOf(t, cx)) {}
+
+Entry::Entry(JSContext* cx, const char* function, EntryKind kind)
+    : m_thread(Usable(cx, function)), m_cx(cx), m_kind(kind)
+{
+    if (!m_thread)
+        return;
+    Enter();
+    js::AutoCheckRecursionLimit recursion(Engine());
+    if (!recursion.checkConservative(Engine())) {
+        Fail();
+        Leave();
+        m_thread = nullptr;
+    }
+}
+
+Entry::~Entry()
+{
+    if (m_thread)
+        Leave();
+}
+
+void Entry::Enter()
+{
+    ThreadState& t = *m_thread;
+    if (t.depth == 0) {
+        if (t.has_orders.load(std::memory_order_relaxed))
+            RunSafePoint(t);
+        SetStackQuota(t);
+    }
+    StressPoint(t);
+    m_context_before = t.current;
+    m_previous = t.innermost;
+    t.current = m_cx;
+    t.innermost = this;
+    ++t.depth;
+    m_outermost = m_cx->depth++ == 0;
+    m_realm.emplace(t.engine, GlobalOf(t, *m_cx));
+    if (t.depth == 1)
+        ::JS_ClearPendingException(t.engine);
+    else if (::JS_IsExceptionPending(t.engine))
+        m_exception_before.emplace(t.engine); // the caller's exception is none of what runs now
+    if (m_outermost)
+        m_limits.Begin(t, *m_cx);
+}
+
+void Entry::Leave()
+{
+    ThreadState& t = *m_thread;
+    if (t.depth == 1)
+        RunJobs();
+    if (m_outermost)
+        m_limits.End(t, *m_cx);
+    m_exception_before.reset();
+    m_realm.reset();
+    --m_cx->depth;
+    --t.depth;
+    t.innermost = m_previous;
+    t.current = m_context_before;
+    StressPoint(t);
+    if (t.depth != 0)
+        return;
+    if (m_kind == EntryKind::Run && t.AtRest())
+        t.locals.KeepNewest(kResultsKept);
+    RunSafePoint(t);
+}
+
+// The limits end before the report, or a reporter that evaluates would be stopped at once.
+bool Entry::ReportStop()
+{
+    StopCause cause;
+    std::swap(cause, m_cx->stopped);
+    if (cause.what == Stop::None)
+        return false;
+    m_stopped = true;
+    m_limits.End(*m_thread, *m_cx);
+    ::JS_ClearPendingException(Engine());
+    const std::string text = StopMessage(cause.what, m_cx->limits);
+    ReportMessage(*m_cx, Utf8ToUtf16(text), cause.has_file ? cause.file.c_str() : nullptr, cause.line);
+    return true;
+}
+
+// The jobs that script's promises queued. Those that are left when a limit stops the script are thrown away: kept, an
+// endless chain of them would use up the time of every later call too.
+void Entry::RunJobs()
+{
+    ThreadState& t = *m_thread;
+    if (!m_stopped) {
+        js::RunJobs(t.engine);
+        ReportStop();
+    }
+    if (m_stopped) {
+        t.discarding_jobs = true;
+        ::JS_RequestInterruptCallback(t.engine);
+        js::RunJobs(t.engine);
+        t.discarding_jobs = false;
+    }
+    ::JS_ClearPendingException(t.engine);
+}
+
+JSBool Entry::Fail(ReportStyle style)
+{
+    if (m_outermost && ReportStop())
+        return JS_FALSE;
+    if (!::JS_IsExceptionPending(Engine()))
+        return JS_FALSE;
+    CallThrowHook(*m_cx, Engine());
+    if (m_outermost)
+        ReportPending(*m_cx, Engine(), style);
+    return JS_FALSE;
+}
+
+} // namespace qxjs
