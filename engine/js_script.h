@@ -64,7 +64,8 @@ VC_QXPARSER_API JSBool JS_IsConstructing(JSContext* cx);
 VC_QXPARSER_API JSStackFrame* JS_FrameIterator(JSContext* cx, JSStackFrame** iterp);
 VC_QXPARSER_API JSScript* JS_GetFrameScript(JSContext* cx, JSStackFrame* fp);
 VC_QXPARSER_API jsbytecode* JS_GetFramePC(JSContext* cx, JSStackFrame* fp);
-// The line `pc` stands on, in the numbering the script was given; with a null `pc` the script's first line.
+// The line `pc` stands on, in the numbering the script was given; with a null `pc` the first line of a
+// compiled script.
 VC_QXPARSER_API uintN JS_PCToLineNumber(JSContext* cx, JSScript* script, jsbytecode* pc);
 // The file name the script was given.
 VC_QXPARSER_API const char* JS_GetScriptFilename(JSContext* cx, JSScript* script);
