@@ -1,11 +1,13 @@
 #pragma once
 
+#include "preprocessor/plain_expression_detail.h"
 #include "script/script.h"
 #include "script/script_minimal.h"
 
 #include <wx/string.h>
 
 #include <memory>
+#include <optional>
 
 /// A script context of the preprocessor with an empty global object of its own, started at the first text that needs
 /// it.
@@ -15,7 +17,8 @@ public:
     /// Evaluates a text; false after a failure, which the script context has reported.
     template <typename Result> bool Evaluate(const wxString& text, Result& result)
     {
-        return Context().Evaluate(text, nullptr, result);
+        const std::optional<PlainValue> plain = EvaluatePlain(text);
+        return (plain && ConvertPlain(*plain, result)) || Context().Evaluate(text, nullptr, result);
     }
 
 private:

@@ -396,10 +396,16 @@ const wchar_t* FindSeparator(const wchar_t* at, const wchar_t* end, wchar_t sepa
 /// "\n\r" once its beginning is "\n".
 size_t LineEndLength(const wchar_t* at, const wchar_t* end)
 {
-    const auto count = [&at, end](wchar_t character) { return at != end && *at == character ? (++at, 1U) : 0U; };
-    const size_t before = count(L'\r');
-    const size_t feed = count(L'\n');
-    return before + feed + (feed != 0 ? count(L'\r') : 0);
+    const wchar_t* behind = at;
+    const auto take = [&behind, end](wchar_t character) {
+        const bool stands = behind != end && *behind == character;
+        behind += stands ? 1 : 0;
+        return stands;
+    };
+    take(L'\r');
+    if (take(L'\n'))
+        take(L'\r');
+    return static_cast<size_t>(behind - at);
 }
 
 wxString Repeat(const wxString& text, int count)
@@ -513,7 +519,7 @@ wxString CPreprocessor::ConcatQuotes(const wxString& text)
         if (out.empty())
             out.reserve(text.length());
         Append(out, pending, quote);
-        pending = next + 1;
+        pending = next + 1; // the walk takes the quote at `next` for an opening one, so the literal stays open
     }
     if (pending == span.begin)
         return text;
