@@ -1,0 +1,96 @@
+#include "base/posix_detail.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <utility>
+
+namespace vcq::detail
+{
+
+namespace
+{
+
+template <typename Call> auto Uninterrupted(Call call)
+{
+    auto result = call();
+    while (result < 0 && errno == EINTR)
+        result = call();
+    return result;
+}
+
+} // namespace
+
+UniqueFd& UniqueFd::operator=(UniqueFd&& other) noexcept
+{
+    if (this != &other) {
+        Close();
+        m_fd = other.Release();
+    }
+    return *this;
+}
+
+int UniqueFd::Release()
+{
+    return std::exchange(m_fd, -1);
+}
+
+bool UniqueFd::Close()
+{
+    if (m_fd < 0)
+        return true;
+    // Not repeated when interrupted: the descriptor is gone then, and its number may be another thread's already.
+    return ::close(Release()) == 0 || errno == EINTR;
+}
+
+UniqueFd OpenPath(const std::string& path, int flags, mode_t mode)
+{
+    return OpenAt(AT_FDCWD, path, flags, mode);
+}
+
+UniqueFd OpenAt(int directory, const std::string& name, int flags, mode_t mode)
+{
+    return UniqueFd(Uninterrupted([&] { return ::openat(directory, name.c_str(), flags | O_CLOEXEC, mode); }));
+}
+
+ssize_t ReadSome(int fd, void* to, size_t size)
+{
+    return Uninterrupted([&] { return ::read(fd, to, size); });
+}
+
+ssize_t ReadSomeAt(int fd, void* to, size_t size, off_t position)
+{
+    return Uninterrupted([&] { return ::pread(fd, to, size, position); });
+}
+
+bool WriteAll(int fd, const void* from, size_t size)
+{
+    const char* at = static_cast<const char*>(from);
+    while (size > 0) {
+        const ssize_t written = Uninterrupted([&] { return ::write(fd, at, size); });
+        if (written <= 0)
+            return false;
+        at += written;
+        size -= static_cast<size_t>(written);
+    }
+    return true;
+}
+
+bool SyncFile(int fd)
+{
+    return Uninterrupted([&] { return ::fsync(fd); }) == 0;
+}
+
+bool SyncDirectory(int fd)
+{
+    return SyncFile(fd) || errno == EINVAL || errno == ENOTSUP;
+}
+
+bool IsDirectory(const std::string& path)
+{
+    struct stat info;
+    return ::stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
+}
+
+} // namespace vcq::detail
