@@ -1,0 +1,216 @@
+#include "base/atomic_file_detail.h"
+
+#include <cerrno>
+#include <cstdint>
+#include <cstdio>
+#include <fcntl.h>
+#include <sys/random.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace vcq::detail
+{
+
+namespace
+{
+
+/// As many links in a row as the system itself follows.
+constexpr int mostLinks = 40;
+
+constexpr int mostDraftNames = 100;
+
+std::string DirectoryOf(const std::string& path)
+{
+    const size_t slash = path.rfind('/');
+    return slash == std::string::npos ? "./" : path.substr(0, slash + 1);
+}
+
+std::string NameOf(const std::string& path)
+{
+    return path.substr(path.rfind('/') + 1);
+}
+
+/// Replaces `path` by what the link there says; false when it is no link.
+bool FollowOneLink(std::string& path)
+{
+    std::string target(4096, '\0');
+    const ssize_t length = ::readlink(path.c_str(), target.data(), target.size());
+    if (length <= 0 || static_cast<size_t>(length) == target.size())
+        return false;
+    target.resize(static_cast<size_t>(length));
+    path = target.front() == '/' ? target : DirectoryOf(path) + target;
+    return true;
+}
+
+bool LeadsIntoAProcess(const std::string& path)
+{
+    // The links there name open files; what they say need not be a path at all.
+    return path.rfind("/proc/", 0) == 0 || path.rfind("/dev/fd/", 0) == 0;
+}
+
+std::string DescriptorPath(int fd)
+{
+    return "/proc/self/fd/" + std::to_string(fd);
+}
+
+/// A name that tells nothing of the target's, so that it fits wherever the target's does.
+std::string RandomDraftName()
+{
+    uint64_t number = 0;
+    if (::getrandom(&number, sizeof(number), 0) != sizeof(number))
+        number = static_cast<uint64_t>(::getpid());
+    char name[32];
+    std::snprintf(name, sizeof(name), ".vcq-%016llx.tmp", static_cast<unsigned long long>(number));
+    return name;
+}
+
+/// Whether the file there may be written, and the permissions that the draft may have at most: while it is written it
+/// is never open to more people than the file that it will replace.
+bool MayReplace(const std::string& target, mode_t& mode)
+{
+    struct stat info;
+    // Renaming over a file asks for no right to write it; a protected file is to stay what it is all the same.
+    if (::stat(target.c_str(), &info) != 0 || ::faccessat(AT_FDCWD, target.c_str(), W_OK, AT_EACCESS) != 0)
+        return false;
+    mode = (info.st_mode & 0666) | S_IWUSR;
+    return true;
+}
+
+} // namespace
+
+TargetKind FollowLinks(std::string& path)
+{
+    struct stat info;
+    // Asked first for the system's own verdict on the way: it may forbid to follow a link in a shared directory.
+    const bool exists = ::stat(path.c_str(), &info) == 0;
+    if (!exists && errno != ENOENT)
+        return TargetKind::refused;
+    if (exists && S_ISDIR(info.st_mode)) {
+        errno = EISDIR;
+        return TargetKind::refused;
+    }
+    if (exists && !S_ISREG(info.st_mode))
+        return TargetKind::special;
+    for (int links = 0; links <= mostLinks; ++links) {
+        if (LeadsIntoAProcess(path))
+            return TargetKind::special;
+        if (!FollowOneLink(path))
+            return exists ? TargetKind::regular : TargetKind::fresh;
+    }
+    errno = ELOOP;
+    return TargetKind::refused;
+}
+
+std::unique_ptr<AtomicFile> AtomicFile::Create(const std::string& path, bool replace, Draft draft)
+{
+    std::string target = path;
+    const TargetKind kind = FollowLinks(target);
+    if (kind == TargetKind::refused)
+        return nullptr;
+    if (kind == TargetKind::special || (kind == TargetKind::regular && !replace) || NameOf(target).empty()) {
+        errno = EEXIST;
+        return nullptr;
+    }
+    mode_t mode = 0666;
+    if (kind == TargetKind::regular && !MayReplace(target, mode))
+        return nullptr;
+
+    std::unique_ptr<AtomicFile> file(new AtomicFile);
+    file->m_name = NameOf(target);
+    file->m_replace = replace;
+    file->m_directory = OpenPath(DirectoryOf(target), O_RDONLY | O_DIRECTORY);
+    if (!file->m_directory.IsOpen() || !file->OpenDraft(draft, mode))
+        return nullptr;
+    return file;
+}
+
+bool AtomicFile::OpenDraft(Draft draft, mode_t mode)
+{
+    // The nameless file gets its name through the process' own directory of descriptors; without it there is no way.
+    if (draft == Draft::nameless && ::access("/proc/self/fd", X_OK) == 0)
+        m_file = OpenAt(m_directory.Get(), ".", O_TMPFILE | O_WRONLY, mode);
+    for (int i = 0; i < mostDraftNames && !m_file.IsOpen(); ++i) {
+        const std::string name = RandomDraftName();
+        m_file = OpenAt(m_directory.Get(), name, O_CREAT | O_EXCL | O_WRONLY, mode);
+        if (m_file.IsOpen())
+            m_draft = name;
+        else if (errno != EEXIST)
+            return false;
+    }
+    return m_file.IsOpen();
+}
+
+AtomicFile::~AtomicFile()
+{
+    if (!m_draft.empty())
+        ::unlinkat(m_directory.Get(), m_draft.c_str(), 0);
+}
+
+bool AtomicFile::KeepMode()
+{
+    struct stat old;
+    if (::fstatat(m_directory.Get(), m_name.c_str(), &old, AT_SYMLINK_NOFOLLOW) != 0)
+        return errno == ENOENT;
+    struct stat draft;
+    if (!S_ISREG(old.st_mode) || ::fstat(m_file.Get(), &draft) != 0)
+        return false;
+    mode_t mode = old.st_mode & 07777;
+    const bool sameOwner = old.st_uid == draft.st_uid && old.st_gid == draft.st_gid;
+    // Another owner must not lend his rights to what we wrote. The mode comes last, since a new owner clears bits.
+    if (!sameOwner && ::fchown(m_file.Get(), old.st_uid, old.st_gid) != 0)
+        mode &= 0777;
+    return ::fchmod(m_file.Get(), mode) == 0;
+}
+
+bool AtomicFile::NameDraft(const std::string& name)
+{
+    if (!m_draft.empty())
+        return ::linkat(m_directory.Get(), m_draft.c_str(), m_directory.Get(), name.c_str(), 0) == 0;
+    const std::string draft = DescriptorPath(m_file.Get());
+    return ::linkat(AT_FDCWD, draft.c_str(), m_directory.Get(), name.c_str(), AT_SYMLINK_FOLLOW) == 0;
+}
+
+bool AtomicFile::PublishNew()
+{
+    if (NameDraft(m_name))
+        return true;
+    // A file system without hard links can still rename; it has no nameless files either.
+    const bool withoutLinks = errno == EPERM || errno == ENOTSUP;
+    if (m_draft.empty() || !withoutLinks)
+        return false;
+    if (::renameat2(m_directory.Get(), m_draft.c_str(), m_directory.Get(), m_name.c_str(), RENAME_NOREPLACE) != 0)
+        return false;
+    m_draft.clear();
+    return true;
+}
+
+bool AtomicFile::Publish()
+{
+    if (PublishNew())
+        return true;
+    if (!m_replace)
+        return false;
+    for (int i = 0; i < mostDraftNames && m_draft.empty(); ++i) {
+        const std::string name = RandomDraftName();
+        if (NameDraft(name))
+            m_draft = name;
+        else if (errno != EEXIST)
+            return false;
+    }
+    if (m_draft.empty() || ::renameat(m_directory.Get(), m_draft.c_str(), m_directory.Get(), m_name.c_str()) != 0)
+        return false;
+    m_draft.clear();
+    return true;
+}
+
+bool AtomicFile::Commit()
+{
+    if (!m_file.IsOpen())
+        return false;
+    const bool published = KeepMode() && SyncFile(m_file.Get()) && Publish();
+    // The flush has already told of lost writes; what closing says comes too late to take the name back.
+    const bool closed = m_file.Close();
+    return published && closed && SyncDirectory(m_directory.Get());
+}
+
+} // namespace vcq::detail
