@@ -1,0 +1,87 @@
+#include "base/file.h"
+
+#include "base/file_state_detail.h"
+#include "base/file_text_detail.h"
+
+#include <fcntl.h>
+#include <new>
+#include <stdexcept>
+#include <unistd.h>
+
+using namespace vcq::detail;
+
+wxIMPLEMENT_DYNAMIC_CLASS(CFile, wxObject);
+
+CFile::CFile() = default;
+CFile::CFile(const CFile& other) : wxObject(), m_state(other.m_state) {}
+CFile::CFile(std::shared_ptr<FileState> state) : m_state(std::move(state)) {}
+CFile::~CFile() = default;
+
+CFile& CFile::operator=(const CFile& other)
+{
+    m_state = other.m_state;
+    return *this;
+}
+
+CFile CFile::StandardInput()
+{
+    UniqueFd fd(::fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0));
+    return fd.IsOpen() ? CFile(std::make_shared<FileState>(std::move(fd), true, false)) : CFile();
+}
+
+bool CFile::IsOpened() const
+{
+    return m_state && m_state->IsOpen();
+}
+
+bool CFile::Read(wxString& text, eConvType conv)
+{
+    text.clear();
+    if (!m_state || !m_state->IsReadable())
+        return false;
+    try {
+        if (ReadText(*m_state, RequestFor(*m_state, conv), text))
+            return true;
+    } catch (const std::bad_alloc&) {
+        m_state->Fail();
+    } catch (const std::length_error&) {
+        m_state->Fail();
+    }
+    wxString().swap(text);
+    return false;
+}
+
+wxString CFile::ReadLine(eConvType conv)
+{
+    wxString line;
+    if (m_state && m_state->IsReadable())
+        ReadTextLine(*m_state, RequestFor(*m_state, conv), line);
+    return line;
+}
+
+bool CFile::Eof()
+{
+    if (!m_state || !m_state->IsReadable())
+        return true;
+    return m_state->WindowSize() == 0 && !m_state->Fill();
+}
+
+bool CFile::Error() const
+{
+    return m_state && m_state->HasFailed();
+}
+
+wxInputStream* CFile::GetInputStream() const
+{
+    return m_state ? m_state->Input() : nullptr;
+}
+
+wxOutputStream* CFile::GetOutputStream() const
+{
+    return m_state ? m_state->Output() : nullptr;
+}
+
+bool CFile::Close()
+{
+    return m_state && m_state->Close();
+}
