@@ -80,6 +80,8 @@ void CPreprocessor::BufferInPlaceRemoveDefines(wxString& text, const wchar_t** n
     std::unordered_set<std::wstring_view> listed;
     for (; *names; ++names)
         listed.insert(*names);
+    if (listed.empty())
+        return;
     const wchar_t* const begin = text.wx_str();
     const wchar_t* const end = begin + text.length();
     wxString result;

@@ -58,7 +58,7 @@ public:
 
 private:
     bool SetUp();
-    bool AddDefines();
+    void AddDefines();
     bool Preprocess(const std::string& file);
     bool ReadText(const std::string& file, wxString& text);
     void NoteRead(const wxString& path);
@@ -102,11 +102,13 @@ bool PreprocessRun::SetUp()
     for (const wxString& name : m_removeNames)
         m_removeList.push_back(name.wc_str());
     m_removeList.push_back(nullptr);
-    m_parser.SetRemoveDefines(m_removeList.data());
-    return AddDefines();
+    if (!m_removeNames.empty())
+        m_parser.SetRemoveDefines(m_removeList.data());
+    AddDefines();
+    return true;
 }
 
-bool PreprocessRun::AddDefines()
+void PreprocessRun::AddDefines()
 {
     for (const auto& [isDefine, text] : m_options.defines) {
         wxString value;
@@ -123,7 +125,6 @@ bool PreprocessRun::AddDefines()
             m_diagnostics.Warning(message);
         m_parser.ClearError();
     }
-    return true;
 }
 
 bool PreprocessRun::ReadText(const std::string& file, wxString& text)
