@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <limits>
 #include <string>
 #include <vector>
@@ -25,23 +26,15 @@ std::wstring Wide(const wxString& text)
     return text.ToStdWstring();
 }
 
-std::vector<std::wstring> Wide(const wxArrayString& texts)
-{
-    std::vector<std::wstring> wide;
-    for (const wxString& text : texts)
-        wide.push_back(text.ToStdWstring());
-    return wide;
-}
-
-std::vector<std::wstring> Wide(const std::vector<wxString>& texts)
-{
-    std::vector<std::wstring> wide;
-    for (const wxString& text : texts)
-        wide.push_back(text.ToStdWstring());
-    return wide;
-}
-
 using Pieces = std::vector<std::wstring>;
+
+/// The same for a list of texts.
+template <typename Texts> Pieces WideAll(const Texts& texts)
+{
+    Pieces pieces(texts.size());
+    std::transform(texts.begin(), texts.end(), pieces.begin(), [](const wxString& text) { return Wide(text); });
+    return pieces;
+}
 
 std::wstring Repeated(const std::wstring& text, size_t count)
 {
@@ -703,7 +696,7 @@ TEST(TextUtilities, StringToJsInplaceFailsWhenTheResultAndItsNulDoNotFit)
         Buffer buffer(L"a\nb", 8);
         EXPECT_EQ(buffer.Convert(capacity, false), -1) << capacity;
         EXPECT_EQ(buffer.characters, L"a\nb\0####"s) << capacity;
-        EXPECT_EQ(Wide(log.Errors()), message) << capacity;
+        EXPECT_EQ(WideAll(log.Errors()), message) << capacity;
         EXPECT_EQ(log.Records().size(), 1U) << capacity;
     }
 }
@@ -797,7 +790,7 @@ TEST(TextUtilities, StringFromCReportsABadHexadecimalCodeAndLeavesItOut)
     for (const Conversion& conversion : conversions) {
         const LogCapture log;
         EXPECT_EQ(Wide(CPreprocessor::StringFromC(conversion.text)), conversion.expected);
-        EXPECT_EQ(Wide(log.Errors()), Pieces{L"Failed to parse string '" + conversion.text + L"'"});
+        EXPECT_EQ(WideAll(log.Errors()), Pieces{L"Failed to parse string '" + conversion.text + L"'"});
         EXPECT_EQ(log.Records().size(), 1U);
     }
 }
@@ -807,7 +800,7 @@ TEST(TextUtilities, StringFromCReportsAHexadecimalCodeThatTheEndCutsShort)
     for (const std::wstring& literal : {L"\"a\\x"s, L"\"a\\x4"s, L"\"a\\x\""s, L"\"a\\x4\""s}) {
         const LogCapture log;
         EXPECT_EQ(Wide(CPreprocessor::StringFromC(literal)), L"a");
-        EXPECT_EQ(Wide(log.Errors()), Pieces{L"Failed to parse string '" + literal + L"'"});
+        EXPECT_EQ(WideAll(log.Errors()), Pieces{L"Failed to parse string '" + literal + L"'"});
     }
 }
 
@@ -815,14 +808,14 @@ TEST(TextUtilities, StringFromCReportsALiteralOnceForAllItsBadCodes)
 {
     const LogCapture log;
     EXPECT_EQ(Wide(CPreprocessor::StringFromC(L"\"\\xZZa\\x!!b\"")), L"ab");
-    EXPECT_EQ(Wide(log.Errors()), Pieces{L"Failed to parse string '\"\\xZZa\\x!!b\"'"});
+    EXPECT_EQ(WideAll(log.Errors()), Pieces{L"Failed to parse string '\"\\xZZa\\x!!b\"'"});
 }
 
 TEST(TextUtilities, StringFromCTakesPercentSignsInTheReportLiterally)
 {
     const LogCapture log;
     EXPECT_EQ(Wide(CPreprocessor::StringFromC(L"%s%n\\x")), L"%s%n");
-    EXPECT_EQ(Wide(log.Errors()), Pieces{L"Failed to parse string '%s%n\\x'"});
+    EXPECT_EQ(WideAll(log.Errors()), Pieces{L"Failed to parse string '%s%n\\x'"});
 }
 
 TEST(TextUtilities, StringFromCTakesAJointForALineFeed)
@@ -922,7 +915,7 @@ TEST(TextUtilities, TheDefaultEscapeCharacterIsTheBackQuote)
 {
     EXPECT_EQ(Wide(CPreprocessor::EscapeChar(L"a,b", L',', 0)), L"a`,b");
     EXPECT_EQ(Wide(CPreprocessor::UnescapeChar(L"a`,b", L',', 0)), L"a,b");
-    EXPECT_EQ(Wide(CPreprocessor::SplitEscapeChar(L"a,b`,c", L',', true, 0)), (Pieces{L"a", L"b,c"}));
+    EXPECT_EQ(WideAll(CPreprocessor::SplitEscapeChar(L"a,b`,c", L',', true, 0)), (Pieces{L"a", L"b,c"}));
 }
 
 // --- Splitting ---
@@ -936,7 +929,7 @@ struct Splitting
 void ExpectSplittings(bool unescape, const std::vector<Splitting>& splittings)
 {
     for (const Splitting& splitting : splittings)
-        EXPECT_EQ(Wide(CPreprocessor::SplitEscapeChar(splitting.text, L',', unescape, L'^')), splitting.pieces)
+        EXPECT_EQ(WideAll(CPreprocessor::SplitEscapeChar(splitting.text, L',', unescape, L'^')), splitting.pieces)
             << "from: " << Shown(splitting.text);
 }
 
@@ -975,14 +968,14 @@ TEST(TextUtilities, SplitEscapeCharTakesTheEscapeAwayOnRequest)
 
 TEST(TextUtilities, SplitEscapeCharCutsAtASeparatorThatIsTheEscapeCharacterToo)
 {
-    EXPECT_EQ(Wide(CPreprocessor::SplitEscapeChar(L"a,,b", L',', true, L',')), (Pieces{L"a", L"", L"b"}));
+    EXPECT_EQ(WideAll(CPreprocessor::SplitEscapeChar(L"a,,b", L',', true, L',')), (Pieces{L"a", L"", L"b"}));
 }
 
 TEST(TextUtilities, SplitEscapeCharTakesAnyCharacters)
 {
-    EXPECT_EQ(Wide(CPreprocessor::SplitEscapeChar(L"a\0b"s, L'\0', false, L'^')), (Pieces{L"a", L"b"}));
+    EXPECT_EQ(WideAll(CPreprocessor::SplitEscapeChar(L"a\0b"s, L'\0', false, L'^')), (Pieces{L"a", L"b"}));
     const std::wstring text = L"\u00e9"s + Grin + L"\0"s;
-    EXPECT_EQ(Wide(CPreprocessor::SplitEscapeChar(text, Grin, false, L'^')), (Pieces{L"\u00e9", L"\0"s}));
+    EXPECT_EQ(WideAll(CPreprocessor::SplitEscapeChar(text, Grin, false, L'^')), (Pieces{L"\u00e9", L"\0"s}));
 }
 
 TEST(TextUtilities, SplitEscapeCharHandlesAMillionPieces)
