@@ -127,6 +127,14 @@ JSObject* Kept(Entry& entry, ::JSObject* obj)
     return ::JS_LinkConstructorAndPrototype(entry.Engine(), named, prototype) ? named.get() : nullptr;
 }
 
+// What makes an instance print as "[object Name]".
+bool DefineTag(Entry& entry, JS::HandleObject prototype, const char* name)
+{
+    JS::RootedString tag(entry.Engine(), ::JS_AtomizeString(entry.Engine(), name));
+    JS::RootedId id(entry.Engine(), JS::GetWellKnownSymbolKey(entry.Engine(), JS::SymbolCode::toStringTag));
+    return tag && ::JS_DefinePropertyById(entry.Engine(), prototype, id, tag, JSPROP_READONLY);
+}
+
 } // namespace
 
 JSObject* JS_NewObject(JSContext* cx, const JSClass* clasp, JSObject* proto, JSObject* parent)
@@ -168,7 +176,8 @@ JSObject* JS_InitClass(JSContext* cx, JSObject* obj, JSObject* parent_proto, con
     JS::RootedObject named(engine);
     if (prototype)
         named = MakeNamed(entry, *clasp, host_class, prototype, constructor, nargs);
-    if (!named || !::JS_DefineProperty(engine, owner, clasp->name, named, 0) || !DefineSpecs(entry, prototype, ps) ||
+    if (!named || !DefineTag(entry, prototype, clasp->name) ||
+        !::JS_DefineProperty(engine, owner, clasp->name, named, 0) || !DefineSpecs(entry, prototype, ps) ||
         !DefineSpecs(entry, prototype, fs) || !DefineSpecs(entry, named, static_ps) ||
         !DefineSpecs(entry, named, static_fs)) {
         entry.Fail();

@@ -100,7 +100,9 @@ void Entry::RunJobs()
 {
     ThreadState& t = *m_thread;
     if (!m_stopped) {
+        t.running_jobs = true;
         js::RunJobs(t.engine);
+        t.running_jobs = false;
         ReportStop();
     }
     if (m_stopped) {

@@ -24,6 +24,7 @@
 #include <js/SourceText.h>
 #include <js/Stack.h>
 #include <js/String.h>
+#include <js/Symbol.h>
 #include <js/friend/ErrorMessages.h>
 #include <js/friend/StackLimits.h>
 

@@ -209,8 +209,9 @@ bool OnInterrupt(::JSContext* engine)
         RememberStop(engine, entry->Context(), what);
         stop = true;
     }
-    // A false alone ends the running job; an endless chain of them would go on with the next.
-    if (stop)
+    // A false alone ends the running job; an endless chain of them would go on with the next. With no job running the
+    // engine would keep this in mind and never run one again.
+    if (stop && t->running_jobs)
         js::StopDrainingJobQueue(engine);
     return !stop;
 }

@@ -64,7 +64,8 @@ struct JSFunctionSpec
 // the constructor under the class's name; without a constructor that name holds the prototype. Properties and
 // functions go to the prototype, the static ones to the constructor. Any of the arrays may be null. With `new`, the
 // native gets a fresh object as `obj` that becomes the result unless the native returns another object; called
-// without, it gets script's `this` (see JS_IsConstructing). Returns the prototype; root it to keep it.
+// without, it gets script's `this` (see JS_IsConstructing). Instances print as "[object Name]". Returns the prototype;
+// root it to keep it.
 VC_QXPARSER_API JSObject* JS_InitClass(JSContext* cx, JSObject* obj, JSObject* parent_proto, const JSClass* clasp,
                                        JSNative constructor, uintN nargs, const JSPropertySpec* ps,
                                        const JSFunctionSpec* fs, const JSPropertySpec* static_ps,

@@ -1,8 +1,11 @@
 #include "engine/thread_state_detail.h"
 
+#include <cstdio>
+#include <cstdlib>
 #include <mutex>
 #include <new>
 
+#include <pthread.h>
 #include <unistd.h>
 
 #include "engine/class_detail.h"
@@ -25,9 +28,19 @@ constexpr std::size_t kResultsAtRest = 1000000;
 std::atomic<bool> g_process_ended{false};
 std::mutex g_start_mutex;
 
+int g_exit_status = 0;
+bool g_forked = false;
+
+void OnFork()
+{
+    g_forked = true;
+    ::on_exit([](int status, void*) { g_exit_status = status; }, nullptr);
+}
+
 // The engine's process-wide state. Its helper threads must be stopped before the engine's own statics go, and only
 // its JS_ShutDown does that; this library links the engine, so this object is destroyed first. It does nothing when no
-// context was ever made, and nothing in a forked child, whose helper threads do not exist.
+// context was ever made. A forked child has no helper threads to stop, and the engine's statics crash over what these
+// left locked: it ends here, with its status, before they are reached.
 class EngineProcess
 {
 public:
@@ -37,8 +50,12 @@ public:
     ~EngineProcess()
     {
         g_process_ended = true;
-        if (m_owner != ::getpid())
+        if (!m_started)
             return;
+        if (g_forked) {
+            std::fflush(nullptr);
+            ::_exit(g_exit_status);
+        }
         EndWatchdog();
         ::JS_ShutDown();
     }
@@ -47,13 +64,15 @@ public:
         std::lock_guard<std::mutex> lock(g_start_mutex);
         if (g_process_ended)
             return false;
-        if (m_owner == 0 && ::JS_Init())
-            m_owner = ::getpid();
-        return m_owner == ::getpid();
+        if (!m_started && ::JS_Init()) {
+            m_started = true;
+            ::pthread_atfork(nullptr, nullptr, OnFork);
+        }
+        return m_started && !g_forked;
     }
 
 private:
-    pid_t m_owner = 0;
+    bool m_started = false;
 };
 EngineProcess g_process;
 
@@ -146,9 +165,10 @@ void ThreadState::Stop()
 {
     StopWatching(*this);
     OrphanContexts(*this);
-    if (depth != 0) {
+    if (depth != 0 || g_forked) {
         // The process ends from inside a script: the engine cannot be taken apart under a running script, and its
-        // shutdown copes with a context that is left.
+        // shutdown copes with a context that is left. Or it is a forked child, where helper threads would be waited
+        // for that do not exist.
         t_state = nullptr;
         return;
     }

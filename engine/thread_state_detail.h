@@ -165,6 +165,7 @@ struct ThreadState final : DoublePool::Marker
     std::size_t stack_used_at_quota = 0;
     LimitWatch watch;
     bool watched = false;
+    bool running_jobs = false;
     bool discarding_jobs = false;
 };
 
