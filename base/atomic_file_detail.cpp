@@ -208,9 +208,9 @@ bool AtomicFile::Commit()
     if (!m_file.IsOpen())
         return false;
     const bool published = KeepMode() && SyncFile(m_file.Get()) && Publish();
-    // The flush has already told of lost writes; what closing says comes too late to take the name back.
-    const bool closed = m_file.Close();
-    return published && closed && SyncDirectory(m_directory.Get());
+    // The flush has told of lost writes; closing has nothing to add, and comes too late to take the name back.
+    m_file.Close();
+    return published && SyncDirectory(m_directory.Get());
 }
 
 } // namespace vcq::detail
