@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <functional>
 #include <iostream>
+#include <string>
 
 namespace
 {
@@ -15,6 +16,20 @@ namespace
 constexpr int StatusUsage = 2;
 
 constexpr const char* Version = "qxp " QXP_VERSION;
+
+int FailUsage(const std::string& message)
+{
+    std::cerr << "qxp: error: " << message << "\nRun with --help for more information.\n";
+    return StatusUsage;
+}
+
+/// Writes what --help or --version asked for.
+int Answer(const CLI::App& app, const CLI::ParseError& request)
+{
+    app.exit(request);
+    std::cout.flush();
+    return std::cout ? StatusSuccess : StatusFailure;
+}
 
 } // namespace
 
@@ -29,6 +44,8 @@ int main(int argc, char** argv)
     app.set_version_flag("--version", Version);
     app.require_subcommand(1);
     app.get_formatter()->column_width(34);
+    app.get_formatter()->label("SUBCOMMAND", "COMMAND");
+    app.footer("Example:\n  qxp preprocess -D PLATFORM=linux config.h.in");
 
     std::function<int()> run;
     AddPreprocessCommand(app, run);
@@ -37,10 +54,16 @@ int main(int argc, char** argv)
         std::cerr << app.help();
         return StatusUsage;
     }
+    const std::string first = argv[1];
+    const auto isFirst = [&](const CLI::App* command) { return command->get_name() == first; };
+    if (first.substr(0, 1) != "-" && app.get_subcommands(isFirst).empty())
+        return FailUsage("There is no command " + first);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? StatusSuccess : StatusUsage;
+        if (error.get_exit_code() == 0)
+            return Answer(app, error);
+        return FailUsage(app.get_subcommands().empty() ? "A command must come before " + first : error.what());
     }
     return run();
 }

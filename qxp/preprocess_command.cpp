@@ -257,8 +257,11 @@ void AddPreprocessCommand(CLI::App& app, std::function<int()>& run)
 {
     CLI::App* const command = app.add_subcommand("preprocess", "Preprocess texts and write the lines that are left");
     const auto options = std::make_shared<PreprocessOptions>();
+    command->group("Commands");
     command->footer("Example:\n  qxp preprocess -D PLATFORM=linux -C templates -o config.h config.h.in");
-    command->add_option("FILE", options->files, "Texts, preprocessed in turn; - is standard input")->required();
+    command->add_option("FILE", options->files, "Texts, preprocessed in turn; - is standard input")
+        ->option_text("...")
+        ->required();
     const CLI::Option* const define =
         command->add_option("-D,--define", "Add a define before the first file; 1 without VALUE")
             ->type_name("NAME[=VALUE]")
@@ -276,7 +279,7 @@ void AddPreprocessCommand(CLI::App& app, std::function<int()>& run)
     command->add_flag("--no-trim", options->noTrim, "Keep blanks at both ends of lines, and lines left empty");
     command->add_flag("--partial", options->partial, "Keep what cannot be decided yet");
     command->add_option("--remove", options->remove, "Take the definitions of this name out of every text")
-        ->type_name("NAME")
+        ->option_text("NAME")
         ->allow_extra_args(false);
     CLI::Option* const origins =
         command->add_flag("--origins", options->origins, "Put FILE:LINE: and a tab before every line");
