@@ -21,7 +21,9 @@ bool UseColor(const std::string& when)
     if (when != "auto")
         return when == "always";
     const char* const terminal = std::getenv("TERM");
-    return isatty(STDERR_FILENO) && !std::getenv("NO_COLOR") && terminal && std::string(terminal) != "dumb";
+    const char* const noColor = std::getenv("NO_COLOR");
+    const bool isRefused = noColor && *noColor;
+    return isatty(STDERR_FILENO) && !isRefused && terminal && std::string(terminal) != "dumb";
 }
 
 wxString PlaceOf(const wxString& file, unsigned long line)
