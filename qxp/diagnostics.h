@@ -37,6 +37,8 @@ public:
 
     /// Shows how far long work has come, on a terminal only.
     void Progress(const wxString& text);
+    /// Takes it away again. Call it before something else is written to the terminal.
+    void ClearProgress();
 
 private:
     class Log;
@@ -46,7 +48,6 @@ private:
     void SayOrigins(const CParserUnit& unit);
     void Say(const wxString& place, const char* kind, const wxString& message);
     void Write(const std::string& text);
-    void ClearProgress();
 
     bool m_color;
     bool m_showProgress;

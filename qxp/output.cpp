@@ -30,6 +30,7 @@ bool WriteOutput(const std::string& fileName, const std::string& text, Diagnosti
         diagnostics.Error(wxString::Format(wxS("Output file not writable '%s'"), name));
         return false;
     }
+    diagnostics.ClearProgress();
     if (std::fwrite(text.data(), 1, text.size(), stdout) == text.size() && std::fflush(stdout) == 0)
         return true;
     diagnostics.Error(
