@@ -166,10 +166,13 @@ void Diagnostics::Say(const wxString& place, const char* kind, const wxString& m
 {
     const std::string label = std::string(kind) + ":";
     const char* const color = label == "error:" ? "\033[1;31m" : label == "warning:" ? "\033[1;35m" : "\033[1;36m";
+    // Places and messages hold file names, which must come out as the system knows them.
+    const std::string where = ToSystemName(place) + ":";
+    const std::string what = ToSystemName(message) + "\n";
     if (m_color)
-        Write("\033[1m" + ToUtf8(place) + ":\033[0m " + color + label + "\033[0m " + ToUtf8(message) + "\n");
+        Write("\033[1m" + where + "\033[0m " + color + label + "\033[0m " + what);
     else
-        Write(ToUtf8(place) + ": " + label + " " + ToUtf8(message) + "\n");
+        Write(where + " " + label + " " + what);
 }
 
 void Diagnostics::Write(const std::string& text)

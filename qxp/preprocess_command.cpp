@@ -172,9 +172,9 @@ bool PreprocessRun::Preprocess(const std::string& file)
 void PreprocessRun::AppendUnit(const CParserUnit& unit)
 {
     if (m_options.origins)
-        m_text += ToUtf8(unit.GetFileName()) + ":" + std::to_string(unit.m_line) + ":\t";
+        m_text += ToSystemName(unit.GetFileName()) + ":" + std::to_string(unit.m_line) + ":\t";
     if (m_options.lineMarkers && (unit.m_file.get() != m_lastFile || unit.m_line != m_lastLine + 1))
-        m_text += "#line " + std::to_string(unit.m_line) + " \"" + ToUtf8(unit.GetFileName()) + "\"\n";
+        m_text += "#line " + std::to_string(unit.m_line) + " \"" + ToSystemName(unit.GetFileName()) + "\"\n";
     m_lastFile = unit.m_file.get();
     m_lastLine = unit.m_line;
     m_text += ToUtf8(unit.m_text);
