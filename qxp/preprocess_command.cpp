@@ -14,6 +14,8 @@
 namespace
 {
 
+constexpr const wchar_t* StandardInputName = L"<stdin>";
+
 struct PreprocessOptions
 {
     CommonOptions common;
@@ -130,13 +132,13 @@ void PreprocessRun::AddDefines()
 bool PreprocessRun::ReadText(const std::string& file, wxString& text)
 {
     const bool isStandardInput = file == "-";
-    const wxString name = FromSystemName(file);
+    const wxString name = isStandardInput ? wxString(StandardInputName) : FromSystemName(file);
     CFile source = isStandardInput ? CFile::StandardInput() : m_dir.OpenFile(name, wxFile::read);
-    if (!source.IsOpened()) {
+    if (!source.IsOpened() && !isStandardInput) {
         m_diagnostics.Error(wxString::Format(wxS("File not found '%s' from '%s'"), name, m_dir.GetFullPath()));
         return false;
     }
-    if (!source.Read(text, CFile::convDefault)) {
+    if (!source.IsOpened() || !source.Read(text, CFile::convDefault)) {
         m_diagnostics.Error(wxString::Format(wxS("File not readable '%s'"), name));
         return false;
     }
@@ -160,7 +162,7 @@ bool PreprocessRun::Preprocess(const std::string& file)
     wxString text;
     if (!ReadText(file, text))
         return false;
-    const wxString name = file == "-" ? wxString(wxS("<stdin>")) : FromSystemName(file);
+    const wxString name = file == "-" ? wxString(StandardInputName) : FromSystemName(file);
     if (m_parser.Parse(text, name, nullptr, true) != 0) {
         m_diagnostics.ReportFailure(m_parser);
         return false;
