@@ -55,7 +55,7 @@ play() {
         bash -c "${line#'$ '}" >"$scratch/output" 2>&1 3<&- </dev/null
         status=$?
         show_output "$scratch/output"
-        [ -z "$(tail -c 1 "$scratch/output")" ] || echo "[no line feed]"
+        [ -z "$(tail -c 1 "$scratch/output")" ] || printf "\n[no line feed]\n"
         [ $status -eq 0 ] || echo "[status $status]"
     done 3<"$1"
 }
