@@ -37,8 +37,7 @@ protected:
 
     static void ExpectOwnsItsUnits(const CParserBlock& block)
     {
-        for (unsigned int slot = 0; slot < block.GetCount(); ++slot)
-        {
+        for (unsigned int slot = 0; slot < block.GetCount(); ++slot) {
             const CParserUnit* const unit = block.GetUnit(slot);
             EXPECT_EQ(&block, unit ? unit->m_block : &block) << slot;
         }

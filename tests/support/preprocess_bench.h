@@ -141,4 +141,7 @@ private:
 /// A GoogleTest fixture around a bench.
 template <class Preprocessor = CPreprocessor>
 class PreprocessTest : public ::testing::Test, protected PreprocessBench<Preprocessor>
-{};
+{
+protected:
+    using PreprocessBench<Preprocessor>::Run;
+};
