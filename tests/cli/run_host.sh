@@ -1,0 +1,37 @@
+#!/usr/bin/env bash
+# Builds examples/host_preprocess as a stranger would, against an installed library, and compares what it prints.
+#
+#     run_host.sh BUILD FLAGS    BUILD is the library's build folder, FLAGS are compiler flags the host needs with it
+set -euo pipefail
+source "$(dirname "${BASH_SOURCE[0]}")/environment.sh"
+
+example=$(cd "$(dirname "${BASH_SOURCE[0]}")/../../examples/host_preprocess" && pwd)
+build=$(cd "$1" && pwd)
+enter_work_directory "$build/qxp/qxp"
+
+quietly() {
+    "$@" >"$scratch/log" 2>&1 || { cat "$scratch/log" >&2 && exit 1; }
+}
+quietly cmake --install "$build" --prefix "$scratch/installed"
+quietly cmake -G Ninja -S "$example" -B "$scratch/build" -DCMAKE_PREFIX_PATH="$scratch/installed" \
+    -DCMAKE_CXX_FLAGS="${2:-}"
+quietly cmake --build "$scratch/build"
+
+host=$scratch/build/host_preprocess
+cp "$example/label.txt" .
+echo '#unknown' >bad.txt
+{
+    "$host" label.txt 2>&1 || echo "[status $?]"
+    "$host" bad.txt 2>&1 || echo "[status $?]"
+    "$host" missing.txt 2>&1 || echo "[status $?]"
+} >"$scratch/actual"
+cat >"$scratch/expected" <<'END'
+file "label.txt (LOOP l.2)" line 1: Lamp of size 1
+file "label.txt (LOOP l.2)" line 1: Lamp of size 2
+file "label.txt" line 8: in stock
+file "bad.txt" line 1: "unknown" is not defined !
+[status 1]
+cannot read the file
+[status 2]
+END
+same "the host's output" "$scratch/expected" "$scratch/actual"
