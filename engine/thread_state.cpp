@@ -56,6 +56,8 @@ public:
             std::fflush(nullptr);
             ::_exit(g_exit_status);
         }
+        if (t_state)
+            t_state->Stop(); // started after the thread's own clean-up had run
         EndWatchdog();
         ::JS_ShutDown();
     }
