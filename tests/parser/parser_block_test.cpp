@@ -175,6 +175,21 @@ TEST_F(ParserBlockTest, AUnitTakenOutWithoutDeletingBelongsToTheCaller)
     delete kept;
 }
 
+TEST_F(ParserBlockTest, AUnitTakenOutWithoutDeletingIsFree)
+{
+    int alive = 0;
+    CountedUnit* const kept = new CountedUnit(alive);
+    {
+        CParserBlock block(nullptr);
+        block.Append(kept);
+        block.RemoveElement(kept, nullptr, 0);
+    }
+    EXPECT_EQ(nullptr, kept->m_block);
+    kept->m_block = nullptr;
+    EXPECT_EQ(0, m_block.Append(kept));
+    EXPECT_EQ((Texts{"x"}), Slots(m_block));
+}
+
 TEST_F(ParserBlockTest, RemoveElementOfASlotThatHoldsAnotherUnitChangesNothing)
 {
     Fill(m_block, {"a", "b", "", "c"});
@@ -343,6 +358,15 @@ TEST_F(ParserBlockTest, AssigningSharesTheUnitsAndTheParser)
     for (int slot = 0; slot < 3;)
         if (m_other.RemoveElement(m_other.GetUnit(slot), &slot, 0) != 0)
             ++slot;
+}
+
+TEST_F(ParserBlockTest, AssigningABlockToItselfChangesNothing)
+{
+    Fill(m_block, {"a", "", "b"});
+    const CParserBlock& same = m_block;
+    m_block = same;
+    EXPECT_EQ((Texts{"a", "", "b"}), Slots(m_block));
+    EXPECT_EQ(&m_parser, m_block.GetParser());
 }
 
 TEST_F(ParserBlockTest, ABlockDeletesItsUnits)

@@ -75,6 +75,21 @@ TEST_F(DefineTest, ParametersFollowTheNameDirectly)
     EXPECT_EQ((Table{"#define F(a,b) x", "#define G (a) x", "#define H(a,b) x", "#define I x"}), Defines());
 }
 
+TEST_F(DefineTest, AListOfParametersMustEndOnTheLine)
+{
+    const std::string outcome = Run("a\n#define F(a,b\nc)");
+    const std::string start = Failure("\"F\" did not find end of parameters in ", 2);
+    EXPECT_EQ(start, outcome.substr(0, start.size()));
+    EXPECT_EQ(Table{}, Defines());
+}
+
+TEST_F(DefineTest, AListOfParametersHoldsNoNestedParentheses)
+{
+    EXPECT_EQ(Failure("CPreprocessor::GetParams multiple nested parenthesis not supported", 2),
+              Run("a\n#define F(((a))) x"));
+    EXPECT_EQ(Table{}, Defines());
+}
+
 TEST_F(DefineTest, TheValueIsExpandedWhenItIsDefined)
 {
     EXPECT_EQ("1+1 9\n1+1\n", Run("#define A 1\n#define B #A+#A\n#redefine A 9\n#B #A\n#undef A\n#B"));

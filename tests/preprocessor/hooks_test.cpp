@@ -67,6 +67,32 @@ public:
 
 using HooksTest = PreprocessTest<HookedPreprocessor>;
 
+TEST_F(HooksTest, ANewPreprocessorIsActiveCompleteAndEmpty)
+{
+    CPreprocessor fresh(&parser, true);
+    EXPECT_EQ(&parser, fresh.GetParser());
+    EXPECT_FALSE(fresh.WasPartial());
+    EXPECT_EQ(CDir().GetFullPath(), fresh.GetDir().GetFullPath());
+    wxString defines;
+    fresh.GetDefines(defines);
+    EXPECT_EQ("", defines);
+    CParserBlock block(nullptr);
+    block.CreateUnit(wxSharedPtr<CParserFile>(), " #U", 1);
+    EXPECT_EQ(-1, fresh.PreprocessBlock(&block));
+}
+
+TEST_F(HooksTest, TheSearchDirectoryIsACopy)
+{
+    const TempDirectory place;
+    CDir dir = place.Dir();
+    pp.SetDir(dir);
+    dir = CDir("/");
+    EXPECT_EQ(place.Path(), pp.GetDir().GetFullPath());
+    CDir given = pp.GetDir();
+    given = CDir("/");
+    EXPECT_EQ(place.Path(), pp.GetDir().GetFullPath());
+}
+
 TEST_F(HooksTest, EveryBlockIsStartedAndEndChecked)
 {
     EXPECT_EQ("a\n", Run("a"));

@@ -191,6 +191,12 @@ TEST_F(LoopTest, BoundsThatCannotBeEvaluatedAreReported)
         EXPECT_EQ(Failure(message, 2), Run(wxString("a\n#for ") + arguments + "\nb\n#endfor")) << arguments;
 }
 
+TEST_F(LoopTest, ABoundIsReportedWithItsDefinesReplaced)
+{
+    EXPECT_EQ(Failure("for : Can not evaluate end: nosuch + 5", 1),
+              RunWith({"A=5"}, "#for i 1;nosuch + #A;1\n#endfor"));
+}
+
 TEST_F(LoopTest, AnUnknownDefineInABoundIsReportedAsSuch)
 {
     for (const char* const arguments : {"i #U;2;1", "i 1;#U;1", "i 1;2;#U"})
@@ -276,6 +282,19 @@ TEST_F(PartialLoopTest, TheVariableOfAKeptLoopIsNotReplaced)
 {
     Define("i=old");
     EXPECT_EQ("#for i 1;#U;1\n#i ##i x\n#endfor\n", RunPartial("#for i 1;#U;1\n#i ##i x\n#endfor"));
+}
+
+TEST_F(PartialLoopTest, TheVariableOfAKeptLoopDecidesNothing)
+{
+    Define("i=5");
+    const char* const text = "#for i 1;#U;1\n#if #i == 5\na\n#elif #i == 1\nb\n#endif\n#endfor\n";
+    EXPECT_EQ(text, RunPartial(text));
+}
+
+TEST_F(PartialLoopTest, BehindAKeptLoopItsVariableIsGoneAsBehindOneThatRan)
+{
+    Define("i=old");
+    EXPECT_EQ("#for i 1;#U;1\n#endfor\n#i\n", RunPartial("#for i 1;#U;1\n#endfor\n#i"));
 }
 
 TEST_F(PartialLoopTest, KeptLoopsNest)

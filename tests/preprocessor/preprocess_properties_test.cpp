@@ -269,6 +269,7 @@ RC_GTEST_PROP(PreprocessProperties, APartialPassBeforeACompleteOneMakesNoDiffere
     PreprocessBench<> staged;
     staged.pp.SetPartialMode(true);
     const std::string kept = staged.RunWith({"K=1", "L=2"}, function + program);
+    RC_CLASSIFY(staged.pp.WasPartial(), "something was kept");
     staged.pp.SetPartialMode(false);
     RC_ASSERT(staged.RunWith({"U=1", "V=2"}, kept) == expected);
 }
