@@ -260,6 +260,15 @@ TEST_F(IncludeTest, AnErrorInAnIncludedFileIsPassedUpWithItsPlace)
     EXPECT_EQ(Failure("\"NOPE\" is not defined !", 2, "j.txt"), Run("a\n#include \"i.txt\"\nb"));
 }
 
+TEST_F(IncludeTest, TheIncludersSectionsCanBeClosedAfterAFailure)
+{
+    place.Put("i.txt", "*/");
+    for (const char* const name : {"i.txt", "no.txt"}) {
+        EXPECT_NE("", Run(wxString("#if 1\n#include \"") + name + "\""));
+        EXPECT_EQ("a\n", Run("#endif\na")) << name;
+    }
+}
+
 TEST_F(IncludeTest, EveryKindOfLineEndIsRead)
 {
     place.Put("i.txt", "a\r\n\r\nb\rc\nd");

@@ -252,6 +252,15 @@ TEST_F(LoopTest, ABodyMustCloseItsSectionsAndCannotTouchTheOnesAround)
     EXPECT_EQ(Failure("#else without #ifdef", 1, "main.txt (LOOP l.2)"), Run("#if 1\n#for i 1;2;1\n#else\n#endfor"));
 }
 
+TEST_F(LoopTest, TheSectionsAroundCanBeClosedAfterAFailure)
+{
+    for (const char* const loop :
+         {"#for i 1;2;1\n*/\n#endfor", "#for i nosuch;2;1\n#endfor", "#for i 1;2;0\n#endfor", "#for i 1;2;1"}) {
+        EXPECT_NE("", Run(wxString("#if 1\n") + loop));
+        EXPECT_EQ("a\n", Run("#endif\na")) << loop;
+    }
+}
+
 TEST_F(LoopTest, BoundsHaveAContextOfTheirOwn)
 {
     EXPECT_EQ("7\n8\n1\n2\n", Run("#if c = 7\n#endif\n#{ s = 8; c2 = 7 }\n#{ s }\n"
@@ -321,6 +330,12 @@ TEST_F(PartialLoopTest, BoundsThatFailOtherwiseAreErrorsToo)
     EXPECT_EQ(Failure("#if : Can not evaluate start: nosuch", 1), RunPartial("#for i nosuch;2;1\n#endfor"));
     EXPECT_EQ(Failure("for : Step is not above 0: 0", 1), RunPartial("#for i 1;2;0\n#endfor"));
     EXPECT_EQ(Failure("Missing #endfor for #for started file \"main.txt\" line 1!", 1), RunPartial("#for i 1;#U;1\na"));
+}
+
+TEST_F(PartialLoopTest, AnUnresolvedSectionAroundALoopDoesNotExcuseAnErrorDirectiveInIt)
+{
+    EXPECT_EQ(Failure("ERROR :  x", 1, "main.txt (LOOP l.2)"),
+              RunPartial("#ifdef U\n#for i 1;1;1\n#error x\n#endfor\n#endif"));
 }
 
 TEST_F(PartialLoopTest, AnErrorInAKeptBodyIsPassedUp)

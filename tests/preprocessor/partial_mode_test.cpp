@@ -70,6 +70,16 @@ TEST_F(PartialModeTest, AConditionThatCannotBeDecidedKeepsItsSection)
     }
 }
 
+TEST_F(PartialModeTest, AConditionWhoseUsesFailKeepsItsSection)
+{
+    ASSERT_EQ("", Run("#define F(a) #a"));
+    for (const char* const condition : {"#F", "#F(1,2)", "#F(1", "#F(((1)))", "#F(#U)", "#F('a)"}) {
+        const wxString text = wxString("#if ") + condition + "\na\n#endif\n";
+        EXPECT_EQ(text.utf8_string(), Run(text)) << condition;
+        EXPECT_EQ("0, no unit: ", LastFailure(parser, 0)) << condition;
+    }
+}
+
 TEST_F(PartialModeTest, AConditionThatCanBeDecidedIsDecided)
 {
     const Case cases[] = {
