@@ -8,13 +8,13 @@ enter_work_directory() {
     unset NO_COLOR CDPATH ENV BASH_ENV
     scratch=$(mktemp -d)
     trap 'chmod -R u+rwx "$scratch"; rm -rf "$scratch"' EXIT
-    mkdir "$scratch/work"
-    cd "$scratch/work"
+    mkdir "$scratch/run"
+    cd "$scratch/run"
 }
 
 # show_output FILE: the file, with the work directory's path, which differs from run to run, as /home/me.
 show_output() {
-    sed "s|$scratch/work|/home/me|g" "$1"
+    sed "s|$scratch/run|/home/me|g" "$1"
 }
 
 # same NAME EXPECTED ACTUAL: shows how two files differ, line feeds at the end included.

@@ -2,7 +2,7 @@
 # Runs the examples of a documentation page.
 #
 #     run_page.sh list PAGE             the names of the page's checks
-#     run_page.sh show PAGE CHECK QXP   the session of an example as it really goes
+#     run_page.sh show PAGE CHECK QXP   the transcript of an example as it really is
 #     run_page.sh run PAGE CHECK QXP    compares one with what really happens
 #
 # An example is a fenced block "console": lines "$ COMMAND", each followed by what a terminal would show; a status
@@ -46,7 +46,7 @@ read_page() {
 
 on_heading() { :; }
 
-# play SESSION: runs the commands of a session; what a terminal would show goes to standard output.
+# play TRANSCRIPT: runs its commands; what a terminal would show goes to standard output.
 play() {
     local line status
     while IFS= read -r line <&3; do
@@ -68,7 +68,7 @@ list_checks() {
 # find_check PAGE CHECK: leaves the section's files in the current directory and the block's text in $scratch/block.
 find_check() {
     local wanted=$2
-    on_heading() { rm -rf "$scratch/work" && mkdir "$scratch/work" && cd "$scratch/work"; }
+    on_heading() { rm -rf "$scratch/run" && mkdir "$scratch/run" && cd "$scratch/run"; }
     on_block() {
         if [ "$1" = "$wanted" ]; then
             wanted_info=$2
@@ -97,11 +97,11 @@ run_check() {
         return
     fi
     [[ $(head -n 1 "$scratch/block") == '$ '* ]] || die "$page: $2 does not begin with a command"
-    play "$scratch/block" >"$scratch/session"
+    play "$scratch/block" >"$scratch/transcript"
     if [ "${4:-}" = show ]; then
-        cat "$scratch/session"
+        cat "$scratch/transcript"
     else
-        same "$2" "$scratch/block" "$scratch/session"
+        same "$2" "$scratch/block" "$scratch/transcript"
     fi
 }
 
