@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -176,7 +177,8 @@ TEST_F(IncludeTest, TheParserListsOnlyTheIncludingBlockAfterwards)
     place.Put("i.txt", "b");
     CParserBlock* const before = parser.CreateBlock(false);
     Run("#include \"i.txt\"\n#include \"i.txt\"");
-    EXPECT_NE(before, parser.GetLastBlock(1));
+    const std::unique_ptr<CParserBlock> result(parser.GetLastBlock(1));
+    EXPECT_NE(before, result.get());
     EXPECT_EQ(before, parser.GetLastBlock(0));
 }
 

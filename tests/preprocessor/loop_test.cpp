@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -168,7 +169,8 @@ TEST_F(LoopTest, TheParserListsOnlyTheLoopsBlockAfterwards)
 {
     CParserBlock* const before = parser.CreateBlock(false);
     Run("#for i 1;3;1\n#i\n#endfor");
-    EXPECT_NE(before, parser.GetLastBlock(1));
+    const std::unique_ptr<CParserBlock> result(parser.GetLastBlock(1));
+    EXPECT_NE(before, result.get());
     EXPECT_EQ(before, parser.GetLastBlock(0));
 }
 
