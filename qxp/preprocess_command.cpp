@@ -253,6 +253,12 @@ std::string NonEmptyName(const std::string& text)
     return text.empty() || text[0] == '=' ? "a NAME is missing" : "";
 }
 
+/// An unset variable of a makefile must not send the result somewhere else.
+std::string NonEmptyFile(const std::string& text)
+{
+    return text.empty() ? "a file name is missing" : "";
+}
+
 } // namespace
 
 void AddPreprocessCommand(CLI::App& app, std::function<int()>& run)
@@ -275,8 +281,12 @@ void AddPreprocessCommand(CLI::App& app, std::function<int()>& run)
                                          ->allow_extra_args(false)
                                          ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
                                          ->check(NonEmptyName);
-    command->add_option("-C,--dir", options->dir, "Search directory of files and includes")->type_name("DIR");
-    command->add_option("-o,--output", options->output, "Write the result there")->type_name("FILE");
+    command->add_option("-C,--dir", options->dir, "Search directory of files and includes")
+        ->type_name("DIR")
+        ->check(NonEmptyFile);
+    command->add_option("-o,--output", options->output, "Write the result there")
+        ->type_name("FILE")
+        ->check(NonEmptyFile);
     command->add_flag("--keep-empty-lines", options->keepEmptyLines, "Keep empty lines");
     command->add_flag("--no-trim", options->noTrim, "Keep blanks at both ends of lines, and lines left empty");
     command->add_flag("--partial", options->partial, "Keep what cannot be decided yet");
@@ -292,7 +302,8 @@ void AddPreprocessCommand(CLI::App& app, std::function<int()>& run)
     origins->excludes(markers);
     list->excludes(deps);
     command->add_option("--deps-file", options->depsFile, "Write a make rule there, beside the normal output")
-        ->type_name("DEPFILE");
+        ->type_name("DEPFILE")
+        ->check(NonEmptyFile);
     AddCommonOptions(*command, options->common);
     command->callback([command, options, define, undef, &run] {
         options->defines = InOrderGiven(*command, define, undef);
