@@ -58,6 +58,8 @@ long CParserBlock::RemoveElement(CParserUnit* unit, int* pos, int deleteIt)
         return 1;
     if (deleteIt)
         delete unit;
+    else
+        unit->m_block = nullptr;
     m_units[slot] = nullptr;
     if (pos)
         ++*pos;

@@ -34,7 +34,8 @@ public:
     /// @return the unit's slot in this block.
     virtual int Append(CParserUnit* unit, int* pos = nullptr);
 
-    /// Takes `unit` out of its slot, which becomes a hole; deletes it when `deleteIt` is not 0.
+    /// Takes `unit` out of its slot, which becomes a hole; deletes it when `deleteIt` is not 0, else it is free and the
+    /// caller's.
     /// @param pos the unit's slot, advanced by one on success; null to have the unit searched.
     /// @return 0, or 1 when the slot does not hold `unit` or no slot does; nothing changes then.
     virtual long RemoveElement(CParserUnit* unit, int* pos, int deleteIt);

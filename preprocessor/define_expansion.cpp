@@ -24,17 +24,18 @@ const CParserUnit* UnitOf(const _BlockPosition* position)
     return position ? position->m_unit : nullptr;
 }
 
-/// Counts one level of a nesting for as long as it lives.
-class NestingLevel
+/// Gives a variable another value for as long as it lives.
+template <typename Value> class ScopedValue
 {
 public:
-    explicit NestingLevel(unsigned int& level) : m_level(level) { ++m_level; }
-    ~NestingLevel() { --m_level; }
-    NestingLevel(const NestingLevel&) = delete;
-    NestingLevel& operator=(const NestingLevel&) = delete;
+    ScopedValue(Value& variable, Value value) : m_variable(variable), m_saved(variable) { m_variable = value; }
+    ~ScopedValue() { m_variable = m_saved; }
+    ScopedValue(const ScopedValue&) = delete;
+    ScopedValue& operator=(const ScopedValue&) = delete;
 
 private:
-    unsigned int& m_level;
+    Value& m_variable;
+    Value m_saved;
 };
 
 } // namespace
@@ -76,6 +77,8 @@ long CPreprocessor::ExpandUse(const wxString& name, const _DefineInfo& define, c
 long CPreprocessor::DirectiveReplaceDefines(const wxString& text, wxString& result, const _BlockPosition& position,
                                             const wxArrayString& params)
 {
+    // The arguments of the defines used in the text leave the same names alone.
+    const ScopedValue leftAlone(m_leftAlone, &params);
     result.clear();
     const wchar_t* at = text.wx_str();
     const wchar_t* const end = at + text.length();
@@ -173,11 +176,12 @@ long CPreprocessor::GetParams(wxString name, const wchar_t*& at, const wchar_t* 
         return Fail(
             wxString::Format(wxS("\"%s\" : More than %u defines inside parameters !"), name, m_limits.argumentNesting),
             position->m_unit);
-    const NestingLevel level(m_argumentNesting);
+    const ScopedValue level(m_argumentNesting, m_argumentNesting + 1);
     long status = 0;
     for (wxString& argument : params) {
         wxString replaced;
-        const long result = DirectiveReplaceDefines(argument, replaced, *position, wxArrayString());
+        const long result =
+            DirectiveReplaceDefines(argument, replaced, *position, m_leftAlone ? *m_leftAlone : wxArrayString());
         if (result < 0 || (result == 1 && !m_partial)) {
             wxString reason;
             if (parser)
@@ -261,7 +265,7 @@ long CParamSubstitution::SubstituteConditional(const wchar_t*& at, const wchar_t
         return m_pp.Fail(wxString::Format(wxS("%c%s : More than %u conditional texts inside each other !"),
                                           DirectiveChar, m_name, m_pp.m_limits.argumentNesting),
                          m_unit);
-    const NestingLevel level(m_pp.m_argumentNesting);
+    const ScopedValue level(m_pp.m_argumentNesting, m_pp.m_argumentNesting + 1);
     const wchar_t* const condition = at + 1;
     const wchar_t* const question = FindAtThisLevel(condition, end, L'?');
     if (question == end)

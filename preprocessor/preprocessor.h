@@ -325,6 +325,7 @@ private:
     unsigned int m_includeDepth = 0;
     unsigned int m_loopNesting = 0;
     unsigned int m_argumentNesting = 0;
+    const wxArrayString* m_leftAlone = nullptr; ///< The names that the replacement in progress leaves alone.
 
     wxDECLARE_CLASS(CPreprocessor);
 };
