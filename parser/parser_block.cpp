@@ -58,7 +58,7 @@ long CParserBlock::RemoveElement(CParserUnit* unit, int* pos, int deleteIt)
         return 1;
     if (deleteIt)
         delete unit;
-    else
+    else if (unit)
         unit->m_block = nullptr;
     m_units[slot] = nullptr;
     if (pos)
