@@ -1,0 +1,136 @@
+#include "tests/script/script_fixture.h"
+
+#include <memory>
+
+namespace
+{
+
+/// Several handles on one context: copies, and those that adopt it.
+class ScriptHandlesTest : public ::testing::Test
+{
+protected:
+    static wxString Show(CJScript& script, const wxString& text)
+    {
+        wxString value;
+        return script.Evaluate(text, nullptr, value) ? value : wxString("(failed)");
+    }
+
+    NoHostObjectsLeft check;
+    LogCapture log;
+};
+
+// --- Copies ---------------------------------------------------------------------------------------------------------
+
+TEST_F(ScriptHandlesTest, ACopyIsAHandleOnTheSameContext)
+{
+    qxjsMinimal global;
+    CJScript script(nullptr);
+    ASSERT_TRUE(script.SetGlobal(global.GetJSLink(), ""));
+    EXPECT_FALSE(script.Evaluate("missing", nullptr));
+    CJScript copy(script);
+    EXPECT_EQ(copy.GetContext(), script.GetContext());
+    EXPECT_EQ(copy.GetGlobal(), global.GetJSLink());
+    ASSERT_EQ(copy.GetErrorCount(), 1);
+    EXPECT_EQ(copy.GetError(0)->msg, "ReferenceError: missing is not defined");
+    EXPECT_EQ(Show(script, "var x = 5; x"), "5");
+    EXPECT_EQ(Show(copy, "x + 1"), "6");
+}
+
+TEST_F(ScriptHandlesTest, DestroyingACopyFirstLeavesTheContextAsItWas)
+{
+    qxjsMinimal global;
+    CJScript script(nullptr);
+    ASSERT_TRUE(script.SetGlobal(global.GetJSLink(), "host"));
+    EXPECT_EQ(Show(script, "var x = 5; x"), "5");
+    {
+        CJScript copy(script);
+        EXPECT_EQ(Show(copy, "x"), "5");
+    }
+    EXPECT_TRUE(script.HasGlobal());
+    EXPECT_EQ(Show(script, "x + (host === this)"), "6");
+    EXPECT_EQ(CJScript::FromContext(script.GetContext()), &script);
+}
+
+TEST_F(ScriptHandlesTest, ACopyMayBeDestroyedLast)
+{
+    qxjsMinimal global;
+    std::unique_ptr<CJScript> copy;
+    {
+        CJScript script(nullptr);
+        ASSERT_TRUE(script.SetGlobal(global.GetJSLink(), ""));
+        copy = std::make_unique<CJScript>(script);
+    }
+    EXPECT_FALSE(global.GetJSLink()->IsCreated());
+    copy.reset();
+    CJScript next(nullptr);
+    ASSERT_TRUE(next.SetGlobal(global.GetJSLink(), ""));
+    EXPECT_EQ(Show(next, "1 + 1"), "2");
+}
+
+TEST_F(ScriptHandlesTest, AnAssignedHandleGivesUpItsOwnContext)
+{
+    qxjsMinimal globals[2];
+    CJScript script(nullptr);
+    ASSERT_TRUE(script.SetGlobal(globals[0].GetJSLink(), ""));
+    EXPECT_EQ(Show(script, "var x = 1; x"), "1");
+    {
+        CJScript assigned(nullptr);
+        ASSERT_TRUE(assigned.SetGlobal(globals[1].GetJSLink(), ""));
+        assigned = script;
+        EXPECT_EQ(assigned.GetContext(), script.GetContext());
+        EXPECT_EQ(Show(assigned, "x"), "1");
+        EXPECT_FALSE(globals[1].GetJSLink()->IsCreated());
+    }
+    EXPECT_EQ(Show(script, "x"), "1");
+}
+
+TEST_F(ScriptHandlesTest, AssigningAHandleToItselfChangesNothing)
+{
+    qxjsMinimal global;
+    CJScript script(nullptr);
+    ASSERT_TRUE(script.SetGlobal(global.GetJSLink(), ""));
+    EXPECT_EQ(Show(script, "var x = 1; x"), "1");
+    const CJScript& self = script;
+    script = self;
+    EXPECT_EQ(Show(script, "x"), "1");
+}
+
+// --- Adopted contexts -----------------------------------------------------------------------------------------------
+
+TEST_F(ScriptHandlesTest, AnAdoptedContextIsNotDestroyed)
+{
+    JSRuntime* runtime = JS_Init(16777216);
+    JSContext* context = JS_NewContext(runtime, 8192);
+    {
+        qxjsMinimal global;
+        CJScript script(context);
+        EXPECT_EQ(script.GetContext(), context);
+        EXPECT_EQ(CJScript::FromContext(context), &script);
+        ASSERT_TRUE(script.SetGlobal(global.GetJSLink(), ""));
+        EXPECT_EQ(Show(script, "1 + 1"), "2");
+        EXPECT_FALSE(script.Evaluate("missing", nullptr));
+        EXPECT_EQ(script.GetErrorCount(), 1);
+    }
+    EXPECT_EQ(CJScript::FromContext(context), nullptr);
+    EXPECT_EQ(JS_GetGlobalObject(context), nullptr);
+    JS_GC(context);
+    JS_DestroyContext(context);
+    JS_Finish(runtime);
+}
+
+TEST_F(ScriptHandlesTest, AnAdoptedContextHasTheNewHandleUntilThatEnds)
+{
+    qxjsMinimal global;
+    CJScript script(nullptr);
+    ASSERT_TRUE(script.SetGlobal(global.GetJSLink(), ""));
+    {
+        CJScript adopted(script.GetContext());
+        EXPECT_EQ(CJScript::FromContext(script.GetContext()), &adopted);
+        EXPECT_FALSE(adopted.HasGlobal());
+    }
+    EXPECT_EQ(CJScript::FromContext(script.GetContext()), &script);
+    EXPECT_FALSE(script.Evaluate("missing", nullptr));
+    EXPECT_EQ(script.GetErrorCount(), 1);
+}
+
+} // namespace

@@ -1,0 +1,171 @@
+#include "tests/script/script_fixture.h"
+
+#include <chrono>
+#include <string>
+
+namespace
+{
+
+constexpr size_t Megabyte = 1024 * 1024;
+const char* const GrowingText = "var kept = []; for (;;) kept.push(new Array(1000).fill(1));";
+
+class ScriptLimitsTest : public ScriptTest
+{
+protected:
+    static double SecondsOf(const std::function<void()>& work)
+    {
+        const auto start = std::chrono::steady_clock::now();
+        work();
+        return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    }
+
+    wxString report;
+};
+
+TEST_F(ScriptLimitsTest, AnEndlessLoopIsStoppedAndReported)
+{
+    script.SetTimeLimit(100);
+    const double seconds = SecondsOf([&] { EXPECT_FALSE(script.Execute("for (;;) ;", nullptr, &report)); });
+    EXPECT_GE(seconds, 0.09);
+    EXPECT_LT(seconds, 5);
+    EXPECT_TRUE(report.EndsWith("==> script time limit of 100 ms exceeded\n")) << report;
+    ASSERT_EQ(script.GetErrorCount(), 1);
+    EXPECT_EQ(script.GetError(0)->msg, "script time limit of 100 ms exceeded");
+    EXPECT_EQ(Reports(), Texts(2, "CJScript " + report));
+}
+
+TEST_F(ScriptLimitsTest, AScriptCannotCatchItsTimeLimit)
+{
+    script.SetTimeLimit(50);
+    EXPECT_FALSE(script.Evaluate(
+        "var seen = ''; try { for (;;) ; } catch (e) { seen = 'caught'; } finally { seen += 'finally'; }", nullptr));
+    EXPECT_EQ(Show("'seen ' + seen"), "seen ");
+}
+
+TEST_F(ScriptLimitsTest, TheContextIsUsableAfterATimeLimit)
+{
+    script.SetTimeLimit(50);
+    EXPECT_EQ(Show("var x = 1; x"), "1");
+    EXPECT_FALSE(script.Evaluate("x = 2; for (;;) ;", nullptr));
+    EXPECT_EQ(Show("x + 1"), "3");
+    EXPECT_EQ(script.GetErrorCount(), 0);
+}
+
+TEST_F(ScriptLimitsTest, TheTimeLimitStartsAnewWithEachText)
+{
+    script.SetTimeLimit(200);
+    for (int count = 0; count < 4; ++count)
+        EXPECT_TRUE(script.Evaluate("var until = Date.now() + 80; while (Date.now() < until) ;", nullptr));
+}
+
+TEST_F(ScriptLimitsTest, CallsAreStoppedToo)
+{
+    ASSERT_TRUE(script.Evaluate("function f() { for (;;) ; }", nullptr));
+    script.SetTimeLimit(50);
+    EXPECT_FALSE(script.Call("f", Global()));
+    EXPECT_EQ(Reports(), Texts{"CJScript ==> script time limit of 50 ms exceeded\n"});
+}
+
+TEST_F(ScriptLimitsTest, AnEndlessLoopInsideANativeStopsTheOuterScriptToo)
+{
+    bool innerSucceeded = true;
+    Define("inner", [&](JSContext*, uintN, jsval*, jsval*) {
+        innerSucceeded = script.Evaluate("for (;;) ;", nullptr);
+        return JS_TRUE;
+    });
+    script.SetTimeLimit(50);
+    const double seconds = SecondsOf([&] { EXPECT_FALSE(script.Evaluate("var x = 1; inner(); for (;;) ;", nullptr)); });
+    EXPECT_FALSE(innerSucceeded);
+    EXPECT_LT(seconds, 5);
+    EXPECT_EQ(Show("x"), "1");
+}
+
+TEST_F(ScriptLimitsTest, ATimeLimitOfZeroIsNone)
+{
+    script.SetTimeLimit(20);
+    script.SetTimeLimit(0);
+    EXPECT_TRUE(script.Evaluate("var until = Date.now() + 100; while (Date.now() < until) ;", nullptr));
+}
+
+TEST_F(ScriptLimitsTest, TheTimeLimitOfOneContextIsNotThatOfAnother)
+{
+    qxjsMinimal otherGlobal;
+    CJScript other(nullptr);
+    ASSERT_TRUE(other.SetGlobal(otherGlobal.GetJSLink(), ""));
+    other.SetTimeLimit(20);
+    EXPECT_TRUE(script.Evaluate("var until = Date.now() + 100; while (Date.now() < until) ;", nullptr));
+    EXPECT_FALSE(other.Evaluate("for (;;) ;", nullptr));
+}
+
+TEST_F(ScriptLimitsTest, AGrowingArrayIsStoppedAndReported)
+{
+    script.SetMemoryLimit(32 * Megabyte);
+    script.SetTimeLimit(20000);
+    EXPECT_FALSE(script.Execute(GrowingText, nullptr, &report));
+    const wxString message = wxString::Format("script memory limit of %lu bytes exceeded", 32 * Megabyte);
+    EXPECT_TRUE(report.EndsWith("==> " + message + "\n")) << report;
+    ASSERT_EQ(script.GetErrorCount(), 1);
+    EXPECT_EQ(script.GetError(0)->msg, message);
+}
+
+TEST_F(ScriptLimitsTest, AScriptCannotCatchItsMemoryLimit)
+{
+    script.SetMemoryLimit(32 * Megabyte);
+    script.SetTimeLimit(20000);
+    EXPECT_FALSE(script.Evaluate(wxString("var seen = ''; try { ") + GrowingText + " } catch (e) { seen = 'caught'; }",
+                                 nullptr));
+    EXPECT_EQ(Show("kept = null; 'seen ' + seen"), "seen ");
+}
+
+TEST_F(ScriptLimitsTest, TheContextIsUsableAfterAMemoryLimit)
+{
+    script.SetMemoryLimit(32 * Megabyte);
+    script.SetTimeLimit(20000);
+    EXPECT_FALSE(script.Evaluate(GrowingText, nullptr));
+    EXPECT_EQ(Show("typeof kept"), "object");
+    EXPECT_EQ(Show("kept = null; 1 + 1"), "2");
+    EXPECT_EQ(script.GetErrorCount(), 0);
+}
+
+// --- Recursion ------------------------------------------------------------------------------------------------------
+
+TEST_F(ScriptLimitsTest, DeepRecursionIsAnError)
+{
+    EXPECT_FALSE(script.Execute("function f() {\n  return f() + 1;\n}\nf();", nullptr, &report));
+    EXPECT_TRUE(report.EndsWith("==> InternalError: too much recursion\n")) << report;
+    EXPECT_EQ(Show("1 + 1"), "2");
+}
+
+TEST_F(ScriptLimitsTest, DeepRecursionCanBeCaught)
+{
+    EXPECT_EQ(Show("function f() { return f() + 1; } try { f(); } catch (e) { e.message }"), "too much recursion");
+    EXPECT_TRUE(log.Records().empty());
+}
+
+TEST_F(ScriptLimitsTest, DeepNestingOfATextIsAnError)
+{
+    const wxString text = wxString('(', 200000) + "1" + wxString(')', 200000);
+    EXPECT_FALSE(script.Evaluate(text, nullptr));
+    ASSERT_EQ(script.GetErrorCount(), 1);
+    EXPECT_TRUE(script.GetError(0)->msg.Contains("too much recursion")) << script.GetError(0)->msg;
+    EXPECT_EQ(Show("1 + 1"), "2");
+}
+
+TEST_F(ScriptLimitsTest, EvaluationsThatNestWithoutEndAreAnError)
+{
+    int depth = 0;
+    int failures = 0;
+    Define("again", [&](JSContext*, uintN, jsval*, jsval*) {
+        ++depth;
+        if (!script.Evaluate("again()", nullptr))
+            ++failures;
+        return JS_TRUE;
+    });
+    EXPECT_EQ(Show("again(); 'went on'"), "went on");
+    EXPECT_GT(depth, 10);
+    EXPECT_EQ(failures, 1);
+    ASSERT_EQ(Reports().size(), 1u);
+    EXPECT_TRUE(Reports().front().EndsWith("==> too much recursion\n")) << Reports().front();
+}
+
+} // namespace

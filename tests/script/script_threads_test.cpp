@@ -1,0 +1,152 @@
+#include "tests/script/script_fixture.h"
+
+#include <atomic>
+#include <string>
+#include <thread>
+
+namespace
+{
+
+constexpr int Evaluations = 10000;
+const char* const RefusalEnd = " called from another thread than the context's; refused";
+
+using ScriptThreadsTest = ScriptTest;
+
+/// Logs what other threads have logged meanwhile.
+void FlushLog()
+{
+    wxLog::FlushActive();
+}
+
+/// How many of many evaluations give what they must, in a context made here.
+int CountRightAnswers()
+{
+    qxjsMinimal global;
+    CJScript script(nullptr);
+    if (!script.SetGlobal(global.GetJSLink(), "host"))
+        return -1;
+    int right = 0;
+    for (int index = 0; index < Evaluations; ++index) {
+        wxString out;
+        if (script.Evaluate("host.n = (host.n || 0) + 1; 'n' + n", nullptr, out) &&
+            out == "n" + std::to_string(index + 1))
+            ++right;
+    }
+    return right;
+}
+
+TEST_F(ScriptThreadsTest, TwoThreadsEvaluateAtOnceInContextsOfTheirOwn)
+{
+    int right[2] = {0, 0};
+    std::thread first([&] { right[0] = CountRightAnswers(); });
+    std::thread second([&] { right[1] = CountRightAnswers(); });
+    first.join();
+    second.join();
+    EXPECT_EQ(right[0], Evaluations);
+    EXPECT_EQ(right[1], Evaluations);
+}
+
+TEST_F(ScriptThreadsTest, AThreadReportsErrorsOfItsOwn)
+{
+    wxString report;
+    int errors = 0;
+    std::thread([&] {
+        qxjsMinimal otherGlobal;
+        CJScript other(nullptr);
+        other.SetGlobal(otherGlobal.GetJSLink(), "");
+        other.Execute("missing;", nullptr, &report);
+        errors = other.GetErrorCount();
+    }).join();
+    FlushLog();
+    EXPECT_EQ(report, "missing;\n==> ReferenceError: missing is not defined\n");
+    EXPECT_EQ(errors, 1);
+    EXPECT_EQ(Reports(), Texts(2, "CJScript missing;\n==> ReferenceError: missing is not defined\n"));
+    EXPECT_EQ(script.GetErrorCount(), 0);
+}
+
+struct ForeignCall
+{
+    const char* name;
+    bool (*call)(CJScript& script, CJScriptLink* global);
+};
+
+class ScriptForeignThreadTest : public ScriptTest, public ::testing::WithParamInterface<ForeignCall>
+{};
+
+TEST_P(ScriptForeignThreadTest, IsRefusedWithALoggedError)
+{
+    ASSERT_TRUE(script.Evaluate("var calls = 0; function f() { ++calls; }", nullptr));
+    std::atomic<bool> result{true};
+    std::thread([&] { result = GetParam().call(script, Global()); }).join();
+    FlushLog();
+    EXPECT_FALSE(result);
+    ASSERT_FALSE(log.Errors().empty());
+    EXPECT_TRUE(log.Errors().front().EndsWith(RefusalEnd)) << log.Errors().front();
+    EXPECT_EQ(Show("calls"), "0");
+    EXPECT_TRUE(script.HasGlobal());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Of, ScriptForeignThreadTest,
+    ::testing::Values(
+        ForeignCall{"Evaluate", [](CJScript& script, CJScriptLink*) { return script.Evaluate("f()", nullptr); }},
+        ForeignCall{"EvaluateToAnInteger",
+                    [](CJScript& script, CJScriptLink*) {
+                        int out = 0;
+                        const bool succeeded = script.Evaluate("f()", nullptr, out);
+                        return succeeded || out != -1;
+                    }},
+        ForeignCall{"Execute", [](CJScript& script, CJScriptLink*) { return script.Execute("f()", nullptr, nullptr); }},
+        ForeignCall{"Call", [](CJScript& script, CJScriptLink* global) { return script.Call("f", global); }},
+        ForeignCall{"CallWithAText",
+                    [](CJScript& script, CJScriptLink* global) { return script.Call("f", global, wxString("x")); }},
+        ForeignCall{"HasFunction",
+                    [](CJScript& script, CJScriptLink* global) { return script.HasFunction("f", global); }},
+        ForeignCall{"CreateChildDynamic",
+                    [](CJScript& script, CJScriptLink*) {
+                        qxjsMinimal child;
+                        return script.CreateChildDynamic(child.GetJSLink());
+                    }},
+        ForeignCall{"CreateChild",
+                    [](CJScript& script, CJScriptLink* global) {
+                        qxjsMinimal child;
+                        return script.CreateChild(child.GetJSLink(), global, "child", false, false);
+                    }},
+        ForeignCall{"JSValToString",
+                    [](CJScript& script, CJScriptLink*) {
+                        jsval value = INT_TO_JSVAL(5);
+                        return !script.JSValToString(value).empty();
+                    }}),
+    NameOfRow<ForeignCall>);
+
+TEST_F(ScriptThreadsTest, TheEngineLockKeepsOtherThreadsOut)
+{
+    std::atomic<bool> entered{true};
+    Define("other", [&](JSContext*, uintN, jsval*, jsval*) {
+        std::thread([&] {
+            entered = CJScript::EngineLock().TryEnter();
+            if (entered)
+                CJScript::EngineLock().Leave();
+        }).join();
+        return JS_TRUE;
+    });
+    EXPECT_TRUE(script.Evaluate("other()", nullptr));
+    EXPECT_FALSE(entered);
+}
+
+TEST_F(ScriptThreadsTest, TheEngineLockIsFreeAfterEachOperation)
+{
+    EXPECT_FALSE(script.Execute("missing", nullptr, nullptr));
+    EXPECT_TRUE(script.Evaluate("function f() { missing; }", nullptr));
+    EXPECT_FALSE(script.Call("f", Global()));
+    script.ClearScope(Global());
+    bool entered = false;
+    std::thread([&] {
+        entered = CJScript::EngineLock().TryEnter();
+        if (entered)
+            CJScript::EngineLock().Leave();
+    }).join();
+    EXPECT_TRUE(entered);
+}
+
+} // namespace
