@@ -156,7 +156,7 @@ bool CJScript::CallWithRet(JSFunction* fn, CJScriptLink* link, jsval* ret, int a
     CleanError();
     if (!fn)
         return false;
-    return CallReported(fn, wxString(JS_GetFunctionName(fn), wxConvLibc), link, ret, argc, argv);
+    return CallReported(fn, wxString::FromUTF8(JS_GetFunctionName(fn)), link, ret, argc, argv);
 }
 
 bool CJScript::CallNamed(const wxString& name, CJScriptLink* link, jsval* ret, int argc, jsval* argv)

@@ -270,6 +270,14 @@ TEST_F(ScriptCallTest, ASilentFailureIsReportedByTheNameCalled)
     EXPECT_EQ(Reports(), Texts{"CJScript f\n"});
 }
 
+TEST_F(ScriptCallTest, ASilentFailureOfAFunctionItselfIsReportedByItsName)
+{
+    Define("stop", [](JSContext*, uintN, jsval*, jsval*) { return JS_FALSE; });
+    EXPECT_FALSE(script.CallWithRet(Function(L"(function na\u00efve() { stop(); })"), Global(), nullptr, 0, nullptr));
+    EXPECT_FALSE(script.CallWithRet(Function("(function() { stop(); })"), Global(), nullptr, 0, nullptr));
+    EXPECT_EQ(Reports(), (Texts{L"CJScript na\u00efve\n", "CJScript anonymous\n"}));
+}
+
 TEST_F(ScriptCallTest, TheNextCallForgetsTheErrorsOfTheLast)
 {
     Run("function f() { missing; } function g() {}");
