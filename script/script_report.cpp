@@ -15,6 +15,8 @@ constexpr const wchar_t* TypeNames[] = {L"Error",       L"Internal Error",  L"Ev
 /// Line `index`, counted from 0, of a text, without its line end; empty when the text has fewer lines.
 wxString LineOf(const wxString& text, int index)
 {
+    if (index < 0)
+        return wxString();
     size_t start = 0;
     for (; index > 0; --index) {
         const size_t lineEnd = text.find_first_of(L"\r\n", start);

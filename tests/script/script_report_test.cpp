@@ -168,7 +168,8 @@ TEST_F(ScriptReportTest, ALineThatIsNotThereIsNotShown)
 {
     Record("one past", 2);
     Record("far past", 1000000);
-    EXPECT_EQ(Format("abc\ndef"), "==> one past\n==> far past\n");
+    Record("as far as it goes", UINT_MAX);
+    EXPECT_EQ(Format("abc\ndef"), "==> one past\n==> far past\n==> as far as it goes\n");
 }
 
 TEST_F(ScriptReportTest, TheLastLineNeedsNoLineEnd)
