@@ -149,10 +149,10 @@ bool jsval_to_pwxObject(JSContext* cx, jsval v, wxObject*& out)
     jsval_to_pCJScriptLinkRoot(cx, v, native);
     if (!native)
         return true;
-    const auto* const carrier = wxDynamicCast(native, qxjsPointer);
-    if (!carrier)
+    // Not wxDynamicCast, which casts before it asks.
+    if (!native->IsKindOf(wxCLASSINFO(qxjsPointer)))
         return false;
-    out = static_cast<wxObject*>(carrier->GetValue());
+    out = static_cast<wxObject*>(static_cast<qxjsPointer*>(native)->GetValue());
     return true;
 }
 

@@ -197,6 +197,15 @@ TEST_F(PointerConversionTest, AnObjectWithoutNativeOneIsTheNullPointerAndLogged)
     }
 }
 
+TEST_F(PointerConversionTest, AnObjectOfAnotherClassIsNoPointer)
+{
+    for (const jsval value : {Value("this"), size_t_to_jsval(Context(), 5)}) {
+        wxObject* out = &global;
+        EXPECT_FALSE(jsval_to_pwxObject(Context(), value, out));
+        EXPECT_EQ(out, nullptr);
+    }
+}
+
 TEST_F(PointerConversionTest, AValueThatIsNoPointerGivesTheNullObject)
 {
     jsval value = INT_TO_JSVAL(5);
