@@ -127,8 +127,11 @@ bool CJScript::Call(const wxString& name, CJScriptLink* link, wxString arg)
 {
     if (!m_context)
         return false;
-    const wxThreadCriticalSectionLocker lock(m_ThreadCriticalSection);
-    jsval value = wxString_to_jsval(m_context, arg);
+    jsval value = JSVAL_VOID;
+    {
+        const wxThreadCriticalSectionLocker lock(m_ThreadCriticalSection);
+        value = wxString_to_jsval(m_context, arg);
+    }
     return CallNamed(name, link, nullptr, 1, &value);
 }
 
@@ -162,7 +165,6 @@ bool CJScript::CallWithRet(JSFunction* fn, CJScriptLink* link, jsval* ret, int a
 bool CJScript::CallNamed(const wxString& name, CJScriptLink* link, jsval* ret, int argc, jsval* argv)
 {
     CleanError();
-    const wxThreadCriticalSectionLocker lock(m_ThreadCriticalSection);
     JSFunction* const fn = LookUpFunction(name, link);
     return fn && CallReported(fn, name, link, ret, argc, argv);
 }

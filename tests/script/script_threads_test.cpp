@@ -149,4 +149,41 @@ TEST_F(ScriptThreadsTest, TheEngineLockIsFreeAfterEachOperation)
     EXPECT_TRUE(entered);
 }
 
+/// A log target that finds out whether other threads may use the engine while something is logged.
+class LockProbe : public wxLog
+{
+public:
+    LockProbe() : m_previous(SetActiveTarget(this)) {}
+    ~LockProbe() override { SetActiveTarget(m_previous); }
+
+    int records = 0;
+    int recordsUnderLock = 0;
+
+protected:
+    void DoLogRecord(wxLogLevel, const wxString&, const wxLogRecordInfo&) override
+    {
+        ++records;
+        std::thread([this] {
+            if (CJScript::EngineLock().TryEnter())
+                CJScript::EngineLock().Leave();
+            else
+                ++recordsUnderLock;
+        }).join();
+    }
+
+private:
+    wxLog* m_previous;
+};
+
+TEST_F(ScriptThreadsTest, ReportsAreLoggedOutsideTheEngineLock)
+{
+    ASSERT_TRUE(script.Evaluate("function f() { missing; }", nullptr));
+    LockProbe probe;
+    EXPECT_FALSE(script.Execute("missing", nullptr, nullptr));
+    EXPECT_FALSE(script.Call("f", Global()));
+    EXPECT_FALSE(script.CreateChild(Global(), nullptr, "child", false, false));
+    EXPECT_EQ(probe.records, 4);
+    EXPECT_EQ(probe.recordsUnderLock, 0);
+}
+
 } // namespace
