@@ -16,9 +16,11 @@ CJScriptLink::~CJScriptLink()
         script->RemoveGlobal();
         return;
     }
-    if (m_parent && m_parent->GetJSObject()) {
+    // The parent's native object may be gone, its script object is not.
+    JSObject* const parent = m_isChild ? JS_GetParent(m_context, m_jsObject) : nullptr;
+    if (parent) {
         jsval removed = JSVAL_VOID;
-        JS_DeleteWideProperty2(m_context, m_parent->GetJSObject(), m_name.wx_str(), m_name.length(), &removed);
+        JS_DeleteWideProperty2(m_context, parent, m_name.wx_str(), m_name.length(), &removed);
     }
     ForgetJSObject();
 }
@@ -49,7 +51,7 @@ bool CJScriptLink::CreateGlobalObject(JSContext* cx, wxString name)
         return false;
     m_context = cx;
     m_name = name;
-    m_parent = nullptr;
+    m_isChild = false;
     m_dynamic = false;
     return true;
 }
@@ -70,7 +72,7 @@ bool CJScriptLink::CreateObject(JSContext* cx, CJScriptLink* parent, wxString na
         return false;
     m_context = cx;
     m_name = name;
-    m_parent = parent;
+    m_isChild = true;
     m_dynamic = dynamic;
     return true;
 }
@@ -84,7 +86,7 @@ bool CJScriptLink::CreateObjectDynamic(JSContext* cx)
     if (!m_jsObject)
         return false;
     m_context = cx;
-    m_parent = nullptr;
+    m_isChild = false;
     m_dynamic = true;
     return true;
 }

@@ -65,7 +65,7 @@ private:
     wxObject* m_owner = nullptr;
     JSObject* m_jsObject = nullptr;
     wxString m_name;
-    CJScriptLink* m_parent = nullptr;
+    bool m_isChild = false; // a property of another link's object
     CJScriptLinkClass* m_jsClass = nullptr;
     bool m_dynamic = false;
     bool m_scopeDelete = false;

@@ -97,6 +97,21 @@ TEST_F(ScriptLifetimeTest, TheParentEndsBeforeItsChild)
     EXPECT_EQ(JS_CountHostObjects(), 1u);
 }
 
+TEST_F(ScriptLifetimeTest, TheParentEndsBeforeAChildThatScriptHolds)
+{
+    qxjsMinimal global;
+    CJScript script(nullptr);
+    ASSERT_TRUE(script.SetGlobal(global.GetJSLink(), ""));
+    auto parent = std::make_unique<qxjsMinimal>();
+    auto child = std::make_unique<qxjsMinimal>();
+    ASSERT_TRUE(script.CreateChild(parent->GetJSLink(), global.GetJSLink(), "parent", false, false));
+    ASSERT_TRUE(script.CreateChild(child->GetJSLink(), parent->GetJSLink(), "child", false, false));
+    EXPECT_EQ(Show(script, "var above = parent, held = parent.child; typeof above.child"), "object");
+    parent.reset();
+    child.reset();
+    EXPECT_EQ(Show(script, "typeof above.child + typeof held"), "undefinedobject");
+}
+
 TEST_F(ScriptLifetimeTest, DynamicObjectsEndWithTheirContext)
 {
     std::vector<std::string> deaths;
