@@ -6,9 +6,11 @@
 
 #include <wx/log.h>
 
+#include <algorithm>
+#include <vector>
+
 wxIMPLEMENT_CLASS(CJScript, wxObject);
 
-int CJScript::ms_instances = 0;
 wxThreadCriticalSection CJScript::m_ThreadCriticalSection;
 wxCriticalSection CJScript::m_CriticalSection;
 
@@ -19,12 +21,19 @@ constexpr std::uint32_t BytesBeforeCollection = 16777216;
 constexpr std::size_t StackChunkBytes = 8192;
 constexpr wxLogLevel NoticeLevel = 102;
 
+/// Every object there is, copies too. Guarded by the engine lock; never destroyed, since static objects may outlive it.
+std::vector<CJScript*>& Handles()
+{
+    static auto& handles = *new std::vector<CJScript*>;
+    return handles;
+}
+
 } // namespace
 
 CJScript::CJScript(JSContext* cx) : m_context(cx), m_ownsContext(cx == nullptr)
 {
     const wxThreadCriticalSectionLocker lock(m_ThreadCriticalSection);
-    ++ms_instances;
+    Handles().push_back(this);
     if (m_ownsContext) {
         m_runtime = JS_Init(BytesBeforeCollection);
         m_context = JS_NewContext(m_runtime, StackChunkBytes);
@@ -35,28 +44,30 @@ CJScript::CJScript(JSContext* cx) : m_context(cx), m_ownsContext(cx == nullptr)
 
 CJScript::CJScript(const CJScript& other)
     : wxObject(other), m_context(other.m_context), m_global(other.m_global), m_hideError(other.m_hideError),
-      m_errors(other.m_errors), m_callStack(other.m_callStack), m_ownsContext(false), m_isCopy(true)
+      m_errors(other.m_errors), m_callStack(other.m_callStack), m_ownsContext(false)
 {
     const wxThreadCriticalSectionLocker lock(m_ThreadCriticalSection);
-    ++ms_instances;
+    Handles().push_back(this);
 }
 
 CJScript& CJScript::operator=(const CJScript& other)
 {
     if (this == &other)
         return *this;
-    CleanAll();
-    if (m_runtime)
-        JS_Finish(m_runtime);
     wxObject::operator=(other);
-    m_context = other.m_context;
-    m_global = other.m_global;
+    if (m_context != other.m_context) {
+        CleanAll();
+        if (m_runtime)
+            JS_Finish(m_runtime);
+        m_runtime = nullptr;
+        m_ownsContext = false;
+        m_context = other.m_context;
+    }
+    if (!m_ownsGlobal)
+        m_global = other.m_global;
     m_hideError = other.m_hideError;
     m_errors = other.m_errors;
     m_callStack = other.m_callStack;
-    m_ownsContext = false;
-    m_runtime = nullptr;
-    m_isCopy = true;
     return *this;
 }
 
@@ -66,7 +77,8 @@ CJScript::~CJScript()
     if (m_runtime)
         JS_Finish(m_runtime);
     const wxThreadCriticalSectionLocker lock(m_ThreadCriticalSection);
-    if (--ms_instances == 0)
+    Handles().erase(std::find(Handles().begin(), Handles().end(), this));
+    if (Handles().empty())
         JS_ShutDown();
 }
 
@@ -83,7 +95,11 @@ void CJScript::Attach()
 
 void CJScript::Detach()
 {
-    // An adopted context lives on and may have been another handle's before.
+    // An adopted context lives on and may have been another handle's before, or have become one's since.
+    for (CJScript* handle : Handles()) {
+        if (handle->m_context == m_context && handle->m_previousPrivate == this)
+            handle->m_previousPrivate = m_previousPrivate;
+    }
     if (JS_GetContextPrivate(m_context) == this)
         JS_SetContextPrivate(m_context, m_previousPrivate);
 }
@@ -96,26 +112,34 @@ CJScript* CJScript::FromContext(JSContext* cx)
 bool CJScript::CleanAll()
 {
     CleanError();
-    if (!m_context || m_isCopy) {
-        m_context = nullptr;
-        m_global = nullptr;
+    if (!m_context)
         return true;
-    }
     const wxThreadCriticalSectionLocker lock(m_ThreadCriticalSection);
     if (m_script) {
         JS_DestroyScript(m_context, m_script);
         m_script = nullptr;
     }
-    if (m_global && m_global->GetJSObject() && m_global->GetContext())
-        JS_ClearScope(m_global->GetContext(), m_global->GetJSObject());
-    RemoveGlobal();
-    Detach();
-    if (m_ownsContext) {
-        JS_ClearNewbornRoots(m_context);
-        JS_DestroyContext(m_context);
-        CJScriptLinkClass::DestroyContext(m_context);
+    if (m_ownsGlobal) {
+        if (m_global->GetJSObject())
+            JS_ClearScope(m_context, m_global->GetJSObject());
+        RemoveGlobal();
     }
+    m_global = nullptr;
+    Detach();
+    JSContext* const context = m_context;
     m_context = nullptr;
+    if (!m_ownsContext)
+        return true;
+    for (CJScript* handle : Handles()) {
+        if (handle->m_context != context)
+            continue;
+        handle->m_context = nullptr;
+        handle->m_global = nullptr;
+        handle->m_ownsGlobal = false;
+    }
+    JS_ClearNewbornRoots(context);
+    JS_DestroyContext(context);
+    CJScriptLinkClass::DestroyContext(context);
     return true;
 }
 
@@ -124,6 +148,7 @@ bool CJScript::SetGlobal(CJScriptLink* link, const wxString& name)
     if (m_global || !link || !m_context || !link->CreateGlobalObject(m_context, name))
         return false;
     m_global = link;
+    m_ownsGlobal = true;
     const wxThreadCriticalSectionLocker lock(m_ThreadCriticalSection);
     if (link->GetName().empty()) {
         JS_AddRoot(m_context, link->GetJSObjectAddress());
@@ -144,18 +169,37 @@ void CJScript::BindName(CJScriptLink* link, const wxString& name)
 
 void CJScript::RemoveGlobal()
 {
-    if (!m_context || m_isCopy)
+    if (!m_context)
         return;
     const wxThreadCriticalSectionLocker lock(m_ThreadCriticalSection);
-    JS_SetGlobalObject(m_context, nullptr);
-    if (m_global && m_global->GetJSObject()) {
-        JS_RemoveRoot(m_context, m_global->GetJSObjectAddress());
-        JS_GC(m_context);
-        // Something else may still hold the object; it is nobody's global any more.
-        m_global->ForgetJSObject();
-        CJScriptLinkClass::DestroyContextProto(m_context);
+    CJScriptLink* const removed = m_global;
+    for (CJScript* handle : Handles()) {
+        if (handle->m_context != m_context || !handle->m_global)
+            continue;
+        if (!removed)
+            return; // the global is another handle's
+        if (handle->m_global == removed) {
+            handle->m_global = nullptr;
+            handle->m_ownsGlobal = false;
+        }
     }
-    m_global = nullptr;
+    JS_SetGlobalObject(m_context, nullptr);
+    if (!removed || !removed->GetJSObject())
+        return;
+    JS_RemoveRoot(m_context, removed->GetJSObjectAddress());
+    JS_GC(m_context);
+    // Something else may still hold the object; it is nobody's global any more.
+    removed->ForgetJSObject();
+    CJScriptLinkClass::DestroyContextProto(m_context);
+}
+
+void CJScript::ForgetGlobal(const CJScriptLink* link)
+{
+    const wxThreadCriticalSectionLocker lock(m_ThreadCriticalSection);
+    for (CJScript* handle : Handles()) {
+        if (handle->m_global == link)
+            handle->RemoveGlobal();
+    }
 }
 
 void CJScript::ClearScope(CJScriptLink* link)

@@ -41,7 +41,7 @@ public:
     explicit CJScript(JSContext* cx);
     ~CJScript() override;
 
-    /// Copies share the context and own nothing.
+    /// Copies share the context and own nothing. They are inert once the context has ended.
     CJScript(const CJScript& other);
     CJScript& operator=(const CJScript& other);
 
@@ -146,6 +146,9 @@ public:
     /// The handle on an engine context, null when it has none.
     static CJScript* FromContext(JSContext* cx);
 
+    /// Has every handle give up `link` as its global. For links that end.
+    static void ForgetGlobal(const CJScriptLink* link);
+
 private:
     class ScopeLevel;
 
@@ -170,10 +173,9 @@ private:
     bool m_ownsContext;
     JSRuntime* m_runtime = nullptr;
     int m_scopeLevel = 0;
-    bool m_isCopy = false;
+    bool m_ownsGlobal = false;
     void* m_previousPrivate = nullptr;
 
-    static int ms_instances;
     static wxThreadCriticalSection m_ThreadCriticalSection;
     static wxCriticalSection m_CriticalSection;
 

@@ -11,17 +11,16 @@ CJScriptLink::~CJScriptLink()
     if (!m_jsObject)
         return;
     const wxThreadCriticalSectionLocker lock(CJScript::EngineLock());
-    CJScript* const script = GetScript();
-    if (script && script->GetGlobal() == this) {
-        script->RemoveGlobal();
+    CJScript::ForgetGlobal(this);
+    if (!m_jsObject)
         return;
-    }
     // The parent's native object may be gone, its script object is not.
     JSObject* const parent = m_isChild ? JS_GetParent(m_context, m_jsObject) : nullptr;
     if (parent) {
         jsval removed = JSVAL_VOID;
         JS_DeleteWideProperty2(m_context, parent, m_name.wx_str(), m_name.length(), &removed);
     }
+    JS_RemoveRoot(m_context, &m_jsObject);
     ForgetJSObject();
 }
 

@@ -67,6 +67,58 @@ TEST_F(ScriptHandlesTest, ACopyMayBeDestroyedLast)
     EXPECT_EQ(Show(next, "1 + 1"), "2");
 }
 
+TEST_F(ScriptHandlesTest, ACopyIsInertAfterTheEndOfTheContext)
+{
+    qxjsMinimal global;
+    auto script = std::make_unique<CJScript>(nullptr);
+    ASSERT_TRUE(script->SetGlobal(global.GetJSLink(), ""));
+    CJScript copy(*script);
+    script.reset();
+    EXPECT_EQ(copy.GetContext(), nullptr);
+    EXPECT_FALSE(copy.HasGlobal());
+    EXPECT_FALSE(copy.Evaluate("1", nullptr));
+}
+
+TEST_F(ScriptHandlesTest, ACopyHasNoGlobalAfterTheEndOfThat)
+{
+    auto global = std::make_unique<qxjsMinimal>();
+    CJScript script(nullptr);
+    ASSERT_TRUE(script.SetGlobal(global->GetJSLink(), ""));
+    CJScript copy(script);
+    global.reset();
+    EXPECT_FALSE(script.HasGlobal());
+    EXPECT_FALSE(copy.HasGlobal());
+    EXPECT_FALSE(copy.Evaluate("1", nullptr));
+}
+
+TEST_F(ScriptHandlesTest, TheGlobalObjectOfACopyMayEndAfterTheCopy)
+{
+    CJScript script(nullptr);
+    {
+        qxjsMinimal global;
+        {
+            CJScript copy(script);
+            ASSERT_TRUE(copy.SetGlobal(global.GetJSLink(), "host"));
+            EXPECT_EQ(Show(copy, "host === this"), "true");
+        }
+        JS_GC(script.GetContext());
+    }
+    JS_GC(script.GetContext());
+    EXPECT_EQ(JS_CountHostObjects(), 0u);
+}
+
+TEST_F(ScriptHandlesTest, AssigningACopyBackKeepsTheContext)
+{
+    qxjsMinimal global;
+    CJScript script(nullptr);
+    ASSERT_TRUE(script.SetGlobal(global.GetJSLink(), ""));
+    EXPECT_EQ(Show(script, "var x = 1; x"), "1");
+    const CJScript copy(script);
+    script = copy;
+    EXPECT_EQ(script.GetContext(), copy.GetContext());
+    EXPECT_EQ(Show(script, "x"), "1");
+}
+
 TEST_F(ScriptHandlesTest, AnAssignedHandleGivesUpItsOwnContext)
 {
     qxjsMinimal globals[2];
@@ -131,6 +183,45 @@ TEST_F(ScriptHandlesTest, AnAdoptedContextHasTheNewHandleUntilThatEnds)
     EXPECT_EQ(CJScript::FromContext(script.GetContext()), &script);
     EXPECT_FALSE(script.Evaluate("missing", nullptr));
     EXPECT_EQ(script.GetErrorCount(), 1);
+}
+
+TEST_F(ScriptHandlesTest, AnAdoptingHandleLeavesTheGlobalOfTheOtherAlone)
+{
+    qxjsMinimal global;
+    CJScript script(nullptr);
+    ASSERT_TRUE(script.SetGlobal(global.GetJSLink(), "host"));
+    EXPECT_EQ(Show(script, "var x = 1; x"), "1");
+    {
+        CJScript adopted(script.GetContext());
+        adopted.CleanAll();
+    }
+    EXPECT_TRUE(script.HasGlobal());
+    EXPECT_EQ(Show(script, "x + (host === this)"), "2");
+}
+
+TEST_F(ScriptHandlesTest, TheGlobalObjectEndsWhileItsContextHasAnotherHandle)
+{
+    auto global = std::make_unique<qxjsMinimal>();
+    CJScript script(nullptr);
+    ASSERT_TRUE(script.SetGlobal(global->GetJSLink(), ""));
+    CJScript adopted(script.GetContext());
+    global.reset();
+    EXPECT_FALSE(script.HasGlobal());
+    EXPECT_FALSE(script.Execute("1", nullptr, nullptr));
+    EXPECT_EQ(JS_CountHostObjects(), 0u);
+}
+
+TEST_F(ScriptHandlesTest, HandlesOfOneContextMayEndInAnyOrder)
+{
+    auto owner = std::make_unique<CJScript>(nullptr);
+    JSContext* context = owner->GetContext();
+    auto second = std::make_unique<CJScript>(context);
+    auto third = std::make_unique<CJScript>(context);
+    EXPECT_EQ(CJScript::FromContext(context), third.get());
+    second.reset();
+    EXPECT_EQ(CJScript::FromContext(context), third.get());
+    third.reset();
+    EXPECT_EQ(CJScript::FromContext(context), owner.get());
 }
 
 } // namespace
