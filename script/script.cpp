@@ -140,6 +140,7 @@ bool CJScript::CleanAll()
     JS_ClearNewbornRoots(context);
     JS_DestroyContext(context);
     CJScriptLinkClass::DestroyContext(context);
+    CJScriptLinkClass::GCScopeList();
     return true;
 }
 
@@ -200,6 +201,13 @@ void CJScript::ForgetGlobal(const CJScriptLink* link)
         if (handle->m_global == link)
             handle->RemoveGlobal();
     }
+}
+
+bool CJScript::IsRunning(JSContext* cx)
+{
+    const wxThreadCriticalSectionLocker lock(m_ThreadCriticalSection);
+    return std::any_of(Handles().begin(), Handles().end(),
+                       [&](const CJScript* handle) { return handle->m_context == cx && handle->m_scopeLevel > 0; });
 }
 
 void CJScript::ClearScope(CJScriptLink* link)

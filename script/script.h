@@ -146,6 +146,9 @@ public:
     /// The handle on an engine context, null when it has none.
     static CJScript* FromContext(JSContext* cx);
 
+    /// Whether an evaluation or call is in progress on the context, through whichever handle.
+    static bool IsRunning(JSContext* cx);
+
     /// Has every handle give up `link` as its global. For links that end.
     static void ForgetGlobal(const CJScriptLink* link);
 

@@ -4,34 +4,49 @@
 #include "script/script_link.h"
 
 #include <algorithm>
+#include <thread>
 
 namespace
 {
 
+// The lists are never destroyed: static objects that end after this file's still leave them.
+
 /// The descriptors that have made objects in some context. Guarded by the engine lock.
 std::vector<CJScriptLinkClass*>& DeclaredClasses()
 {
-    static std::vector<CJScriptLinkClass*> classes;
+    static auto& classes = *new std::vector<CJScriptLinkClass*>;
     return classes;
 }
 
-/// Links waiting for their objects' deletion. Guarded by the engine lock.
-std::vector<CJScriptLink*>& ScopeList()
+/// A link waiting for its object's deletion, which is up to the thread that queued it.
+struct Queued
 {
-    static std::vector<CJScriptLink*> links;
-    return links;
+    CJScriptLink* link;
+    std::thread::id thread;
+};
+
+/// Whether the object can go: no script that may use it runs, and none can reach it.
+bool IsDue(const Queued& queued)
+{
+    const CJScriptLink& link = *queued.link;
+    return queued.thread == std::this_thread::get_id() &&
+           (!link.GetJSObject() || (!CJScript::IsRunning(link.GetContext()) &&
+                                    JS_IsAboutToBeFinalized(link.GetContext(), link.GetJSObject())));
 }
 
-template <typename Item> void Remove(std::vector<Item>& items, const Item& item)
+/// Guarded by the engine lock.
+std::vector<Queued>& ScopeList()
 {
-    items.erase(std::remove(items.begin(), items.end(), item), items.end());
+    static auto& links = *new std::vector<Queued>;
+    return links;
 }
 
 } // namespace
 
 CJScriptLinkClass::~CJScriptLinkClass()
 {
-    Remove(DeclaredClasses(), this);
+    auto& declared = DeclaredClasses();
+    declared.erase(std::remove(declared.begin(), declared.end(), this), declared.end());
 }
 
 const JSClass* CJScriptLinkClass::EngineClass(JSContext* cx)
@@ -107,27 +122,30 @@ void CJScriptLinkClass::DestroyContextProto(JSContext* cx)
 void CJScriptLinkClass::AddToScopeList(CJScriptLink* link)
 {
     const wxThreadCriticalSectionLocker lock(CJScript::EngineLock());
-    ScopeList().push_back(link);
+    if (link->m_scopeDelete)
+        return;
+    link->m_scopeDelete = true;
+    ScopeList().push_back({link, std::this_thread::get_id()});
 }
 
 void CJScriptLinkClass::RemoveFromScopeList(CJScriptLink* link)
 {
     const wxThreadCriticalSectionLocker lock(CJScript::EngineLock());
-    Remove(ScopeList(), link);
+    link->m_scopeDelete = false;
+    auto& links = ScopeList();
+    links.erase(std::remove_if(links.begin(), links.end(), [&](const Queued& queued) { return queued.link == link; }),
+                links.end());
 }
 
 void CJScriptLinkClass::GCScopeList()
 {
     const wxThreadCriticalSectionLocker lock(CJScript::EngineLock());
     // Deleting an owner may run code that changes the list, so each round looks at it afresh.
-    const auto isDead = [](const CJScriptLink* link) {
-        return !link->GetJSObject() || JS_IsAboutToBeFinalized(link->GetContext(), link->GetJSObject());
-    };
     auto& links = ScopeList();
-    for (auto dead = std::find_if(links.begin(), links.end(), isDead); dead != links.end();
-         dead = std::find_if(links.begin(), links.end(), isDead)) {
-        wxObject* const owner = (*dead)->GetRootObject();
-        links.erase(dead);
+    for (auto due = std::find_if(links.begin(), links.end(), IsDue); due != links.end();
+         due = std::find_if(links.begin(), links.end(), IsDue)) {
+        wxObject* const owner = due->link->GetRootObject();
+        links.erase(due);
         delete owner;
     }
 }

@@ -109,9 +109,6 @@ CJScriptLink* CJScriptLink::GetChild(const wxString& name)
 
 void CJScriptLink::SetScopeDelete()
 {
-    if (m_scopeDelete)
-        return;
-    m_scopeDelete = true;
     CJScriptLinkClass::AddToScopeList(this);
 }
 

@@ -62,6 +62,8 @@ public:
     void ObjectFinalized(JSContext* cx, JSObject* object);
 
 private:
+    friend class CJScriptLinkClass;
+
     wxObject* m_owner = nullptr;
     JSObject* m_jsObject = nullptr;
     wxString m_name;

@@ -117,6 +117,42 @@ TEST_F(ScriptScopeTest, AnEvaluationInsideAScriptDeletesNothing)
     EXPECT_EQ(deaths, Deaths{"child"});
 }
 
+TEST_F(ScriptScopeTest, AnEvaluationInAnotherContextDeletesNothingOfARunningScript)
+{
+    qxjsMinimal otherGlobal;
+    CJScript other(nullptr);
+    ASSERT_TRUE(other.SetGlobal(otherGlobal.GetJSLink(), ""));
+    NewChild("child");
+    DefineDrop();
+    size_t deathsInside = 99;
+    Define("inner", [&](JSContext*, uintN, jsval*, jsval*) {
+        other.Evaluate("1", nullptr);
+        deathsInside = deaths.size();
+        return JS_TRUE;
+    });
+    EXPECT_TRUE(script.Evaluate("drop('child'); inner(); child.x = 1;", nullptr));
+    EXPECT_EQ(deathsInside, 0u);
+    EXPECT_EQ(deaths, Deaths{"child"});
+}
+
+TEST_F(ScriptScopeTest, AnEvaluationThroughAnotherHandleDeletesNothingOfARunningScript)
+{
+    NewChild("child");
+    DefineDrop();
+    size_t deathsInside = 99;
+    Define("inner", [&](JSContext*, uintN, jsval*, jsval*) {
+        CJScript copy(script);
+        copy.Evaluate("1", nullptr);
+        CJScript adopted(Context());
+        adopted.Evaluate("1", nullptr);
+        deathsInside = deaths.size();
+        return JS_TRUE;
+    });
+    EXPECT_TRUE(script.Evaluate("drop('child'); inner(); child.x = 1;", nullptr));
+    EXPECT_EQ(deathsInside, 0u);
+    EXPECT_EQ(deaths, Deaths{"child"});
+}
+
 TEST_F(ScriptScopeTest, AnObjectThatTheHostHoldsStaysUntilItIsLetGo)
 {
     Mortal* child = NewChild("child");
@@ -148,6 +184,32 @@ TEST_F(ScriptScopeTest, AnObjectTakenOffTheQueueStays)
     script.DecScopeLevel();
     EXPECT_TRUE(deaths.empty());
     delete child;
+}
+
+TEST_F(ScriptScopeTest, AnObjectTakenOffTheQueueCanBeQueuedAgain)
+{
+    Mortal* child = NewChild("child");
+    child->Link()->SetScopeDelete();
+    CJScriptLinkClass::RemoveFromScopeList(child->Link());
+    child->Link()->SetScopeDelete();
+    EXPECT_TRUE(script.Evaluate("1", nullptr));
+    EXPECT_EQ(deaths, Deaths{"child"});
+}
+
+TEST_F(ScriptScopeTest, AnObjectPutOnTheListTwiceIsDeletedOnce)
+{
+    Mortal* child = NewChild("child");
+    CJScriptLinkClass::AddToScopeList(child->Link());
+    CJScriptLinkClass::AddToScopeList(child->Link());
+    EXPECT_TRUE(script.Evaluate("1", nullptr));
+    EXPECT_EQ(deaths, Deaths{"child"});
+}
+
+TEST_F(ScriptScopeTest, AQueuedObjectGoesWithItsContext)
+{
+    NewChild("child")->Link()->SetScopeDelete();
+    script.CleanAll();
+    EXPECT_EQ(deaths, Deaths{"child"});
 }
 
 /// Queues a further object when it goes.

@@ -119,6 +119,26 @@ INSTANTIATE_TEST_SUITE_P(
                     }}),
     NameOfRow<ForeignCall>);
 
+TEST_F(ScriptThreadsTest, AForeignThreadDoesNotDeleteWhatIsQueuedHere)
+{
+    std::vector<std::string> deaths;
+    auto* child = new Mortal(deaths, "child");
+    ASSERT_TRUE(script.CreateChild(child->Link(), Global(), "child", false, false));
+    script.IncScopeLevel();
+    child->Link()->SetScopeDelete();
+    std::thread([] {
+        qxjsMinimal otherGlobal;
+        CJScript other(nullptr);
+        other.SetGlobal(otherGlobal.GetJSLink(), "");
+        other.Evaluate("1", nullptr);
+    }).join();
+    EXPECT_TRUE(deaths.empty());
+    script.DecScopeLevel();
+    EXPECT_EQ(deaths, std::vector<std::string>{"child"});
+    FlushLog();
+    EXPECT_TRUE(log.Records().empty());
+}
+
 TEST_F(ScriptThreadsTest, TheEngineLockKeepsOtherThreadsOut)
 {
     std::atomic<bool> entered{true};
