@@ -1,8 +1,10 @@
 # Sourced by the runners: the same surroundings for every run of qxp, in a fresh directory that is removed at the end.
 
 # enter_work_directory QXP: afterwards `qxp` is the program under test and the current directory is empty. What must
-# not be seen by the runs goes to $scratch.
+# not be seen by the runs goes to $scratch. Runs find this project's files in $PROJECT.
 enter_work_directory() {
+    PROJECT=$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)
+    export PROJECT
     PATH=$(cd "$(dirname "$1")" && pwd):$PATH
     export PATH LC_ALL=C.UTF-8 TERM=dumb
     unset NO_COLOR CDPATH ENV BASH_ENV
