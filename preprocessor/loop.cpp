@@ -103,9 +103,7 @@ long CPreprocessor::EvaluateBound(const wxString& bound, const wxString& message
     wxString expression = replaced;
     if (PreprocessCondition(expression) == 1)
         return 1;
-    // An empty text would evaluate to no number at all.
-    const bool isEmpty = expression.find_first_not_of(TrimSet) == wxString::npos;
-    if (isEmpty || !Scripts().loop.Evaluate(expression, value))
+    if (!Scripts().loop.EvaluateNumber(expression, value))
         return Fail(messageStart + replaced, position.m_unit);
     return 0;
 }

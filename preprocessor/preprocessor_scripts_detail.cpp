@@ -1,5 +1,7 @@
 #include "preprocessor/preprocessor_scripts_detail.h"
 
+#include "script/value_conversion.h"
+
 CJScript& CPreprocessorScript::Context()
 {
     if (!m_context) {
@@ -8,4 +10,16 @@ CJScript& CPreprocessorScript::Context()
         m_context->SetGlobal(m_global->GetJSLink(), wxString());
     }
     return *m_context;
+}
+
+bool CPreprocessorScript::EvaluateNumber(const wxString& text, int& result)
+{
+    const std::optional<PlainValue> plain = EvaluatePlain(text);
+    if (plain)
+        return ConvertPlain(*plain, result);
+    jsval value = JSVAL_VOID;
+    if (!Context().EvaluateValue(text, nullptr, value) || !JSVAL_IS_NUMBER(value))
+        return false;
+    result = JSVAL_IS_INT(value) ? JSVAL_TO_INT(value) : TruncateToInt(*JSVAL_TO_DOUBLE(value));
+    return true;
 }

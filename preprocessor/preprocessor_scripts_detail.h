@@ -21,6 +21,9 @@ public:
         return (plain && ConvertPlain(*plain, result)) || Context().Evaluate(text, nullptr, result);
     }
 
+    /// Evaluates a text to a number, truncated toward 0. False also, unreported, when the result is no number.
+    bool EvaluateNumber(const wxString& text, int& result);
+
 private:
     CJScript& Context();
 

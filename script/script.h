@@ -82,6 +82,9 @@ public:
     /// failure. A result that is no object returns false, leaves `out` as it is and reports nothing.
     bool Evaluate(const wxString& text, CJScriptLink* link, CJScriptLink*& out);
 
+    /// `out`: the result word, which lives as engine/js_gc.h says; JSVAL_VOID after a failure.
+    bool EvaluateValue(const wxString& text, CJScriptLink* link, jsval& out);
+
     /// Evaluates a text in a context that has a global. After a failure `report` (may be null) receives the formatted
     /// report, unless HideError was called meanwhile: then the failure is kept quiet and the result is true.
     /// @return true for an empty text; false without a global.

@@ -88,6 +88,15 @@ bool CJScript::Evaluate(const wxString& text, CJScriptLink* link, CJScriptLink*&
     return evaluated && isObject;
 }
 
+bool CJScript::EvaluateValue(const wxString& text, CJScriptLink* link, jsval& out)
+{
+    out = JSVAL_VOID;
+    return EvaluateWith(text, link, [&](jsval value) {
+        out = value;
+        return true;
+    });
+}
+
 bool CJScript::Execute(const wxString& text, CJScriptLink* link, wxString* report)
 {
     if (!m_global)

@@ -193,6 +193,25 @@ TEST_F(LoopTest, BoundsThatCannotBeEvaluatedAreReported)
         EXPECT_EQ(Failure(message, 2), Run(wxString("a\n#for ") + arguments + "\nb\n#endfor")) << arguments;
 }
 
+TEST_F(LoopTest, BoundsThatAreNoNumbersAreReported)
+{
+    const Case cases[] = {
+        {"i \"1\";2;1", "#if : Can not evaluate start: \"1\""},
+        {"i 1;true;1", "for : Can not evaluate end: true"},
+        {"i 1;({});1", "for : Can not evaluate end: ({})"},
+        {"i 1;null;1", "for : Can not evaluate end: null"},
+        {"i 1;undefined;1", "for : Can not evaluate end: undefined"},
+        {"i 1;2;String(1)", "for : Can not evaluate step: String(1)"},
+    };
+    for (const auto& [arguments, message] : cases)
+        EXPECT_EQ(Failure(message, 2), Run(wxString("a\n#for ") + arguments + "\nb\n#endfor")) << arguments;
+}
+
+TEST_F(LoopTest, FractionsOfBoundsAreCutOff)
+{
+    EXPECT_EQ(Run("#for i 1;3;1\n#i\n#endfor"), Run("#for i Math.sqrt(2);7/2;Math.sqrt(2)\n#i\n#endfor"));
+}
+
 TEST_F(LoopTest, ABoundIsReportedWithItsDefinesReplaced)
 {
     EXPECT_EQ(Failure("for : Can not evaluate end: nosuch + 5", 1),
