@@ -115,6 +115,8 @@ bool CJScript::CleanAll()
     if (!m_context)
         return true;
     const wxThreadCriticalSectionLocker lock(m_ThreadCriticalSection);
+    while (!m_functionKeepers.empty())
+        (*m_functionKeepers.begin())->ForgetFunctions();
     if (m_script) {
         JS_DestroyScript(m_context, m_script);
         m_script = nullptr;
@@ -188,10 +190,19 @@ void CJScript::RemoveGlobal()
     if (!removed || !removed->GetJSObject())
         return;
     JS_RemoveRoot(m_context, removed->GetJSObjectAddress());
+    // The prototypes go first: they would keep the global object alive through the collection.
+    CJScriptLinkClass::DestroyContextProto(m_context);
     JS_GC(m_context);
     // Something else may still hold the object; it is nobody's global any more.
     removed->ForgetJSObject();
-    CJScriptLinkClass::DestroyContextProto(m_context);
+}
+
+void CJScript::KeepsFunctions(CJScriptLink* link, bool keeps)
+{
+    if (keeps)
+        m_functionKeepers.insert(link);
+    else
+        m_functionKeepers.erase(link);
 }
 
 void CJScript::ForgetGlobal(const CJScriptLink* link)

@@ -9,6 +9,7 @@
 #include <wx/thread.h>
 
 #include <cstddef>
+#include <unordered_set>
 #include <vector>
 
 class CJScriptLink;
@@ -152,6 +153,9 @@ public:
     /// Whether an evaluation or call is in progress on the context, through whichever handle.
     static bool IsRunning(JSContext* cx);
 
+    /// Notes whether a link keeps functions of this context alive, so that it hears of the context's end.
+    void KeepsFunctions(CJScriptLink* link, bool keeps);
+
     /// Has every handle give up `link` as its global. For links that end.
     static void ForgetGlobal(const CJScriptLink* link);
 
@@ -181,6 +185,7 @@ private:
     int m_scopeLevel = 0;
     bool m_ownsGlobal = false;
     void* m_previousPrivate = nullptr;
+    std::unordered_set<CJScriptLink*> m_functionKeepers;
 
     static wxThreadCriticalSection m_ThreadCriticalSection;
     static wxCriticalSection m_CriticalSection;

@@ -2,48 +2,126 @@
 
 #include "base/api.h"
 #include "engine/jsapi.h"
+#include "script/class_map.h"
 
+#include <wx/event.h>
+#include <wx/hashmap.h>
 #include <wx/string.h>
 
+#include <cstdint>
 #include <memory>
 #include <vector>
 
 class CJScriptLink;
 class CJScriptLinkClass;
 
-/// What a scriptable class shows to script: a constant table, one per class.
-struct JSMap
+/// A constructor of a scriptable class.
+struct CJsCtorDescr
 {
-    const char* name;          ///< The class's name in script.
-    CJScriptLinkClass* parent; ///< The parent class's descriptor, or null.
+    JSNative native;
+    unsigned int arguments;
+    bool primary;
 };
 
-/// The descriptor of a scriptable class: makes the class's script objects, one engine class per context.
+/// What a class has in one engine context.
+struct CJSLinkClassContext
+{
+    JSContext* context;
+    JSClass jsClass;
+    JSObject* prototype = nullptr; ///< Rooted while it is set.
+};
+
+/// From an event's type to the name of the script function that handles it.
+WX_DECLARE_HASH_MAP(int, wxString, wxIntegerHash, wxIntegerEqual, CHaspEvt);
+
+/// The descriptor of a scriptable class: a static object, built from the class's table on first use. Makes the class's
+/// script objects, prototypes and constructors, and answers script's reads and writes of properties from the native
+/// object's fields.
 class VC_QXPARSER_API CJScriptLinkClass
 {
 public:
-    explicit CJScriptLinkClass(const JSMap* map) : m_map(map) {}
+    explicit CJScriptLinkClass(const JSMap* classMap) : m_map(classMap) {}
     virtual ~CJScriptLinkClass();
 
     CJScriptLinkClass(const CJScriptLinkClass&) = delete;
     CJScriptLinkClass& operator=(const CJScriptLinkClass&) = delete;
 
     const JSMap* GetMap() const { return m_map; }
+    CJScriptLinkClass* GetParent() const { return m_map->parent; }
+    /// Whether this is `other` or one of its descendants.
+    bool IsKindOf(const CJScriptLinkClass* other) const;
+
+    /// Builds the specifications, once. A table with more properties than tinyids, or more rows than indices, is logged
+    /// and declared up to there.
+    /// @return true.
+    bool CreateSpec();
+    void AddPropSpec(const char* name, int tinyid, int flags);
+    void AddStaticPropSpec(const char* name, int tinyid, int flags);
+    void AddFuncSpec(const char* name, JSNative native, int nargs);
+    void AddStaticFuncSpec(const char* name, JSNative native, int nargs);
+
+    /// The class's prototype in a context, made on first use together with its constructor. Null on failure, and with
+    /// `declareOnly`, which only prepares the class.
+    JSObject* CreateProto(JSContext* cx, bool declareOnly);
+    /// Defines constants, properties and functions on an object that does not inherit them, the parent class's first.
+    bool AddPropFuncToObject(JSContext* cx, JSObject* object);
 
     /// Makes the script object of `link` as the property `name` of `parent`'s object. Null on failure.
-    JSObject* CreateObject(JSContext* cx, CJScriptLink* link, CJScriptLink* parent, const wxString& name);
-    /// Makes the script object of `link` as the context's global object. Null on failure.
+    JSObject* CreateObject(JSContext* cx, CJScriptLink* link, CJScriptLink* parent, wxString name);
+    /// Makes the script object of `link` as the context's global object, with every registered class. Null on failure.
     JSObject* CreateGlobalObject(JSContext* cx, CJScriptLink* link);
     /// Makes a script object for `link` that nothing refers to yet. Null on failure.
     JSObject* CreateFreeObject(JSContext* cx, CJScriptLink* link);
 
+    /// The row with this index or tinyid (an integer word), here or in a parent class; null when there is none.
+    JSMapEntry* FindEntry(jsval id, bool byTinyId) const;
+    /// Reads a property of the native object.
+    bool GetEntryValue(JSContext* cx, JSMapEntry* entry, const CJScriptLink* link, jsval* value) const;
+    static int GetPropW(JSContext* cx, JSObject* object, jsval id, jsval* vp);
+    int GetPropW(const CJScriptLink* link, JSMapEntry* entry, jsval* vp);
+    static int SetPropW(JSContext* cx, JSObject* object, jsval id, jsval* vp);
+
+    /// Calls the object's script function for an event.
+    /// @return whether there was one and it did not return false.
+    bool ProcessEvent(CJScriptLink* link, wxEvent& event);
+    /// Gives events of `type` a name by which tables can refer to them.
+    static void NameEvent(const wxString& name, wxEventType type);
+
+    /// Statements that give the fields of another object of the class the values that this one's have now, one a line:
+    /// "this.NAME=VALUE;".
+    wxString GetInitScript(const CJScriptLink* link);
+    /// Writes them to a buffer, which moves behind them (and a NUL) while `room` (characters) shrinks.
+    /// @return false, with nothing changed, when there is no room.
+    bool GetInitScript_Inplace(const CJScriptLink* link, wchar_t*& buffer, int& room);
+
+    /// Runs the constructor that takes this many arguments: what a primary constructor does.
+    int CreateNewMulti(JSContext* cx, JSObject* object, unsigned int argc, jsval* argv, jsval* rval);
+
     /// Throws an Error with this message into the running script.
     static void DeclareError(JSContext* cx, wxString message);
 
-    /// Forgets what the descriptors keep for a context that is gone.
+    static void Finalize(JSContext* cx, JSObject* object);
+    /// Cuts a link from its script object: removes it from its parent's and, unless the class keeps it, makes it an
+    /// empty shell. False when it has none.
+    bool DeleteObject(CJScriptLink* link);
+    /// Whether script objects keep their link when that goes or when they are finalised.
+    void SetKeepPrivate(bool keep) { m_keepPrivate = keep; }
+
+    /// This class's record for a context, made on first use.
+    CJSLinkClassContext* GetClassContext(JSContext* cx);
+    /// Forgets what all classes keep for a context that is gone.
     static void DestroyContext(JSContext* cx);
-    /// Forgets the prototypes of a context whose global object is gone.
+    /// Forgets the prototypes of a context whose global object is going.
     static void DestroyContextProto(JSContext* cx);
+
+    /// The classes that every global object gets; a class's module registers and unregisters it. Registering twice is
+    /// registering once.
+    static bool RegisterJSClass(CJScriptLinkClass* cls);
+    static void UnregisterJSClass(CJScriptLinkClass* cls);
+    /// Makes a class known in a context that has a global object.
+    static bool DeclareJSClass(JSContext* cx, CJScriptLinkClass* cls);
+    /// Makes all registered classes known in the context of a global object.
+    static bool DeclareGlobal(CJScriptLink* global);
 
     /// The links whose native objects are deleted as soon as no script runs and none can reach them.
     static void AddToScopeList(CJScriptLink* link);
@@ -51,16 +129,28 @@ public:
     static void GCScopeList();
 
 private:
-    struct ClassContext
-    {
-        JSContext* context;
-        JSClass jsClass;
-    };
-
+    bool AddRow(JSMapEntry& row);
+    bool AddProperty(JSMapEntry& row);
+    void AddConstToObject(JSContext* cx, JSObject* object);
     const JSClass* EngineClass(JSContext* cx);
-
-    static void Finalize(JSContext* cx, JSObject* obj);
+    const CJsCtorDescr* Constructor() const;
+    const wxString* FindHandler(wxEventType type) const;
 
     const JSMap* m_map;
-    std::vector<std::unique_ptr<ClassContext>> m_contexts;
+    // Each list ends with an empty row, as the engine reads them.
+    std::vector<JSPropertySpec> m_propertySpecs{JSPropertySpec{}};
+    std::vector<JSFunctionSpec> m_functionSpecs{JSFunctionSpec{}};
+    std::vector<JSPropertySpec> m_staticPropertySpecs{JSPropertySpec{}};
+    std::vector<JSFunctionSpec> m_staticFunctionSpecs{JSFunctionSpec{}};
+    bool m_keepPrivate = false;
+    std::uint32_t m_firstIndex = 0;
+    std::uint32_t m_nextIndex = 0;
+    std::uint8_t m_firstTinyId = 0;
+    std::uint8_t m_nextTinyId = 0;
+    std::vector<CJsCtorDescr> m_constructors;
+    std::vector<const JSMapEntry*> m_constants;
+    JSNative m_primaryNative = nullptr;
+    unsigned int m_maxArgs = 0;
+    CHaspEvt m_events;
+    std::vector<std::unique_ptr<CJSLinkClassContext>> m_contexts;
 };

@@ -4,30 +4,31 @@
 #include "script/script_class.h"
 #include "script/value_conversion.h"
 
+#include <algorithm>
+#include <utility>
+
+const JSMap CJScriptLink::m_JSMap{"CJScriptLink", nullptr, m_JSMapEntries};
+CJScriptLinkClass CJScriptLink::ms_JSClass(&CJScriptLink::m_JSMap);
+
 CJScriptLink::~CJScriptLink()
 {
     if (m_scopeDelete)
         CJScriptLinkClass::RemoveFromScopeList(this);
-    if (!m_jsObject)
+    InitEvtHandler(false);
+    CallJS_OnDestroy();
+    if (!m_jsObject && m_functions.empty())
         return;
     const wxThreadCriticalSectionLocker lock(CJScript::EngineLock());
+    ForgetFunctions();
     CJScript::ForgetGlobal(this);
-    if (!m_jsObject)
-        return;
-    // The parent's native object may be gone, its script object is not.
-    JSObject* const parent = m_isChild ? JS_GetParent(m_context, m_jsObject) : nullptr;
-    if (parent) {
-        jsval removed = JSVAL_VOID;
-        JS_DeleteWideProperty2(m_context, parent, m_name.wx_str(), m_name.length(), &removed);
-    }
-    JS_RemoveRoot(m_context, &m_jsObject);
-    ForgetJSObject();
+    DeleteObject();
 }
 
 void CJScriptLink::Link(wxObject* owner, CJScriptLinkClass* cls)
 {
     m_owner = owner;
     m_jsClass = cls;
+    InitEvtHandler(true);
 }
 
 CJScript* CJScriptLink::GetScript() const
@@ -38,6 +39,20 @@ CJScript* CJScriptLink::GetScript() const
 const JSMap* CJScriptLink::GetJSMap() const
 {
     return m_jsClass->GetMap();
+}
+
+CJScriptLink* CJScriptLink::GetParent() const
+{
+    // The parent's native object may be gone while its script object lives, so the way leads through that.
+    JSObject* const parent = m_isChild && m_jsObject ? JS_GetParent(m_context, m_jsObject) : nullptr;
+    return parent ? static_cast<CJScriptLink*>(JS_GetPrivate(m_context, parent)) : nullptr;
+}
+
+wxString CJScriptLink::GetCompleteName() const
+{
+    const CJScriptLink* const parent = GetParent();
+    const wxString path = parent ? parent->GetCompleteName() : wxString();
+    return path.empty() ? m_name : wxString::Format(wxS("%s.%s"), path, m_name);
 }
 
 bool CJScriptLink::CreateGlobalObject(JSContext* cx, wxString name)
@@ -52,6 +67,7 @@ bool CJScriptLink::CreateGlobalObject(JSContext* cx, wxString name)
     m_name = name;
     m_isChild = false;
     m_dynamic = false;
+    CJScriptLinkClass::DeclareGlobal(this);
     return true;
 }
 
@@ -81,9 +97,15 @@ bool CJScriptLink::CreateObjectDynamic(JSContext* cx)
     if (m_jsObject)
         return false;
     const wxThreadCriticalSectionLocker lock(CJScript::EngineLock());
-    m_jsObject = m_jsClass->CreateFreeObject(cx, this);
-    if (!m_jsObject)
+    JSObject* const object = m_jsClass->CreateFreeObject(cx, this);
+    return object && AttachObjectDynamic(cx, object);
+}
+
+bool CJScriptLink::AttachObjectDynamic(JSContext* cx, JSObject* object)
+{
+    if (m_jsObject || !JS_SetPrivate(cx, object, this))
         return false;
+    m_jsObject = object;
     m_context = cx;
     m_isChild = false;
     m_dynamic = true;
@@ -107,15 +129,41 @@ CJScriptLink* CJScriptLink::GetChild(const wxString& name)
     return child;
 }
 
+bool CJScriptLink::DeleteObject()
+{
+    const wxThreadCriticalSectionLocker lock(CJScript::EngineLock());
+    return m_jsClass && m_jsClass->DeleteObject(this);
+}
+
+void CJScriptLink::RemoveFromParent()
+{
+    JSObject* const parent = m_isChild ? JS_GetParent(m_context, m_jsObject) : nullptr;
+    jsval removed = JSVAL_VOID;
+    if (parent)
+        JS_DeleteWideProperty2(m_context, parent, m_name.wx_str(), m_name.length(), &removed);
+}
+
 void CJScriptLink::SetScopeDelete()
 {
     CJScriptLinkClass::AddToScopeList(this);
 }
 
+void CJScriptLink::AnnounceMemory(std::size_t bytes)
+{
+    if (!m_jsObject)
+        return;
+    JS_AddNativeMemory(m_context, m_jsObject, bytes);
+    m_announcedBytes += bytes;
+}
+
 void CJScriptLink::ForgetJSObject()
 {
-    if (m_jsObject)
+    if (m_jsObject) {
         JS_SetPrivate(m_context, m_jsObject, nullptr);
+        if (m_announcedBytes)
+            JS_RemoveNativeMemory(m_context, m_jsObject, m_announcedBytes);
+    }
+    m_announcedBytes = 0;
     m_jsObject = nullptr;
     m_context = nullptr;
 }
@@ -124,9 +172,26 @@ void CJScriptLink::ObjectFinalized(JSContext* cx, JSObject* object)
 {
     if (object != m_jsObject)
         return;
+    if (m_announcedBytes)
+        JS_RemoveNativeMemory(cx, object, std::exchange(m_announcedBytes, 0));
     m_jsObject = nullptr;
     m_context = nullptr;
     if (m_dynamic && !m_scopeDelete)
         JS_CallAtSafePoint(
             cx, [](void* owner) { delete static_cast<wxObject*>(owner); }, m_owner);
+}
+
+bool CJScriptLink::ProcessEvent(wxEvent& event)
+{
+    return (m_jsObject && m_jsClass->ProcessEvent(this, event)) || wxEvtHandler::ProcessEvent(event);
+}
+
+wxString CJScriptLink::GetInitScript() const
+{
+    return m_jsClass->GetInitScript(this);
+}
+
+bool CJScriptLink::GetInitScript_Inplace(wchar_t*& buffer, int& room) const
+{
+    return m_jsClass->GetInitScript_Inplace(this, buffer, room);
 }

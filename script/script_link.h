@@ -2,17 +2,22 @@
 
 #include "base/api.h"
 #include "engine/jsapi.h"
+#include "script/class_map.h"
 
+#include <wx/arrstr.h>
 #include <wx/event.h>
 #include <wx/object.h>
 #include <wx/string.h>
 
+#include <cstddef>
+#include <list>
+#include <vector>
+
 class CJScript;
 class CJScriptLinkClass;
-struct JSMap;
 
 /// Ties one native object to its script object. Every scriptable class embeds one and links it to itself in its
-/// constructor.
+/// constructor. It is also the base of all script classes: its table holds the functions that every script object has.
 ///
 /// A native object made by the host is the host's: when it goes, its script object stays as an empty shell. One made by
 /// script belongs to its script object and is deleted after the collection that found that dead.
@@ -25,7 +30,8 @@ public:
     CJScriptLink(const CJScriptLink&) = delete;
     CJScriptLink& operator=(const CJScriptLink&) = delete;
 
-    /// Names the native object that embeds this link, and its class.
+    /// Names the native object that embeds this link, and its class. The link of a window becomes one of its event
+    /// handlers.
     void Link(wxObject* owner, CJScriptLinkClass* cls);
 
     bool IsCreated() const { return m_jsObject != nullptr; }
@@ -35,41 +41,125 @@ public:
     JSObject* GetJSObject() const { return m_jsObject; }
     wxObject* GetRootObject() const { return m_owner; }
     JSContext* GetContext() const { return m_context; }
+    CJScriptLinkClass* GetClass() const { return m_jsClass; }
     const JSMap* GetJSMap() const;
+    /// The link of the object that this one's is a named property of; null for global and dynamic objects, and when the
+    /// parent's native object is gone.
+    CJScriptLink* GetParent() const;
+    /// The dotted path of names from the global object, which counts when it has a name.
+    wxString GetCompleteName() const;
 
     /// Makes the script object as the global object of a context.
     bool CreateGlobalObject(JSContext* cx, wxString name);
     /// Makes the script object as the property `name` (empty: a made-up one) of `parent`'s object. A link that has a
     /// script object in this context is bound to the further name.
+    /// @param first ignored; kept for hosts that pass it.
     /// @param dynamic whether the script object owns the native object.
     /// @return false without a parent that has a script object, or on failure.
     bool CreateObject(JSContext* cx, CJScriptLink* parent, wxString name, bool first, bool dynamic);
     /// Makes a script object that owns the native object and that nothing refers to yet.
     bool CreateObjectDynamic(JSContext* cx);
+    /// Takes an object of the class that script has just made, which then owns the native object.
+    bool AttachObjectDynamic(JSContext* cx, JSObject* object);
     /// Removes the properties of the script object.
     void ClearScope();
     /// The link of the object that is the property `name`; null when there is none.
     CJScriptLink* GetChild(const wxString& name);
+    /// Cuts the tie to the script object, which disappears from its parent's and becomes an empty shell.
+    /// @return false when there is none.
+    bool DeleteObject();
 
     /// Has the native object deleted as soon as no script runs and none can reach its script object.
     void SetScopeDelete();
 
+    /// Tells the collector that the native object takes so many bytes, so that script objects are collected in time.
+    void AnnounceMemory(std::size_t bytes);
+
+    /// Events. A link takes part in the dispatch when it stands among the event handlers of its object; `push` puts it
+    /// there, false takes it away. Objects that are no windows have no such list: nothing happens.
+    void InitEvtHandler(bool push);
+    /// Calls the script function that the class's table names for the event.
+    /// @return true when there was one and it did not return false; else what the next handlers say.
+    bool ProcessEvent(wxEvent& event) override;
+
+    /// Statements that bring another object of the class to this one's state; see CJScriptLinkClass::GetInitScript.
+    wxString GetInitScript() const;
+    bool GetInitScript_Inplace(wchar_t*& buffer, int& room) const;
+
+    /// The function that is the property `name` of the script object; null when there is none.
+    JSFunction* GetJSFunction(const wxString& name) const;
+    /// Calls a function with the script object as `this`; `result` becomes the truth value of what it returns, true for
+    /// nothing. False after a failure, which is reported.
+    bool CallFunction(JSFunction* function, bool& result);
+    bool CallFunction(JSFunction* function, bool& result, const wxString& argument);
+    /// A null `argument` passes the null object.
+    bool CallFunction(JSFunction* function, bool& result, CJScriptLink* argument);
+
+    /// Keeps a function value alive as long as this link, or until it is removed as often as it was added.
+    void AddFunction(JSFunction* function);
+    void RemoveFunction(JSFunction* function);
+
+    /// Has a function called, with the script object as `this` where there still is one, when the native object goes.
+    void JS_RegisterCallOnDestroy(JSFunction* function);
+    /// Calls them, each once.
+    void CallJS_OnDestroy();
+
+    // What the functions of every script object do (see m_JSMapEntries).
+    static wxString GetOperatingSystemFamilyName();
+    static wxString GetOperatingSystemIdName();
+    static int GetOSMajorVersion();
+    static int GetOSMinorVersion();
+    static wxString GetPortIdName();
+    static wxString GetPortIdShortName();
+    /// `format` with its first "%s" replaced; nothing else in it means anything.
+    static wxString FormatStrStr(const wxString& format, const wxString& text);
+    /// The 0-based place of `what`, -1 when it is absent.
+    static int FindStr(const wxString& text, const wxString& what, bool matchCase);
+    static wxString StrToUpper(const wxString& text);
+    static wxString StrToLower(const wxString& text);
+    /// `format` with "%1", "%2", ... replaced by the arguments, counted from 1. Others, and inserted text, stay as they
+    /// are.
+    static wxString FormatString(const wxString& format, const wxArrayString& arguments);
+    static wxString FindReplaceStr(const wxString& text, const wxString& what, const wxString& by);
+    wxString JS_FormatStringA(const wxString& format, const wxArrayString& arguments);
+    void JS_Pause();
+    /// What follows `prefix` in `text`; empty when it does not start so.
+    wxString JS_StartsWithStr(const wxString& text, const wxString& prefix);
+    /// In debug builds, log an error when the condition does not hold.
+    static void ASSERT(bool condition);
+    static void ASSERT_MSG(bool condition, const wxString& message);
+
     /// The word that roots are registered with.
     void* GetJSObjectAddress() { return &m_jsObject; }
-    /// Cuts the tie to the script object, which becomes an empty shell.
+    /// Makes the script object an empty shell.
     void ForgetJSObject();
+    /// Removes the script object from its parent's.
+    void RemoveFromParent();
     /// Called when the collector has found the script object dead.
     void ObjectFinalized(JSContext* cx, JSObject* object);
+    /// Called when the context of the functions kept here ends.
+    void ForgetFunctions();
+
+    static const JSMap m_JSMap;
+    static JSMapEntry m_JSMapEntries[];
+    static CJScriptLinkClass ms_JSClass;
 
 private:
     friend class CJScriptLinkClass;
 
+    bool CallWith(JSFunction* function, bool& result, int argc, jsval* argv);
+
     wxObject* m_owner = nullptr;
     JSObject* m_jsObject = nullptr;
     wxString m_name;
-    bool m_isChild = false; // a property of another link's object
+    bool m_isChild = false; ///< A property of another link's object.
     CJScriptLinkClass* m_jsClass = nullptr;
     bool m_dynamic = false;
     bool m_scopeDelete = false;
+    bool m_isEventHandler = false;
     JSContext* m_context = nullptr;
+    std::size_t m_announcedBytes = 0;
+    CJScript* m_functionScript = nullptr; ///< Where the functions below are rooted.
+    std::list<JSFunction*> m_functions;   ///< Each node's word is a root.
+    std::vector<JSFunction*> m_onDestroy; ///< Kept alive by being in m_functions too.
 };

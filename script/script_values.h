@@ -8,11 +8,12 @@
 
 #include <cstdint>
 
-/// Carries a native pointer through script, which can only hold it and pass it back. The pointer is not owned.
+/// Carries a native pointer through script, which can only hold it and pass it back (and make null ones). The pointer
+/// is not owned.
 class VC_QXPARSER_API qxjsPointer : public wxObject
 {
 public:
-    explicit qxjsPointer(void* value);
+    explicit qxjsPointer(void* value = nullptr);
 
     void* GetValue() const { return m_value; }
     void SetValue(void* value) { m_value = value; }
@@ -22,6 +23,7 @@ public:
     virtual const JSMap* GetJSMap() const { return &m_JSMap; }
 
     static const JSMap m_JSMap;
+    static JSMapEntry m_JSMapEntries[];
     static CJScriptLinkClass ms_JSClass;
 
 private:
@@ -45,6 +47,7 @@ public:
     virtual const JSMap* GetJSMap() const { return &m_JSMap; }
 
     static const JSMap m_JSMap;
+    static JSMapEntry m_JSMapEntries[];
     static CJScriptLinkClass ms_JSClass;
 
 private:

@@ -45,6 +45,16 @@ struct NoHostObjectsLeft
     ~NoHostObjectsLeft() { EXPECT_EQ(JS_CountHostObjects(), 0u) << "script objects outlived their contexts"; }
 };
 
+/// How many host objects a context with an empty global object has: that object, and the prototypes of the classes.
+inline std::size_t FreshObjects()
+{
+    const std::size_t before = JS_CountHostObjects();
+    qxjsMinimal global;
+    CJScript script(nullptr);
+    script.SetGlobal(global.GetJSLink(), wxString());
+    return JS_CountHostObjects() - before;
+}
+
 /// A script context with an empty global object, and what it logs.
 class ScriptTest : public ::testing::Test
 {

@@ -1,0 +1,215 @@
+#include "script/script_class.h"
+#include "script/script_link.h"
+#include "script/value_conversion.h"
+
+#include <wx/log.h>
+
+#include <cstdint>
+
+namespace
+{
+
+constexpr const wchar_t* TraceMask = L"TavoliJscriptTrace";
+constexpr int IdOfNames = 1000000;
+
+const char* FieldAddress(const CJScriptLink* link, const JSMapEntry& entry)
+{
+    return reinterpret_cast<const char*>(link->GetRootObject()) + entry.position;
+}
+
+template <typename Field> const Field& ReadField(const CJScriptLink* link, const JSMapEntry& entry)
+{
+    return *reinterpret_cast<const Field*>(FieldAddress(link, entry));
+}
+
+template <typename Field> Field& WriteField(CJScriptLink* link, const JSMapEntry& entry)
+{
+    return *reinterpret_cast<Field*>(const_cast<char*>(FieldAddress(link, entry)));
+}
+
+/// The script object of a scriptable native object whose link stands at `linkPosition`.
+jsval ObjectAt(JSContext* cx, const void* object, std::uint32_t linkPosition)
+{
+    if (!object)
+        return JSVAL_NULL;
+    const auto* const link = reinterpret_cast<const CJScriptLink*>(static_cast<const char*>(object) + linkPosition);
+    return pCJScriptLink_to_jsval(cx, const_cast<CJScriptLink*>(link));
+}
+
+/// An address as the number that is exactly it.
+jsval AddressValue(JSContext* cx, const void* address)
+{
+    return double_to_jsval(cx, static_cast<double>(reinterpret_cast<std::uintptr_t>(address)));
+}
+
+const wchar_t* BoolText(bool value)
+{
+    return value ? L"true" : L"false";
+}
+
+/// Writes a converted value into a field; the field stays as it is when the conversion fails.
+template <typename Field>
+bool Store(JSContext* cx, CJScriptLink* link, const JSMapEntry& entry, jsval value,
+           bool (*convert)(JSContext*, jsval, Field&))
+{
+    Field converted{};
+    if (!convert(cx, value, converted))
+        return false;
+    WriteField<Field>(link, entry) = converted;
+    return true;
+}
+
+bool IsWritable(JSMapEntry::Kind kind)
+{
+    switch (kind) {
+    case JSMapEntry::Integer:
+    case JSMapEntry::Double:
+    case JSMapEntry::Text:
+    case JSMapEntry::Boolean:
+    case JSMapEntry::IntegerArray:
+    case JSMapEntry::TextArray:
+        return true;
+    default:
+        return false;
+    }
+}
+
+bool StoreEntryValue(JSContext* cx, CJScriptLink* link, const JSMapEntry& entry, jsval value)
+{
+    switch (entry.kind) {
+    case JSMapEntry::Integer:
+        return Store<int>(cx, link, entry, value, &jsval_to_int);
+    case JSMapEntry::Double:
+        return Store<double>(cx, link, entry, value, &jsval_to_double);
+    case JSMapEntry::Text:
+        if (!Store<wxString>(cx, link, entry, value, &jsval_to_wxString))
+            return false;
+        wxLogTrace(TraceMask, wxS("Set Prop wxString =%s"), ReadField<wxString>(link, entry));
+        return true;
+    case JSMapEntry::Boolean:
+        if (!Store<bool>(cx, link, entry, value, &jsval_to_bool))
+            return false;
+        wxLogTrace(TraceMask, wxS("Set Prop bool =%s"), BoolText(ReadField<bool>(link, entry)));
+        return true;
+    case JSMapEntry::IntegerArray:
+        return Store<wxArrayInt>(cx, link, entry, value, &jsval_to_wxArrayInt);
+    default:
+        return Store<wxArrayString>(cx, link, entry, value, &jsval_to_wxArrayString);
+    }
+}
+
+bool IsIdNumber(jsval id)
+{
+    return JSVAL_IS_INT(id);
+}
+
+} // namespace
+
+JSMapEntry* CJScriptLinkClass::FindEntry(jsval id, bool byTinyId) const
+{
+    if (!IsIdNumber(id) || JSVAL_TO_INT(id) < 1)
+        return nullptr;
+    const auto number = static_cast<std::uint32_t>(JSVAL_TO_INT(id));
+    const CJScriptLinkClass* cls = this;
+    while (cls && number < (byTinyId ? cls->m_firstTinyId : cls->m_firstIndex))
+        cls = cls->GetParent();
+    if (!cls || !cls->m_map->entries)
+        return nullptr;
+    if (!byTinyId) {
+        if (number >= cls->m_nextIndex)
+            return nullptr;
+        // Constants have no index, so a row can stand behind the place its index says.
+        JSMapEntry* row = cls->m_map->entries + (number - cls->m_firstIndex);
+        while (row->name && row->index != number)
+            ++row;
+        return row->name ? row : nullptr;
+    }
+    // The id behind the last one of a full class has wrapped to 0.
+    if (cls->m_nextTinyId != 0 && number >= cls->m_nextTinyId)
+        return nullptr;
+    for (JSMapEntry* row = cls->m_map->entries + (number - cls->m_firstTinyId); row->name; ++row) {
+        if (row->tinyid == number)
+            return row;
+    }
+    return nullptr;
+}
+
+bool CJScriptLinkClass::GetEntryValue(JSContext* cx, JSMapEntry* entry, const CJScriptLink* link, jsval* value) const
+{
+    switch (entry->kind) {
+    case JSMapEntry::ObjectPointer: {
+        const wxObject* const object = ReadField<wxObject*>(link, *entry);
+        wxLogTrace(TraceMask, wxS("Get Prop WXOBJECT =%p"), static_cast<const void*>(object));
+        *value = ObjectAt(cx, object, entry->extra);
+        break;
+    }
+    case JSMapEntry::Integer:
+        *value = int_to_jsval(cx, ReadField<int>(link, *entry));
+        break;
+    case JSMapEntry::Double:
+        *value = double_to_jsval(cx, ReadField<double>(link, *entry));
+        break;
+    case JSMapEntry::Text:
+        wxLogTrace(TraceMask, wxS("Get Prop wxString =%s"), ReadField<wxString>(link, *entry));
+        *value = wxString_to_jsval(cx, ReadField<wxString>(link, *entry));
+        break;
+    case JSMapEntry::Boolean:
+        wxLogTrace(TraceMask, wxS("Get Prop bool =%s"), BoolText(ReadField<bool>(link, *entry)));
+        *value = bool_to_jsval(cx, ReadField<bool>(link, *entry));
+        break;
+    case JSMapEntry::RawPointer:
+        *value = AddressValue(cx, ReadField<const void*>(link, *entry));
+        break;
+    case JSMapEntry::Object: {
+        const void* const object = FieldAddress(link, *entry);
+        wxLogTrace(TraceMask, wxS("Get Prop WXOBJECTREF =%p"), object);
+        *value = ObjectAt(cx, object, entry->extra);
+        break;
+    }
+    case JSMapEntry::RawObject:
+        *value = AddressValue(cx, FieldAddress(link, *entry));
+        break;
+    case JSMapEntry::IntegerArray:
+        *value = wxArrayInt_to_jsval(cx, ReadField<wxArrayInt>(link, *entry));
+        break;
+    case JSMapEntry::TextArray:
+        *value = wxArrayString_to_jsval(cx, ReadField<wxArrayString>(link, *entry));
+        break;
+    default:
+        *value = JSVAL_NULL;
+    }
+    return true;
+}
+
+int CJScriptLinkClass::GetPropW(JSContext* cx, JSObject* object, jsval id, jsval* vp)
+{
+    const auto* const link = static_cast<CJScriptLink*>(JS_GetPrivate(cx, object));
+    const CJScriptLinkClass* const cls = link ? link->GetClass() : nullptr;
+    JSMapEntry* const entry = cls ? cls->FindEntry(id, true) : nullptr;
+    return entry && cls->GetEntryValue(cx, entry, link, vp);
+}
+
+int CJScriptLinkClass::GetPropW(const CJScriptLink* link, JSMapEntry* entry, jsval* vp)
+{
+    return link && entry && link->GetContext() && GetEntryValue(link->GetContext(), entry, link, vp);
+}
+
+int CJScriptLinkClass::SetPropW(JSContext* cx, JSObject* object, jsval id, jsval* vp)
+{
+    auto* const link = static_cast<CJScriptLink*>(JS_GetPrivate(cx, object));
+    const CJScriptLinkClass* const cls = link ? link->GetClass() : nullptr;
+    if (!cls)
+        return JS_FALSE;
+    const int number = IsIdNumber(id) ? JSVAL_TO_INT(id) : IdOfNames;
+    const JSMapEntry* const entry = cls->FindEntry(id, true);
+    if (!entry) {
+        wxLogError(wxS("CJScriptLinkClass::SetProp id %d not found"), number);
+        return JS_FALSE;
+    }
+    if (!IsWritable(entry->kind))
+        return JS_FALSE;
+    if (StoreEntryValue(cx, link, *entry, *vp))
+        return JS_TRUE;
+    wxLogError(wxS("CJScriptLinkClass::SetProp id %d failed"), number);
+    return JS_FALSE;
+}

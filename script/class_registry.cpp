@@ -1,0 +1,256 @@
+#include "script/script.h"
+#include "script/script_class.h"
+#include "script/script_link.h"
+
+#include <algorithm>
+#include <mutex>
+#include <thread>
+
+namespace
+{
+
+// The lists are reached through functions and never destroyed: static objects use them before and after this file's
+// statics would live. All but the registered classes are guarded by the engine lock.
+
+/// The descriptors that have a record for some context.
+std::vector<CJScriptLinkClass*>& DeclaredClasses()
+{
+    static auto* const classes = new std::vector<CJScriptLinkClass*>;
+    return *classes;
+}
+
+/// Guards the registered classes; a static object that registers one may live before the engine lock does.
+std::mutex& RegistrationLock()
+{
+    static auto* const lock = new std::mutex;
+    return *lock;
+}
+
+/// The classes that modules have registered.
+std::vector<CJScriptLinkClass*>& RegisteredClasses()
+{
+    static auto* const classes = new std::vector<CJScriptLinkClass*>;
+    return *classes;
+}
+
+/// A link waiting for its object's deletion, which is up to the thread that queued it.
+struct Queued
+{
+    CJScriptLink* link;
+    std::thread::id thread;
+};
+
+std::vector<Queued>& ScopeList()
+{
+    static auto* const links = new std::vector<Queued>;
+    return *links;
+}
+
+/// Whether the object can go: no script that may use it runs, and none can reach it.
+bool IsDue(const Queued& queued)
+{
+    const CJScriptLink& link = *queued.link;
+    return queued.thread == std::this_thread::get_id() &&
+           (!link.GetJSObject() || (!CJScript::IsRunning(link.GetContext()) &&
+                                    JS_IsAboutToBeFinalized(link.GetContext(), link.GetJSObject())));
+}
+
+template <typename Item> void Remove(std::vector<Item>& items, const Item& item)
+{
+    items.erase(std::remove(items.begin(), items.end(), item), items.end());
+}
+
+} // namespace
+
+CJScriptLinkClass::~CJScriptLinkClass()
+{
+    Remove(DeclaredClasses(), this);
+    UnregisterJSClass(this);
+}
+
+bool CJScriptLinkClass::IsKindOf(const CJScriptLinkClass* other) const
+{
+    for (const CJScriptLinkClass* cls = this; cls; cls = cls->GetParent()) {
+        if (cls == other)
+            return true;
+    }
+    return false;
+}
+
+CJSLinkClassContext* CJScriptLinkClass::GetClassContext(JSContext* cx)
+{
+    for (const auto& record : m_contexts) {
+        if (record->context == cx)
+            return record.get();
+    }
+    if (m_contexts.empty())
+        DeclaredClasses().push_back(this);
+    auto record = std::make_unique<CJSLinkClassContext>();
+    record->context = cx;
+    record->jsClass =
+        JSClass{m_map->name,     JSCLASS_HAS_PRIVATE, JS_PropertyStub, JS_PropertyStub, JS_PropertyStub,
+                JS_PropertyStub, JS_EnumerateStub,    JS_ResolveStub,  JS_ConvertStub,  &CJScriptLinkClass::Finalize};
+    m_contexts.push_back(std::move(record));
+    return m_contexts.back().get();
+}
+
+const JSClass* CJScriptLinkClass::EngineClass(JSContext* cx)
+{
+    return &GetClassContext(cx)->jsClass;
+}
+
+JSObject* CJScriptLinkClass::CreateObject(JSContext* cx, CJScriptLink* link, CJScriptLink* parent, wxString name)
+{
+    JSObject* const prototype = CreateProto(cx, false);
+    if (!prototype)
+        return nullptr;
+    JSObject* const object = JS_NewObject(cx, EngineClass(cx), prototype, parent->GetJSObject());
+    if (!object || !JS_DefineWideProperty(cx, parent->GetJSObject(), name.wx_str(), name.length(),
+                                          OBJECT_TO_JSVAL(object), nullptr, nullptr, JSPROP_ENUMERATE))
+        return nullptr;
+    JS_SetPrivate(cx, object, link);
+    return object;
+}
+
+JSObject* CJScriptLinkClass::CreateGlobalObject(JSContext* cx, CJScriptLink* link)
+{
+    JSObject* const object = JS_NewGlobal(cx, EngineClass(cx));
+    if (!object)
+        return nullptr;
+    JS_SetPrivate(cx, object, link);
+    JS_SetGlobalObject(cx, object);
+    if (AddPropFuncToObject(cx, object))
+        return object;
+    JS_SetGlobalObject(cx, nullptr);
+    JS_SetPrivate(cx, object, nullptr);
+    return nullptr;
+}
+
+JSObject* CJScriptLinkClass::CreateFreeObject(JSContext* cx, CJScriptLink* link)
+{
+    JSObject* const prototype = CreateProto(cx, false);
+    JSObject* const object = prototype ? JS_NewObject(cx, EngineClass(cx), prototype, nullptr) : nullptr;
+    if (object)
+        JS_SetPrivate(cx, object, link);
+    m_keepPrivate = false;
+    return object;
+}
+
+void CJScriptLinkClass::DeclareError(JSContext* cx, wxString message)
+{
+    JS_ReportErrorWide(cx, message.wx_str(), message.length());
+}
+
+void CJScriptLinkClass::Finalize(JSContext* cx, JSObject* object)
+{
+    auto* const link = static_cast<CJScriptLink*>(JS_GetPrivate(cx, object));
+    if (!link)
+        return;
+    const bool keepPrivate = link->GetClass() && link->GetClass()->m_keepPrivate;
+    if (!keepPrivate)
+        JS_SetPrivate(cx, object, nullptr);
+    link->ObjectFinalized(cx, object);
+}
+
+bool CJScriptLinkClass::DeleteObject(CJScriptLink* link)
+{
+    if (!link->GetJSObject())
+        return false;
+    link->RemoveFromParent();
+    JS_RemoveRoot(link->GetContext(), link->GetJSObjectAddress());
+    if (!m_keepPrivate)
+        link->ForgetJSObject();
+    return true;
+}
+
+void CJScriptLinkClass::DestroyContext(JSContext* cx)
+{
+    auto& declared = DeclaredClasses();
+    for (CJScriptLinkClass* cls : declared) {
+        auto& records = cls->m_contexts;
+        records.erase(
+            std::remove_if(records.begin(), records.end(), [&](const auto& record) { return record->context == cx; }),
+            records.end());
+    }
+    declared.erase(std::remove_if(declared.begin(), declared.end(),
+                                  [](const CJScriptLinkClass* cls) { return cls->m_contexts.empty(); }),
+                   declared.end());
+}
+
+void CJScriptLinkClass::DestroyContextProto(JSContext* cx)
+{
+    for (CJScriptLinkClass* cls : DeclaredClasses()) {
+        for (const auto& record : cls->m_contexts) {
+            if (record->context != cx || !record->prototype)
+                continue;
+            JS_RemoveRoot(cx, &record->prototype);
+            record->prototype = nullptr;
+        }
+    }
+}
+
+bool CJScriptLinkClass::RegisterJSClass(CJScriptLinkClass* cls)
+{
+    const std::lock_guard<std::mutex> lock(RegistrationLock());
+    auto& registered = RegisteredClasses();
+    if (std::find(registered.begin(), registered.end(), cls) == registered.end())
+        registered.push_back(cls);
+    return true;
+}
+
+void CJScriptLinkClass::UnregisterJSClass(CJScriptLinkClass* cls)
+{
+    const std::lock_guard<std::mutex> lock(RegistrationLock());
+    Remove(RegisteredClasses(), cls);
+}
+
+bool CJScriptLinkClass::DeclareJSClass(JSContext* cx, CJScriptLinkClass* cls)
+{
+    const wxThreadCriticalSectionLocker lock(CJScript::EngineLock());
+    return cls->CreateProto(cx, !JS_GetGlobalObject(cx)) != nullptr;
+}
+
+bool CJScriptLinkClass::DeclareGlobal(CJScriptLink* global)
+{
+    const wxThreadCriticalSectionLocker lock(CJScript::EngineLock());
+    std::vector<CJScriptLinkClass*> registered;
+    {
+        const std::lock_guard<std::mutex> listLock(RegistrationLock());
+        registered = RegisteredClasses();
+    }
+    bool declared = true;
+    for (CJScriptLinkClass* cls : registered)
+        declared = DeclareJSClass(global->GetContext(), cls) && declared;
+    return declared;
+}
+
+void CJScriptLinkClass::AddToScopeList(CJScriptLink* link)
+{
+    const wxThreadCriticalSectionLocker lock(CJScript::EngineLock());
+    if (link->m_scopeDelete)
+        return;
+    link->m_scopeDelete = true;
+    ScopeList().push_back({link, std::this_thread::get_id()});
+}
+
+void CJScriptLinkClass::RemoveFromScopeList(CJScriptLink* link)
+{
+    const wxThreadCriticalSectionLocker lock(CJScript::EngineLock());
+    link->m_scopeDelete = false;
+    auto& links = ScopeList();
+    links.erase(std::remove_if(links.begin(), links.end(), [&](const Queued& queued) { return queued.link == link; }),
+                links.end());
+}
+
+void CJScriptLinkClass::GCScopeList()
+{
+    const wxThreadCriticalSectionLocker lock(CJScript::EngineLock());
+    // Deleting an owner may run code that changes the list, so each round looks at it afresh.
+    auto& links = ScopeList();
+    for (auto due = std::find_if(links.begin(), links.end(), IsDue); due != links.end();
+         due = std::find_if(links.begin(), links.end(), IsDue)) {
+        wxObject* const owner = due->link->GetRootObject();
+        links.erase(due);
+        delete owner;
+    }
+}

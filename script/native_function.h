@@ -1,0 +1,269 @@
+#pragma once
+
+#include "base/api.h"
+#include "engine/jsapi.h"
+#include "script/class_map.h"
+#include "script/script_class.h"
+#include "script/script_link.h"
+#include "script/value_conversion.h"
+
+#include <wx/object.h>
+#include <wx/string.h>
+
+#include <cstdint>
+#include <memory>
+#include <tuple>
+#include <type_traits>
+#include <utility>
+
+// Rows of class tables made from native functions:
+//
+//     JSMapEntry CCounter::m_JSMapEntries[] = {
+//         JSConstructor<CCounter, int>(),
+//         JSMethod<&CCounter::Add>("Add"),
+//         JSField<CCounter>("value", &CCounter::m_value),
+//         JSMapEntry(),
+//     };
+//
+// The native behind each row checks the object and the number of arguments, converts the arguments and the result
+// (value_conversion.h), and throws the same messages for every function.
+
+/// How one type crosses between host and script; `name` is what messages call it. A host adds a type by specialising
+/// it.
+template <typename Type, typename = void> struct JSConversion;
+
+namespace script_detail
+{
+
+/// Throws "Bad argument count for function 'NAME' (COUNT instead of EXPECTED)" for the running function; returns
+/// JS_FALSE.
+VC_QXPARSER_API JSBool FailCount(JSContext* cx, const jsval* argv, uintN count, unsigned int expected);
+/// Throws "Argument POSITION: can not convert to TYPE"; positions count from 1. Returns JS_FALSE.
+VC_QXPARSER_API JSBool FailArgument(JSContext* cx, unsigned int position, const wchar_t* type);
+/// Throws "Object is not of class 'NAME'"; returns JS_FALSE.
+VC_QXPARSER_API JSBool FailClass(JSContext* cx, const CJScriptLinkClass& expected);
+/// Ties a native object made by script to its script object: the fresh one of `new`, or else a new one. The script
+/// object owns it from then on. False when there can be none.
+VC_QXPARSER_API bool AttachToScript(JSContext* cx, JSObject* object, CJScriptLink* link, std::size_t bytes,
+                                    jsval* rval);
+
+/// Native bytes that every object costs beyond its own size, roughly: strings, the link, its script side.
+constexpr std::size_t ObjectOverhead = 200;
+
+template <typename Type> using Plain = std::remove_cv_t<std::remove_reference_t<Type>>;
+
+template <typename Result, typename... Arguments> struct Signature
+{
+    using ArgumentTuple = std::tuple<Plain<Arguments>...>;
+    static constexpr unsigned int count = sizeof...(Arguments);
+};
+
+template <typename Function> struct FunctionTraits;
+template <typename R, typename... A> struct FunctionTraits<R (*)(A...)> : Signature<R, A...>
+{
+    using Class = void;
+    using Result = R;
+};
+template <typename R, typename C, typename... A> struct FunctionTraits<R (C::*)(A...)> : Signature<R, A...>
+{
+    using Class = C;
+    using Result = R;
+};
+template <typename R, typename C, typename... A> struct FunctionTraits<R (C::*)(A...) const> : Signature<R, A...>
+{
+    using Class = C;
+    using Result = R;
+};
+
+template <typename Tuple, std::size_t... I>
+bool ConvertArguments(JSContext* cx, const jsval* argv, Tuple& arguments, std::index_sequence<I...>)
+{
+    [[maybe_unused]] const auto convert = [&](auto& argument, unsigned int position) {
+        using Type = Plain<decltype(argument)>;
+        return JSConversion<Type>::From(cx, argv[position], argument) ||
+               FailArgument(cx, position + 1, JSConversion<Type>::name);
+    };
+    return (convert(std::get<I>(arguments), I) && ...);
+}
+
+/// The native object behind `link` as the class that a method belongs to; null, with an error thrown, when it is
+/// another.
+template <typename Class> Class* Target(JSContext* cx, CJScriptLink* link)
+{
+    if constexpr (std::is_same_v<Class, CJScriptLink>)
+        return link;
+    else {
+        if (link->GetClass() && link->GetClass()->IsKindOf(&Class::ms_JSClass))
+            return static_cast<Class*>(link->GetRootObject());
+        FailClass(cx, Class::ms_JSClass);
+        return nullptr;
+    }
+}
+
+/// Calls the native with the converted arguments and converts its result.
+template <auto Function, typename Class, typename Tuple>
+bool Invoke(JSContext* cx, Class* target, Tuple& arguments, jsval* rval)
+{
+    using Result = typename FunctionTraits<decltype(Function)>::Result;
+    const auto call = [&](auto&... argument) -> Result {
+        if constexpr (std::is_void_v<typename FunctionTraits<decltype(Function)>::Class>)
+            return Function(argument...);
+        else
+            return (target->*Function)(argument...);
+    };
+    if constexpr (std::is_void_v<Result>) {
+        std::apply(call, arguments);
+        *rval = JSVAL_VOID;
+    } else
+        *rval = JSConversion<Plain<Result>>::To(cx, std::apply(call, arguments));
+    return true;
+}
+
+/// The native behind a method.
+template <auto Function> JSBool CallNative(JSContext* cx, JSObject* object, uintN argc, jsval* argv, jsval* rval)
+{
+    using Traits = FunctionTraits<decltype(Function)>;
+    auto* const link = static_cast<CJScriptLink*>(JS_GetPrivate(cx, object));
+    if (!link)
+        return JS_FALSE;
+    if (argc != Traits::count)
+        return FailCount(cx, argv, argc, Traits::count);
+    typename Traits::ArgumentTuple arguments;
+    if (!ConvertArguments(cx, argv, arguments, std::make_index_sequence<Traits::count>()))
+        return JS_FALSE;
+    if constexpr (std::is_void_v<typename Traits::Class>)
+        return Invoke<Function, CJScriptLink>(cx, link, arguments, rval);
+    else {
+        auto* const target = Target<typename Traits::Class>(cx, link);
+        return target && Invoke<Function>(cx, target, arguments, rval);
+    }
+}
+
+/// The native behind a constructor.
+template <typename Class, typename... Arguments>
+JSBool ConstructNative(JSContext* cx, JSObject* object, uintN argc, jsval* argv, jsval* rval)
+{
+    if (argc != sizeof...(Arguments))
+        return FailCount(cx, argv, argc, sizeof...(Arguments));
+    std::tuple<Plain<Arguments>...> arguments;
+    if (!ConvertArguments(cx, argv, arguments, std::index_sequence_for<Arguments...>()))
+        return JS_FALSE;
+    auto made = std::apply([](auto&... argument) { return std::make_unique<Class>(argument...); }, arguments);
+    if (!AttachToScript(cx, object, made->GetJSLink(), sizeof(Class) + ObjectOverhead, rval))
+        return JS_FALSE;
+    made.release();
+    return JS_TRUE;
+}
+
+/// The native behind a primary constructor: picks the one for the number of arguments.
+template <typename Class> JSBool ConstructByCount(JSContext* cx, JSObject* object, uintN argc, jsval* argv, jsval* rval)
+{
+    return Class::ms_JSClass.CreateNewMulti(cx, object, argc, argv, rval);
+}
+
+} // namespace script_detail
+
+/// A method over a member function of the scriptable class, or over a static one.
+template <auto Function> JSMapEntry JSMethod(const char* name)
+{
+    return JSMapEntry(name, &script_detail::CallNative<Function>,
+                      script_detail::FunctionTraits<decltype(Function)>::count);
+}
+
+/// A constructor of a scriptable class that takes these arguments.
+template <typename Class, typename... Arguments> JSMapEntry JSConstructor()
+{
+    return JSMapEntry(&script_detail::ConstructNative<Class, Arguments...>, sizeof...(Arguments));
+}
+
+/// The primary constructor: for classes that can be made with different numbers of arguments.
+template <typename Class> JSMapEntry JSPrimaryConstructor()
+{
+    return JSMapEntry(&script_detail::ConstructByCount<Class>, 0, true);
+}
+
+/// The conversions of value_conversion.h, one line a type.
+template <typename Type, bool (*FromFunction)(JSContext*, jsval, Type&), auto ToFunction> struct JSNamedConversion
+{
+    static bool From(JSContext* cx, jsval v, Type& out) { return FromFunction(cx, v, out); }
+    template <typename Value> static jsval To(JSContext* cx, Value&& value)
+    {
+        return ToFunction(cx, std::forward<Value>(value));
+    }
+};
+
+template <> struct JSConversion<int> : JSNamedConversion<int, &jsval_to_int, &int_to_jsval>
+{
+    static constexpr const wchar_t* name = L"int";
+};
+template <> struct JSConversion<double> : JSNamedConversion<double, &jsval_to_double, &double_to_jsval>
+{
+    static constexpr const wchar_t* name = L"double";
+};
+template <> struct JSConversion<bool> : JSNamedConversion<bool, &jsval_to_bool, &bool_to_jsval>
+{
+    static constexpr const wchar_t* name = L"bool";
+};
+template <> struct JSConversion<wxString> : JSNamedConversion<wxString, &jsval_to_wxString, &wxString_to_jsval>
+{
+    static constexpr const wchar_t* name = L"wxString";
+};
+template <> struct JSConversion<wxArrayInt> : JSNamedConversion<wxArrayInt, &jsval_to_wxArrayInt, &wxArrayInt_to_jsval>
+{
+    static constexpr const wchar_t* name = L"wxArrayInt";
+};
+template <>
+struct JSConversion<wxArrayString> : JSNamedConversion<wxArrayString, &jsval_to_wxArrayString, &wxArrayString_to_jsval>
+{
+    static constexpr const wchar_t* name = L"wxArrayString";
+};
+template <>
+struct JSConversion<wxArraypCJScriptLink>
+    : JSNamedConversion<wxArraypCJScriptLink, &jsval_to_wxArraypCJScriptLink, &wxArraypCJScriptLink_to_jsval>
+{
+    static constexpr const wchar_t* name = L"wxArraypCJScriptLink";
+};
+template <>
+struct JSConversion<CJScriptLink*> : JSNamedConversion<CJScriptLink*, &jsval_to_pCJScriptLink, &pCJScriptLink_to_jsval>
+{
+    static constexpr const wchar_t* name = L"pCJScriptLink";
+};
+template <> struct JSConversion<wxObject*> : JSNamedConversion<wxObject*, &jsval_to_pwxObject, &pwxObject_to_jsval>
+{
+    static constexpr const wchar_t* name = L"pwxObject";
+};
+template <> struct JSConversion<JSFunction*>
+{
+    static constexpr const wchar_t* name = L"pJSFunction";
+    static bool From(JSContext* cx, jsval v, JSFunction*& out) { return jsval_to_pJSFunction(cx, v, out); }
+    static jsval To(JSContext*, JSFunction* function)
+    {
+        return function ? OBJECT_TO_JSVAL(JS_GetFunctionObject(function)) : JSVAL_NULL;
+    }
+};
+/// A value that passes through as it is. (It is the machine word of that size, so a plain number of that type is one
+/// too.)
+template <> struct JSConversion<jsval>
+{
+    static constexpr const wchar_t* name = L"jsval";
+    static bool From(JSContext* cx, jsval v, jsval& out) { return jsval_to_jsval(cx, v, out); }
+    static jsval To(JSContext* cx, jsval v) { return jsval_to_jsval(cx, v); }
+};
+/// Pointers to scriptable objects. Script passes their objects, or null; it gets null for one without a script object.
+template <typename Class>
+struct JSConversion<Class*, std::enable_if_t<std::is_base_of_v<wxObject, Class> && !std::is_same_v<wxObject, Class>>>
+{
+    static constexpr const wchar_t* name = L"pCJScriptLinkRoot";
+    static bool From(JSContext* cx, jsval v, Class*& out)
+    {
+        wxObject* object = nullptr;
+        if (!jsval_to_pCJScriptLinkRoot(cx, v, object))
+            return false;
+        out = dynamic_cast<Class*>(object);
+        return out || !object;
+    }
+    static jsval To(JSContext* cx, Class* object)
+    {
+        return pCJScriptLink_to_jsval(cx, object ? object->GetJSLink() : nullptr);
+    }
+};

@@ -1,0 +1,98 @@
+#include "script/text_file.h"
+
+#include "base/dir.h"
+#include "script/class_module.h"
+#include "script/native_function.h"
+
+wxIMPLEMENT_CLASS(CqxJSFile, wxObject);
+
+JSMapEntry CqxJSFile::m_JSMapEntries[] = {
+    JSConstructor<CqxJSFile>(),
+    JSMethod<&CqxJSFile::Open>("Open"),
+    JSMethod<&CqxJSFile::Create>("Create"),
+    JSMethod<&CqxJSFile::IsOpened>("IsOpened"),
+    JSMethod<&CqxJSFile::Close>("Close"),
+    JSMethod<&CqxJSFile::Eof>("Eof"),
+    JSMethod<&CqxJSFile::ReadLn>("ReadLn"),
+    JSMethod<&CqxJSFile::ReadAll>("ReadAll"),
+    JSMethod<&CqxJSFile::Clear>("Clear"),
+    JSMethod<&CqxJSFile::WriteLn>("WriteLn"),
+    JSMapEntry(),
+};
+const JSMap CqxJSFile::m_JSMap{"TextFile", &CJScriptLink::ms_JSClass, m_JSMapEntries};
+CJScriptLinkClass CqxJSFile::ms_JSClass(&CqxJSFile::m_JSMap);
+
+JS_REGISTER_CLASS_MODULE(CqxJSFile)
+
+CqxJSFile::CqxJSFile()
+{
+    m_link.Link(this, &ms_JSClass);
+}
+
+/// Starts over with the file of this path; false when it is no path.
+bool CqxJSFile::Resolve(wxString& path)
+{
+    m_position = 0;
+    Close();
+    return CDir::ResolvePath(path);
+}
+
+bool CqxJSFile::Open(wxString path)
+{
+    return Resolve(path) && m_file.Open(path, wxConvAuto());
+}
+
+bool CqxJSFile::Create(wxString path)
+{
+    return Resolve(path) && m_file.Create(path);
+}
+
+bool CqxJSFile::IsOpened()
+{
+    return m_file.IsOpened();
+}
+
+void CqxJSFile::Close()
+{
+    if (m_file.IsOpened())
+        m_file.Close();
+}
+
+bool CqxJSFile::Eof()
+{
+    return m_position >= m_file.GetLineCount();
+}
+
+wxString CqxJSFile::ReadLn()
+{
+    return Eof() ? wxString() : m_file.GetLine(m_position++);
+}
+
+wxString CqxJSFile::ReadAll()
+{
+    wxString text;
+    for (std::size_t i = 0; i < m_file.GetLineCount(); ++i)
+        text << m_file.GetLine(i) << wxS("\n");
+    return text;
+}
+
+bool CqxJSFile::WriteBack()
+{
+    return m_file.Write(wxTextFileType_None, wxConvAuto());
+}
+
+bool CqxJSFile::Clear()
+{
+    if (!IsOpened())
+        return false;
+    m_file.Clear();
+    return WriteBack();
+}
+
+bool CqxJSFile::WriteLn(wxString text)
+{
+    if (!IsOpened())
+        return false;
+    m_file.AddLine(text);
+    return WriteBack();
+}
