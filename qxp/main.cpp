@@ -1,5 +1,6 @@
 #include "qxp/command_line.h"
 #include "qxp/preprocess_command.h"
+#include "qxp/script_command.h"
 
 #include <CLI/CLI.hpp>
 #include <wx/init.h>
@@ -40,7 +41,7 @@ int main(int argc, char** argv)
     if (!initializer.IsOk())
         return StatusFailure;
 
-    CLI::App app("Text pipeline: preprocesses texts that hold directives, defines and inline script.", "qxp");
+    CLI::App app("Text pipeline: preprocesses texts that hold directives, defines and inline script, and runs scripts.", "qxp");
     app.set_version_flag("--version", Version);
     app.require_subcommand(1);
     app.get_formatter()->column_width(34);
@@ -49,6 +50,7 @@ int main(int argc, char** argv)
 
     std::function<int()> run;
     AddPreprocessCommand(app, run);
+    AddScriptCommand(app, run);
 
     if (argc < 2) {
         std::cerr << app.help();

@@ -1,0 +1,177 @@
+#include "qxp/script_command.h"
+
+#include "qxp/command_line.h"
+#include "qxp/diagnostics.h"
+#include "qxp/script_log.h"
+#include "qxp/script_prompt.h"
+#include "vc_qxparser.h"
+
+#include <unistd.h>
+
+#include <cstdio>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace
+{
+
+constexpr double MillisecondsPerSecond = 1000;
+constexpr double BytesPerMib = 1024.0 * 1024.0;
+
+struct ScriptOptions
+{
+    CommonOptions common;
+    std::vector<std::string> texts; ///< Given with -e.
+    std::vector<std::string> roots;
+    bool interactive = false;
+    double timeLimit = 0;   ///< In seconds; 0 for none.
+    double memoryLimit = 0; ///< In MiB; 0 for none.
+    bool hasFile = false;
+    std::string file;
+    std::vector<std::string> arguments;
+};
+
+class ScriptRun
+{
+public:
+    explicit ScriptRun(const ScriptOptions& options) : m_options(options) {}
+
+    int Run();
+
+private:
+    bool SetUp();
+    void DefineArguments();
+    bool RunTexts();
+    bool RunFile();
+    bool ReadText(wxString& text);
+
+    const ScriptOptions& m_options;
+    ScriptLog m_log;
+    qxjsMinimal m_global;
+    CJScript m_script{nullptr};
+};
+
+bool ScriptRun::SetUp()
+{
+    m_script.SetTimeLimit(static_cast<long>(m_options.timeLimit * MillisecondsPerSecond));
+    m_script.SetMemoryLimit(static_cast<size_t>(m_options.memoryLimit * BytesPerMib));
+    if (!m_script.SetGlobal(m_global.GetJSLink(), wxS("Global")))
+        return false;
+    DefineArguments();
+    return true;
+}
+
+void ScriptRun::DefineArguments()
+{
+    wxArrayString arguments;
+    for (const std::string& argument : m_options.arguments)
+        arguments.Add(FromSystemName(argument));
+    JSContext* const cx = m_script.GetContext();
+    JS_DefineWideProperty(cx, m_global.GetJSLink()->GetJSObject(), L"arguments", 9,
+                          wxArrayString_to_jsval(cx, arguments), nullptr, nullptr, JSPROP_ENUMERATE);
+}
+
+bool ScriptRun::RunTexts()
+{
+    jsval value = JSVAL_VOID;
+    for (const std::string& text : m_options.texts) {
+        if (!m_script.EvaluateValue(FromSystemName(text), nullptr, value))
+            return false;
+    }
+    if (!JSVAL_IS_VOID(value))
+        std::printf("%s\n", ToUtf8(m_script.JSValToString(value)).c_str());
+    return true;
+}
+
+bool ScriptRun::ReadText(wxString& text)
+{
+    const wxString name = FromSystemName(m_options.file);
+    CFile file = m_options.file == "-" ? CFile::StandardInput() : CDir().OpenFile(name, wxFile::read);
+    if (file.IsOpened() && file.Read(text, CFile::convDefault))
+        return true;
+    wxLogError(wxS("qxp: error: %s '%s'"), file.IsOpened() ? wxS("File not readable") : wxS("File not found"), name);
+    return false;
+}
+
+bool ScriptRun::RunFile()
+{
+    wxString text;
+    if (!ReadText(text))
+        return false;
+    // An interpreter line is a comment.
+    if (text.StartsWith(wxS("#!")))
+        text.replace(0, 2, wxS("//"));
+    return m_script.Evaluate(text, nullptr);
+}
+
+int ScriptRun::Run()
+{
+    if (!SetUp())
+        return StatusFailure;
+    bool done = m_options.texts.empty() || RunTexts();
+    if (done && m_options.hasFile)
+        done = RunFile();
+    if (done && m_options.interactive)
+        RunPrompt(m_script, m_log);
+    return done && std::fflush(stdout) == 0 ? StatusSuccess : StatusFailure;
+}
+
+/// Binds NAME=DIR; a text for CLI11 when that cannot be.
+std::string BindRoot(const std::string& text)
+{
+    wxString directory;
+    const wxString name = FromSystemName(text).BeforeFirst(wxS('='), &directory);
+    return !directory.empty() && CDir::SetRoot(name, directory) ? "" : "NAME=DIR expected: " + text;
+}
+
+/// What is no option begins with the file; behind that, options are the script's own.
+void TakeFileAndArguments(ScriptOptions& options, std::vector<std::string> rest)
+{
+    const bool onlyTexts = !options.texts.empty();
+    if (!rest.empty() && rest.front() == "--")
+        rest.erase(rest.begin());
+    if (!rest.empty() && !onlyTexts) {
+        options.hasFile = true;
+        options.file = rest.front();
+        rest.erase(rest.begin());
+    }
+    options.arguments = std::move(rest);
+    if (options.hasFile || onlyTexts || options.interactive)
+        return;
+    options.interactive = isatty(STDIN_FILENO);
+    options.hasFile = !options.interactive;
+    options.file = "-";
+}
+
+} // namespace
+
+void AddScriptCommand(CLI::App& app, std::function<int()>& run)
+{
+    CLI::App* const command = app.add_subcommand("script", "Run a script");
+    const auto options = std::make_shared<ScriptOptions>();
+    command->footer("What is no option is FILE (- is standard input), and behind it come its ARGs, which\n"
+                    "it sees as the array `arguments`.\n"
+                    "Example:\n  qxp script -e 'FormatString(\"%1 %2\", \"Hello\", StrToUpper(\"world\"))'");
+    command->prefix_command();
+    command
+        ->add_option("-e,--eval", options->texts, "Run TEXT instead of a file (repeatable) and write the last result")
+        ->type_name("TEXT")
+        ->allow_extra_args(false);
+    command->add_flag("-i,--interactive", options->interactive, "Read, evaluate, print; the default on a terminal");
+    command->add_option("--root", options->roots, "Bind a named root directory (repeatable)")
+        ->type_name("NAME=DIR")
+        ->allow_extra_args(false)
+        ->check(BindRoot);
+    command->add_option("--time-limit", options->timeLimit, "Stop a script that runs longer")
+        ->type_name("SECONDS")
+        ->check(CLI::PositiveNumber);
+    command->add_option("--memory-limit", options->memoryLimit, "Stop a script that makes the process grow by more")
+        ->type_name("MIB")
+        ->check(CLI::PositiveNumber);
+    AddCommonOptions(*command, options->common);
+    command->callback([command, options, &run] {
+        TakeFileAndArguments(*options, command->remaining());
+        run = [options] { return ScriptRun(*options).Run(); };
+    });
+}

@@ -1,0 +1,60 @@
+#include "qxp/script_log.h"
+
+#include "base/text_encoding.h"
+
+#include <cstdio>
+#include <string>
+#include <utility>
+
+namespace
+{
+
+constexpr wxLogLevel ScriptErrorLevel = 103;
+
+void WriteLine(std::FILE* stream, const wxString& text)
+{
+    const std::string line = ToUtf8(text) + "\n";
+    std::fwrite(line.data(), 1, line.size(), stream);
+}
+
+} // namespace
+
+ScriptLog::ScriptLog() : m_previous(wxLog::SetActiveTarget(this))
+{
+    SetVerbose(true);
+}
+
+ScriptLog::~ScriptLog()
+{
+    wxLog::SetActiveTarget(m_previous);
+}
+
+std::vector<wxString> ScriptLog::TakeReports()
+{
+    m_holding = false;
+    return std::exchange(m_reports, {});
+}
+
+void ScriptLog::WriteReport(const wxString& report)
+{
+    // What was printed before an error is seen before it.
+    std::fflush(stdout);
+    wxString text = report;
+    report.StartsWith(wxS("CJScript "), &text);
+    const std::string bytes = ToUtf8(text);
+    std::fwrite(bytes.data(), 1, bytes.size(), stderr);
+}
+
+void ScriptLog::DoLogRecord(wxLogLevel level, const wxString& message, const wxLogRecordInfo&)
+{
+    if (level == ScriptErrorLevel && m_holding)
+        m_reports.push_back(message);
+    else if (level == ScriptErrorLevel)
+        WriteReport(message);
+    else if (level == wxLOG_Info || level == wxLOG_Message)
+        WriteLine(stdout, message);
+    else {
+        std::fflush(stdout);
+        WriteLine(stderr, message);
+    }
+}

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <wx/log.h>
+#include <wx/string.h>
+
+#include <vector>
+
+/// The log of a script run: what scripts print goes to standard output, their errors and the formatted reports to
+/// standard error. Takes the place of the log while it lives.
+class ScriptLog : public wxLog
+{
+public:
+    ScriptLog();
+    ~ScriptLog() override;
+
+    /// Keeps reports back from now on; TakeReports hands them out and ends that.
+    void HoldReports() { m_holding = true; }
+    std::vector<wxString> TakeReports();
+
+    static void WriteReport(const wxString& report);
+
+protected:
+    void DoLogRecord(wxLogLevel level, const wxString& message, const wxLogRecordInfo& info) override;
+
+private:
+    bool m_holding = false;
+    std::vector<wxString> m_reports;
+    wxLog* m_previous;
+};
