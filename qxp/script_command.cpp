@@ -150,6 +150,7 @@ void AddScriptCommand(CLI::App& app, std::function<int()>& run)
 {
     CLI::App* const command = app.add_subcommand("script", "Run a script");
     const auto options = std::make_shared<ScriptOptions>();
+    command->group("Commands");
     command->footer("What is no option is FILE (- is standard input), and behind it come its ARGs, which\n"
                     "it sees as the array `arguments`.\n"
                     "Example:\n  qxp script -e 'FormatString(\"%1 %2\", \"Hello\", StrToUpper(\"world\"))'");
