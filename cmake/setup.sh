@@ -20,15 +20,16 @@ install_missing_packages() {
     "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}" >&2
 }
 
-# setup_release TARGET: builds TARGET of the release preset; quiet when there is nothing to do.
+# setup_release TARGET: builds TARGET of the release preset.
 setup_release() {
     install_missing_packages
-    local build="$root/build/release" log
+    local build="$root/build/release"
     if [ ! -f "$build/build.ninja" ]; then
         echo "Configuring $build" >&2
         (cd "$root" && cmake --preset release) >&2
     fi
-    if ! ninja -C "$build" -n "$1" | grep -q 'no work to do'; then
-        ninja -C "$build" "$1" >&2
-    fi
+    # A build with nothing to do is silent; one that takes its time shows how far it is.
+    local quiet=()
+    [ "$(ninja -C "$build" -n "$1" | grep -c '^\[')" -gt 1 ] || quiet=(--quiet)
+    ninja -C "$build" "${quiet[@]}" "$1" >&2
 }
