@@ -30,6 +30,6 @@ setup_release() {
     fi
     # A build with nothing to do is silent; one that takes its time shows how far it is.
     local quiet=()
-    [ "$(ninja -C "$build" -n "$1" | grep -c '^\[')" -gt 1 ] || quiet=(--quiet)
+    [ "$(ninja -C "$build" -n "$1" | grep -c '^\[')" -gt 2 ] || quiet=(--quiet)
     ninja -C "$build" "${quiet[@]}" "$1" >&2
 }
