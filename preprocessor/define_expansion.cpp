@@ -3,21 +3,17 @@
 #include "preprocessor/directive_line_detail.h"
 #include "preprocessor/preprocessor.h"
 #include "preprocessor/preprocessor_scripts_detail.h"
-#include "preprocessor/text_detail.h"
+#include "preprocessor/text_span_detail.h"
 
 #include <algorithm>
 
 using text_detail::FindClosingQuote;
 using text_detail::IsBlank;
+using text_detail::IsQuote;
 using text_detail::SkipWord;
 
 namespace
 {
-
-bool IsQuote(wchar_t ch)
-{
-    return ch == L'"' || ch == L'\'';
-}
 
 const CParserUnit* UnitOf(const _BlockPosition* position)
 {

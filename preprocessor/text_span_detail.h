@@ -1,0 +1,47 @@
+#pragma once
+
+#include "preprocessor/text_detail.h"
+
+#include <wx/string.h>
+
+#include <algorithm>
+#include <cstddef>
+
+/// A text seen as a run of characters, for operations that work through it once.
+namespace text_detail
+{
+
+/// The characters of a text, NULs included. They live as long as the text is neither changed nor destroyed.
+struct Span
+{
+    explicit Span(const wxString& text) : begin(text.wx_str()), end(begin + text.length()) {}
+    Span(const wchar_t* first, const wchar_t* behind) : begin(first), end(behind) {}
+
+    size_t Length() const { return static_cast<size_t>(end - begin); }
+    bool Holds(wchar_t character) const { return FindChar(begin, end, character) != end; }
+
+    const wchar_t* begin;
+    const wchar_t* end;
+};
+
+inline void Append(wxString& out, const wchar_t* begin, const wchar_t* end)
+{
+    out.append(begin, static_cast<size_t>(end - begin));
+}
+
+inline wxString Copy(const wchar_t* begin, const wchar_t* end)
+{
+    return wxString(begin, static_cast<size_t>(end - begin));
+}
+
+inline size_t CountChar(const Span& text, wchar_t character)
+{
+    return static_cast<size_t>(std::count(text.begin, text.end, character));
+}
+
+constexpr bool IsQuote(wchar_t character)
+{
+    return character == L'"' || character == L'\'';
+}
+
+} // namespace text_detail
