@@ -1,5 +1,7 @@
 #include <algorithm>
 #include <cstring>
+#include <iterator>
+#include <type_traits>
 
 #include "engine/entry_detail.h"
 #include "engine/js_value.h"
@@ -60,26 +62,51 @@ bool AllBelow(const wchar_t* chars, std::size_t length, std::uint32_t bound)
     return ::JS_NewUCStringDontDeflate(engine, std::move(buffer), units);
 }
 
-// Calls `append(wide, length)` with the text. The engine's own characters are read in place: nothing collects here.
-template <typename Append> bool ReadWide(JSContext* cx, JSString* str, const char* function, Append append)
+// The engine's characters, read in place: nothing collects while this is used.
+struct Text
 {
-    ThreadState* t = Usable(cx, function);
-    if (!t || !str)
+    std::size_t length;
+    const JS::Latin1Char* latin1; // or null
+    const char16_t* units;
+
+    // `out` has room for `length` characters; returns how many it got.
+    std::size_t Decode(wchar_t* out) const
+    {
+        if (!latin1)
+            return DecodeUtf16(units, length, out);
+        std::copy(latin1, latin1 + length, out);
+        return length;
+    }
+};
+
+bool ReadText(ThreadState& t, ::JSString* str, Text& text)
+{
+    ::JSLinearString* linear = JS::StringToLinearString(t.engine, str);
+    if (!linear) {
+        ++t.uses;
         return false;
-    ::JSLinearString* linear = ::JS_EnsureLinearString(t->engine, Inner(str));
-    if (!linear)
+    }
+    const JS::AutoCheckCannotGC nogc;
+    text = {JS::GetLinearStringLength(linear), nullptr, nullptr};
+    if (JS::LinearStringHasLatin1Chars(linear))
+        text.latin1 = JS::GetLatin1LinearStringChars(nogc, linear);
+    else
+        text.units = JS::GetTwoByteLinearStringChars(nogc, linear);
+    return true;
+}
+
+bool ReadWide(JSContext* cx, JSString* str, const char* function, std::wstring& out)
+{
+    ThreadState* t = UsableQuietly(cx, function);
+    Text text;
+    if (!t || !str || !ReadText(*t, Inner(str), text))
         return false;
-    JS::AutoCheckCannotGC nogc;
-    const std::size_t length = JS::GetLinearStringLength(linear);
-    if (JS::LinearStringHasLatin1Chars(linear)) {
-        const JS::Latin1Char* chars = JS::GetLatin1LinearStringChars(nogc, linear);
-        append(length, [&](wchar_t* out) {
-            std::copy(chars, chars + length, out);
-            return length;
-        });
+    wchar_t few[128]; // most texts are short, and growing the string first would fill it twice
+    if (text.length <= std::size(few)) {
+        out.assign(few, text.Decode(few));
     } else {
-        const char16_t* chars = JS::GetTwoByteLinearStringChars(nogc, linear);
-        append(length, [&](wchar_t* out) { return DecodeUtf16(chars, length, out); });
+        out.resize(text.length);
+        out.resize(text.Decode(out.data()));
     }
     return true;
 }
@@ -188,6 +215,7 @@ const jschar* JS_GetStringChars(JSString* str)
     ThreadState* t = t_state;
     if (!t || t->collecting || !str)
         return nullptr;
+    ++t->uses;
     t->Keep(STRING_TO_JSVAL(str));
     auto known = t->string_chars.find(Inner(str));
     if (known != t->string_chars.end())
@@ -204,22 +232,21 @@ const jschar* JS_GetStringChars(JSString* str)
 
 bool JS_StringToWide(JSContext* cx, JSString* str, std::wstring& out)
 {
-    return ReadWide(cx, str, __func__, [&](std::size_t longest, auto decode) {
-        out.resize(longest);
-        out.resize(decode(out.data()));
-    });
+    return ReadWide(cx, str, __func__, out);
 }
 
 bool JS_StringToWide(JSContext* cx, JSString* str, wxString& out)
 {
-    return ReadWide(cx, str, __func__, [&](std::size_t longest, auto decode) {
-        if (longest == 0) {
-            out.clear();
-            return;
-        }
-        wxStringBufferLength buffer(out, longest);
-        buffer.SetLength(decode(buffer));
-    });
+    if constexpr (std::is_reference_v<decltype(out.ToStdWstring())>) {
+        // What the string is inside: its own functions for writing into it go through one buffer more.
+        return ReadWide(cx, str, __func__, const_cast<std::wstring&>(out.ToStdWstring()));
+    } else {
+        std::wstring wide;
+        if (!ReadWide(cx, str, __func__, wide))
+            return false;
+        out = wide;
+        return true;
+    }
 }
 
 std::string JS_StringToUtf8(JSContext* cx, JSString* str)
