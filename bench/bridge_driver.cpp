@@ -117,17 +117,19 @@ void Finalize(JSContext* cx, JSObject* obj)
     if (peer && g_bytes != 0)
         JS_RemoveNativeMemory(cx, obj, g_bytes);
     if (peer && g_deferred)
-        JS_CallAtSafePoint(cx, [](void* data) { delete static_cast<Peer*>(data); }, peer);
+        JS_CallAtSafePoint(
+            cx, [](void* data) { delete static_cast<Peer*>(data); }, peer);
     else
         delete peer;
 }
 
-constexpr JSClass kGlobal = {"Global", 0,       nullptr, nullptr, nullptr,
-                             nullptr,  nullptr, nullptr, nullptr, nullptr};
+constexpr JSClass kGlobal = {"Global", 0, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr};
 constexpr JSClass kPeer = {"Peer", 0, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, Finalize};
-constexpr JSFunctionSpec kFunctions[] = {
-    {"add", Add, 1, 0, 0},   {"addNumber", AddNumber, 1, 0, 0}, {"len", Length, 1, 0, 0},
-    {"text", Text, 0, 0, 0}, {nullptr, nullptr, 0, 0, 0}};
+constexpr JSFunctionSpec kFunctions[] = {{"add", Add, 1, 0, 0},
+                                         {"addNumber", AddNumber, 1, 0, 0},
+                                         {"len", Length, 1, 0, 0},
+                                         {"text", Text, 0, 0, 0},
+                                         {nullptr, nullptr, 0, 0, 0}};
 constexpr JSPropertySpec kProperties[] = {{"value", 1, JSPROP_ENUMERATE, Value, nullptr},
                                           {"number", 2, JSPROP_ENUMERATE, Number, nullptr},
                                           {nullptr, 0, 0, nullptr, nullptr}};
@@ -176,15 +178,10 @@ bool Run(JSContext* cx, const std::string& mode, long n, double& sum)
     {
         const char* mode;
         const wchar_t* body;
-    } kLoops[] = {{"call_int", L"o.add(i)"},
-                  {"call_num", L"o.addNumber(i)"},
-                  {"prop", L"o.value"},
-                  {"prop_num", L"o.number"},
-                  {"call_str", L"o.len(t[i & 1])"},
-                  {"call_text", L"o.text().length"},
-                  {"construct", L"new Peer().value"},
-                  {"kilo", L"new Peer().value"},
-                  {"deferred", L"new Peer().value"}};
+    } kLoops[] = {
+        {"call_int", L"o.add(i)"},          {"call_num", L"o.addNumber(i)"},  {"prop", L"o.value"},
+        {"prop_num", L"o.number"},          {"call_str", L"o.len(t[i & 1])"}, {"call_text", L"o.text().length"},
+        {"construct", L"new Peer().value"}, {"kilo", L"new Peer().value"},    {"deferred", L"new Peer().value"}};
     g_bytes = mode == "kilo" ? 1000 : 0;
     g_deferred = mode == "deferred" || mode == "kilo";
     for (const auto& loop : kLoops) {

@@ -49,7 +49,7 @@ const char* JS_GetFunctionName(JSFunction* fun)
 
 JSBool JS_IsConstructing(JSContext* cx)
 {
-    ThreadState* t = Usable(cx, __func__);
+    ThreadState* t = UsableQuietly(cx, __func__);
     return t && t->constructing;
 }
 

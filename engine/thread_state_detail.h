@@ -137,6 +137,7 @@ struct ThreadState final : DoublePool::Marker
     JSContext* current = nullptr;
     Entry* innermost = nullptr;
     unsigned depth = 0;
+    std::size_t uses = 0; // calls that could have left an exception pending
     bool collecting = false;
     bool constructing = false;
     std::atomic<bool> has_orders{false};
@@ -171,7 +172,8 @@ struct ThreadState final : DoublePool::Marker
 
 // Constant-initialised and trivially destructible, so that reading it costs no guard and it can be asked during the
 // destruction of everything else.
-inline thread_local ThreadState* t_state = nullptr;
+// One word of the static block, which every call reads: otherwise the library would look it up by a call each time.
+[[gnu::tls_model("initial-exec")]] inline thread_local ThreadState* t_state = nullptr;
 
 // The calling thread's state, started if need be; null when it cannot be.
 ThreadState* StartThread();
@@ -181,6 +183,16 @@ ThreadState* RefuseCall(JSContext* cx, const char* function);
 
 // The first thing every function does: the state to work on, or null when the call must be refused.
 inline ThreadState* Usable(JSContext* cx, const char* function)
+{
+    ThreadState* t = t_state;
+    if (cx && t && cx->thread.load(std::memory_order_relaxed) == t && !t->collecting) {
+        ++t->uses;
+        return t;
+    }
+    return RefuseCall(cx, function);
+}
+// The same for what never leaves an exception pending.
+inline ThreadState* UsableQuietly(JSContext* cx, const char* function)
 {
     ThreadState* t = t_state;
     if (cx && t && cx->thread.load(std::memory_order_relaxed) == t && !t->collecting)

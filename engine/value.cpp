@@ -10,7 +10,7 @@ namespace qxjs
 
 JSBool JS_ValueToNumber(JSContext* cx, jsval v, jsdouble* dp)
 {
-    if (JSVAL_IS_NUMBER(v) && Usable(cx, __func__)) {
+    if (JSVAL_IS_NUMBER(v) && UsableQuietly(cx, __func__)) {
         *dp = JSVAL_IS_INT(v) ? JSVAL_TO_INT(v) : *JSVAL_TO_DOUBLE(v);
         return JS_TRUE;
     }
@@ -36,7 +36,7 @@ JSBool JS_ValueToInt32(JSContext* cx, jsval v, jsint* ip)
 
 JSBool JS_ValueToBoolean(JSContext* cx, jsval v, JSBool* bp)
 {
-    ThreadState* t = Usable(cx, __func__);
+    ThreadState* t = UsableQuietly(cx, __func__);
     if (!t)
         return JS_FALSE;
     JS::RootedValue value(t->engine, ToEngine(v));
@@ -47,7 +47,7 @@ JSBool JS_ValueToBoolean(JSContext* cx, jsval v, JSBool* bp)
 JSString* JS_ValueToString(JSContext* cx, jsval v)
 {
     if (JSVAL_IS_STRING(v) && JSVAL_TO_STRING(v)) {
-        ThreadState* t = Usable(cx, __func__);
+        ThreadState* t = UsableQuietly(cx, __func__);
         return t ? JSVAL_TO_STRING(t->Keep(v)) : nullptr;
     }
     Entry entry(cx, __func__);
@@ -82,7 +82,7 @@ JSBool JS_ValueToObject(JSContext* cx, jsval v, JSObject** objp)
 
 JSType JS_TypeOfValue(JSContext* cx, jsval v)
 {
-    if (!Usable(cx, __func__) || JSVAL_IS_VOID(v))
+    if (!UsableQuietly(cx, __func__) || JSVAL_IS_VOID(v))
         return JSTYPE_VOID;
     if (JSVAL_IS_NUMBER(v))
         return JSTYPE_NUMBER;
@@ -95,7 +95,7 @@ JSType JS_TypeOfValue(JSContext* cx, jsval v)
 
 jsdouble* JS_NewDouble(JSContext* cx, jsdouble d)
 {
-    ThreadState* t = Usable(cx, __func__);
+    ThreadState* t = UsableQuietly(cx, __func__);
     if (!t)
         return nullptr;
     return JSVAL_TO_DOUBLE(KeptDouble(*t, d));
@@ -103,7 +103,7 @@ jsdouble* JS_NewDouble(JSContext* cx, jsdouble d)
 
 JSBool JS_NewDoubleValue(JSContext* cx, jsdouble d, jsval* rval)
 {
-    ThreadState* t = Usable(cx, __func__);
+    ThreadState* t = UsableQuietly(cx, __func__);
     if (!t)
         return JS_FALSE;
     *rval = KeptDouble(*t, d);
@@ -112,7 +112,7 @@ JSBool JS_NewDoubleValue(JSContext* cx, jsdouble d, jsval* rval)
 
 JSBool JS_NewNumberValue(JSContext* cx, jsdouble d, jsval* rval)
 {
-    ThreadState* t = Usable(cx, __func__);
+    ThreadState* t = UsableQuietly(cx, __func__);
     if (!t)
         return JS_FALSE;
     // Minus zero is whole but no integer word.

@@ -72,6 +72,8 @@ inline jsval ToWord(ThreadState& t, const JS::Value& value)
 // The word for a function's argument. The engine keeps the argument itself alive; only doubles get a cell of ours.
 inline jsval ToArgument(ThreadState& t, const JS::Value& value)
 {
+    if (value.isInt32() && INT_FITS_IN_JSVAL(value.toInt32()))
+        return INT_TO_JSVAL(value.toInt32());
     if (value.isObject())
         return OBJECT_TO_JSVAL(Outer(&value.toObject()));
     if (value.isString())
