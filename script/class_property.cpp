@@ -124,8 +124,7 @@ JSMapEntry* CJScriptLinkClass::FindEntry(jsval id, bool byTinyId) const
             ++row;
         return row->name ? row : nullptr;
     }
-    // The id behind the last one of a full class has wrapped to 0.
-    if (cls->m_nextTinyId != 0 && number >= cls->m_nextTinyId)
+    if (number >= cls->m_nextTinyId)
         return nullptr;
     for (JSMapEntry* row = cls->m_map->entries + (number - cls->m_firstTinyId); row->name; ++row) {
         if (row->tinyid == number)

@@ -64,6 +64,10 @@ template <typename Item> void Remove(std::vector<Item>& items, const Item& item)
 
 CJScriptLinkClass::~CJScriptLinkClass()
 {
+    for (const auto& record : m_contexts) {
+        if (record->prototype)
+            JS_RemoveRoot(record->context, &record->prototype);
+    }
     Remove(DeclaredClasses(), this);
     UnregisterJSClass(this);
 }

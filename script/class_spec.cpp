@@ -4,12 +4,14 @@
 #include <wx/log.h>
 
 #include <algorithm>
+#include <limits>
 
 namespace
 {
 
 constexpr int EnumeratePermanent = JSPROP_ENUMERATE | JSPROP_PERMANENT;
 constexpr std::uint8_t KindGroup = 0xc0;
+constexpr std::uint32_t LastTinyId = std::numeric_limits<std::uint8_t>::max();
 
 /// Puts a row before the empty one that ends the list.
 template <typename Row> void AddBeforeEnd(std::vector<Row>& rows, const Row& row)
@@ -88,13 +90,12 @@ bool CJScriptLinkClass::AddRow(JSMapEntry& row)
 
 bool CJScriptLinkClass::AddProperty(JSMapEntry& row)
 {
-    // Behind the last id comes 0, which is nobody's: the class is full.
-    if (m_nextTinyId == 0) {
+    if (m_nextTinyId > LastTinyId) {
         wxLogError(wxS("CJScriptLinkClass::CreateSpec Too many Properties for %s"), m_map->name);
         return false;
     }
-    AddPropSpec(row.name, m_nextTinyId, EnumeratePermanent);
-    row.tinyid = m_nextTinyId++;
+    row.tinyid = static_cast<std::uint8_t>(m_nextTinyId++);
+    AddPropSpec(row.name, row.tinyid, EnumeratePermanent);
     return true;
 }
 
