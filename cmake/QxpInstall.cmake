@@ -2,7 +2,7 @@
 
 include(CMakePackageConfigHelpers)
 
-install(TARGETS vc_qxparser qxp_wxbase EXPORT vc_qxparserTargets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(TARGETS vc_qxparser vc_qxparser_window qxp_wxbase qxp_wxcore EXPORT vc_qxparserTargets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(TARGETS qxp RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 
 get_property(headers GLOBAL PROPERTY QXP_PUBLIC_HEADERS)

@@ -1,5 +1,6 @@
 #include "script/window_events.h"
 
+#include "base/library_path_detail.h"
 #include "script/script_link.h"
 
 #include <wx/dynlib.h>
@@ -14,22 +15,31 @@ constexpr const wchar_t* WindowLibrary = L"libvc_qxparser_window.so.0";
 
 std::atomic<const CJSWindowEvents*> windowEvents{nullptr};
 
-/// Whether the program has windows at all; looked up once, since programs without them make many objects.
-const wxClassInfo* WindowClass()
+/// Whether the class is wxWidgets' class of windows or a descendant. Goes by the name, as the class itself is in a
+/// library that programs without windows do not load.
+bool IsWindowClass(const wxClassInfo* info)
 {
-    static const wxClassInfo* const found = wxClassInfo::FindClass(wxS("wxWindow"));
-    return found;
+    return info && (wxStrcmp(info->GetClassName(), wxS("wxWindow")) == 0 || IsWindowClass(info->GetBaseClass1()) ||
+                    IsWindowClass(info->GetBaseClass2()));
 }
 
-/// A program with windows that was not linked with the library for them gets it loaded now; it stays.
+/// Loads the library, which then stays: from beside this one, or else from where the system looks.
+bool LoadWindowLibrary()
+{
+    wxDynamicLibrary library;
+    const wxLogNull quiet;
+    constexpr int flags = wxDL_NOW | wxDL_VERBATIM | wxDL_GLOBAL;
+    const bool isLoaded =
+        library.Load(vcq::detail::LibraryDirectory() + WindowLibrary, flags) || library.Load(WindowLibrary, flags);
+    library.Detach();
+    return isLoaded;
+}
+
+/// A program with windows that was not linked with the library for them gets it loaded now.
 const CJSWindowEvents* LoadWindowEvents()
 {
-    static const bool loaded = [] {
-        auto* const library = new wxDynamicLibrary;
-        const wxLogNull quiet;
-        return library->Load(WindowLibrary, wxDL_NOW | wxDL_VERBATIM | wxDL_GLOBAL);
-    }();
-    if (!loaded || !windowEvents)
+    static const bool isLoaded = LoadWindowLibrary();
+    if (!isLoaded || !windowEvents)
         wxLogError(wxS("Script objects that are windows need %s"), WindowLibrary);
     return windowEvents;
 }
@@ -45,7 +55,7 @@ void CJScriptLink::InitEvtHandler(bool push)
 {
     if (push == m_isEventHandler)
         return;
-    if (push && (!WindowClass() || !m_owner->GetClassInfo()->IsKindOf(WindowClass())))
+    if (push && !IsWindowClass(m_owner->GetClassInfo()))
         return;
     const CJSWindowEvents* const events = windowEvents ? windowEvents.load() : LoadWindowEvents();
     if (!events)
