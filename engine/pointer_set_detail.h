@@ -7,8 +7,7 @@
 namespace qxjs
 {
 
-// A set of addresses of collected things, open addressing with linear probing: every object of a host's class enters
-// and leaves it once, and a node-based set would cost as much as the object itself.
+// A set of addresses, open addressing with linear probing.
 class PointerSet
 {
 public:
