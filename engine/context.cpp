@@ -138,8 +138,7 @@ void DestroyContextNow(ThreadState& t, JSContext* cx)
 {
     cx->global = nullptr;
     cx->scripts.clear();
-    for (auto root = t.roots.begin(); root != t.roots.end();)
-        root = root->second.cx == cx ? t.roots.erase(root) : std::next(root);
+    t.roots.RemoveOf(cx);
     if (t.AtRest())
         t.locals.Truncate(0);
     // The context is there until its objects are gone: their finalizers get it.

@@ -279,6 +279,41 @@ TEST_F(EngineGc, CallsAtTheSafePointComeAfterTheScriptThatCausedThem)
     EXPECT_EQ(g_order, (std::vector<std::string>{"finalizer", "native", "later"}));
 }
 
+TEST_F(EngineGc, ARootMayHoldOneThingAfterAnother)
+{
+    JSObject* first = NewHost();
+    JSObject* second = NewHost();
+    JSObject* root = first;
+    JSObject* other_root = nullptr;
+    ASSERT_TRUE(JS_AddRoot(cx, &root));
+    ASSERT_TRUE(JS_AddRoot(cx, &other_root));
+    for (int i = 0; i < 3; ++i) {
+        root = first;
+        EXPECT_FALSE(JS_IsAboutToBeFinalized(cx, first));
+        EXPECT_TRUE(JS_IsAboutToBeFinalized(cx, second));
+        root = second;
+        EXPECT_TRUE(JS_IsAboutToBeFinalized(cx, first));
+        EXPECT_FALSE(JS_IsAboutToBeFinalized(cx, second));
+        other_root = first;
+        EXPECT_FALSE(JS_IsAboutToBeFinalized(cx, first));
+        other_root = nullptr;
+    }
+    JS_RemoveRoot(cx, &root);
+    EXPECT_TRUE(JS_IsAboutToBeFinalized(cx, second));
+    JS_RemoveRoot(cx, &other_root);
+}
+
+TEST_F(EngineGc, AddressesBesideALiveObjectAreNone)
+{
+    JSObject* object = NewHost();
+    ASSERT_TRUE(JS_AddRoot(cx, &object));
+    EXPECT_FALSE(JS_IsAboutToBeFinalized(cx, object));
+    EXPECT_TRUE(JS_IsAboutToBeFinalized(cx, reinterpret_cast<char*>(object) + 1));
+    EXPECT_TRUE(JS_IsAboutToBeFinalized(cx, reinterpret_cast<char*>(object) + 8));
+    EXPECT_TRUE(JS_IsAboutToBeFinalized(cx, reinterpret_cast<void*>(8)));
+    JS_RemoveRoot(cx, &object);
+}
+
 void MisbehaveInFinalizer(JSContext* cx, JSObject* obj)
 {
     EXPECT_EQ(JS_NewUCStringCopyZ(cx, u"x"), nullptr);
