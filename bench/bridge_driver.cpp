@@ -10,7 +10,7 @@
 //   call_text   the native method o.text(), which returns a fresh string of 20
 //   construct   new Peer(), dropped at once; native part of 24 bytes
 //   kilo        the same with 1000 bytes that the collector is told of
-//   deferred    as construct; the native part is deleted at the safe point
+//   deferred    as construct; the native part is deleted after the collection
 //   eval        an evaluation of "x * 3 + <number>" from native code, every text different
 //   eval_same   an evaluation of "x * 3 + 1" from native code
 //   call_fun    a call of a script function from native code
@@ -117,7 +117,7 @@ void Finalize(JSContext* cx, JSObject* obj)
     if (peer && g_bytes != 0)
         JS_RemoveNativeMemory(cx, obj, g_bytes);
     if (peer && g_deferred)
-        JS_CallAtSafePoint(
+        JS_CallAfterNative(
             cx, [](void* data) { delete static_cast<Peer*>(data); }, peer);
     else
         delete peer;

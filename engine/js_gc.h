@@ -45,6 +45,10 @@ VC_QXPARSER_API JSBool JS_IsAboutToBeFinalized(JSContext* cx, void* thing);
 // so, else at the end of the outermost call, at the latest when the thread's engine ends; then, engine calls are
 // refused. Calls come in the order they were asked for. For finalizers that have more to do than they may.
 VC_QXPARSER_API void JS_CallAtSafePoint(JSContext* cx, void (*fn)(void* data), void* data);
+// The same, but it may come sooner: when a function or constructor of the host that script called has returned and no
+// other native is running. For destroying what no script can reach any more: until its script ends, a loop that makes
+// and drops objects would keep all of them. Errors in `fn` are reported, the script goes on.
+VC_QXPARSER_API void JS_CallAfterNative(JSContext* cx, void (*fn)(void* data), void* data);
 
 // Tells the collector that `obj` keeps so many bytes of native memory alive, so that it collects in time. Taken back
 // with the same number, at the latest in the finalizer.

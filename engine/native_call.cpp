@@ -47,10 +47,12 @@ public:
           m_constructing(t.constructing)
     {
         t.constructing = constructing;
+        ++t.natives;
         StressPoint(t);
     }
     ~NativeFrame()
     {
+        --m_thread.natives;
         m_thread.constructing = m_constructing;
         if (m_thread.local_scopes.size() > m_scopes)
             m_thread.local_scopes.resize(m_scopes);
@@ -147,6 +149,18 @@ inline JSBool Call(const NativeCall& call, jsval* result)
     return CallWith(words, call, result);
 }
 
+bool RunNative(const NativeRecord& record, JSContext* cx, const JS::CallArgs& args)
+{
+    ThreadState& t = *record.thread;
+    NativeFrame frame(t, false);
+    JSObject* self = ThisObject(t, *cx, args);
+    jsval result = JSVAL_VOID;
+    if (!self || !frame.Conclude(Call({record, cx, self, args}, &result)))
+        return false;
+    args.rval().set(ToEngine(result));
+    return true;
+}
+
 bool CallNative(::JSContext* engine, unsigned argc, JS::Value* vp)
 {
     const JS::CallArgs args = JS::CallArgsFromVp(argc, vp);
@@ -155,15 +169,7 @@ bool CallNative(::JSContext* engine, unsigned argc, JS::Value* vp)
     JSContext* cx = t.current;
     if (!cx)
         return false;
-    return Guarded(engine, [&] {
-        NativeFrame frame(t, false);
-        JSObject* self = ThisObject(t, *cx, args);
-        jsval result = JSVAL_VOID;
-        if (!self || !frame.Conclude(Call({record, cx, self, args}, &result)))
-            return false;
-        args.rval().set(ToEngine(result));
-        return true;
-    });
+    return Guarded(engine, [&] { return RunNative(record, cx, args) && (!t.EarlyCallsDue() || RunEarlyCalls(t)); });
 }
 
 JSObject* NewInstance(ThreadState& t, JSContext& cx, const JS::CallArgs& args, const HostClass& host_class)
@@ -176,6 +182,20 @@ JSObject* NewInstance(ThreadState& t, JSContext& cx, const JS::CallArgs& args, c
     return JSVAL_TO_OBJECT(t.Keep(OBJECT_TO_JSVAL(Outer(made))));
 }
 
+bool RunConstructor(const NativeRecord& record, JSContext* cx, const JS::CallArgs& args)
+{
+    ThreadState& t = *record.thread;
+    NativeFrame frame(t, args.isConstructing());
+    JSObject* self = args.isConstructing() ? NewInstance(t, *cx, args, *record.constructs) : ThisObject(t, *cx, args);
+    jsval result = JSVAL_VOID;
+    if (!self || !frame.Conclude(Call({record, cx, self, args}, &result)))
+        return false;
+    if (args.isConstructing() && JSVAL_IS_PRIMITIVE(result))
+        result = OBJECT_TO_JSVAL(self);
+    args.rval().set(ToEngine(result));
+    return true;
+}
+
 bool CallConstructor(::JSContext* engine, unsigned argc, JS::Value* vp)
 {
     const JS::CallArgs args = JS::CallArgsFromVp(argc, vp);
@@ -184,18 +204,8 @@ bool CallConstructor(::JSContext* engine, unsigned argc, JS::Value* vp)
     JSContext* cx = t.current;
     if (!cx)
         return false;
-    return Guarded(engine, [&] {
-        NativeFrame frame(t, args.isConstructing());
-        JSObject* self =
-            args.isConstructing() ? NewInstance(t, *cx, args, *record.constructs) : ThisObject(t, *cx, args);
-        jsval result = JSVAL_VOID;
-        if (!self || !frame.Conclude(Call({record, cx, self, args}, &result)))
-            return false;
-        if (args.isConstructing() && JSVAL_IS_PRIMITIVE(result))
-            result = OBJECT_TO_JSVAL(self);
-        args.rval().set(ToEngine(result));
-        return true;
-    });
+    return Guarded(engine,
+                   [&] { return RunConstructor(record, cx, args) && (!t.EarlyCallsDue() || RunEarlyCalls(t)); });
 }
 
 bool CallPropertyOp(::JSContext* engine, const JS::CallArgs& args, jsval value, bool is_setter)

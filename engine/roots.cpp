@@ -91,7 +91,7 @@ JSBool JS_AddNamedRoot(JSContext* cx, void* rp, const char* name)
     ThreadState* t = UsableInFinalizer(cx, __func__);
     if (!t || !rp)
         return JS_FALSE;
-    t->roots[rp] = {cx, name ? name : ""};
+    t->roots.Add(rp, cx, name);
     return JS_TRUE;
 }
 
@@ -105,7 +105,7 @@ JSBool JS_RemoveRoot(JSContext* cx, void* rp)
     ThreadState* t = UsableInFinalizer(cx, __func__);
     if (!t)
         return JS_FALSE;
-    t->roots.erase(rp);
+    t->roots.Remove(rp);
     return JS_TRUE;
 }
 
@@ -162,18 +162,13 @@ void JS_MaybeGC(JSContext* cx)
         RunSafePoint(*t);
 }
 
-static bool HeldByHost(const ThreadState& t, const void* thing)
+static bool HeldByHost(ThreadState& t, const void* thing)
 {
     for (const JSContext* cx : t.contexts) {
         if (cx->global == thing)
             return true;
     }
-    for (const auto& root : t.roots) {
-        const jsval v = WordAt(t, root.first);
-        if (JSVAL_IS_GCTHING(v) && JSVAL_TO_GCTHING(v) == thing)
-            return true;
-    }
-    return false;
+    return t.roots.Holds(thing);
 }
 
 JSBool JS_IsAboutToBeFinalized(JSContext* cx, void* thing)
@@ -185,20 +180,6 @@ JSBool JS_IsAboutToBeFinalized(JSContext* cx, void* thing)
         return !HeldByHost(*t, thing);
     auto* obj = static_cast<::JSObject*>(thing);
     return js::gc::EdgeNeedsSweepUnbarriered(&obj);
-}
-
-void JS_CallAtSafePoint(JSContext* cx, void (*fn)(void*), void* data)
-{
-    ThreadState* t = t_state;
-    if (!t) {
-        fn(data); // the thread's engine is gone: nothing can be running
-        return;
-    }
-    if (!UsableInFinalizer(cx, __func__))
-        return;
-    t->safe_point_calls.push_back({fn, data});
-    if (t->depth == 0 && !t->collecting)
-        RunSafePoint(*t);
 }
 
 void JS_AddNativeMemory(JSContext* cx, JSObject* obj, std::size_t bytes)

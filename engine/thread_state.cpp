@@ -176,7 +176,7 @@ void ThreadState::Stop()
     }
     default_global = nullptr;
     locals.Truncate(0);
-    roots.clear();
+    roots.Clear();
     interned.clear();
     string_chars.clear();
     id_arrays.clear();
@@ -214,19 +214,6 @@ void CollectForStress(ThreadState& t)
 {
     if (!t.collecting)
         ::JS_GC(t.engine);
-}
-
-void RunSafePoint(ThreadState& t)
-{
-    if (t.has_orders.load(std::memory_order_relaxed)) {
-        for (JSContext* cx : TakeOrders(t))
-            DestroyContextNow(t, cx);
-    }
-    while (t.depth == 0 && !t.collecting && !t.safe_point_calls.empty()) {
-        const SafePointCall call = t.safe_point_calls.front();
-        t.safe_point_calls.pop_front();
-        call.fn(call.data);
-    }
 }
 
 } // namespace qxjs

@@ -11,6 +11,7 @@
 #include <unordered_set>
 #include <vector>
 
+#include "engine/cell_set_detail.h"
 #include "engine/double_pool_detail.h"
 #include "engine/installed_engine_detail.h"
 #include "engine/interrupt_detail.h"
@@ -19,6 +20,7 @@
 #include "engine/js_runtime.h"
 #include "engine/local_roots_detail.h"
 #include "engine/pointer_set_detail.h"
+#include "engine/root_table_detail.h"
 
 namespace qxjs
 {
@@ -91,16 +93,11 @@ struct NativeRecord
     const HostClass* constructs; // the class whose instances `new` makes
 };
 
-struct RootRecord
-{
-    JSContext* cx;
-    std::string name;
-};
-
 struct SafePointCall
 {
     void (*fn)(void*);
     void* data;
+    bool early; // may come while script runs
 };
 
 // Everything this library keeps for one thread, and the thread's engine.
@@ -127,6 +124,9 @@ struct ThreadState final : DoublePool::Marker
     // No native and no local root scope is active: nobody counts on old results.
     bool AtRest() const { return depth == 0 && local_scopes.empty(); }
 
+    // Only script is between here and the outermost call.
+    bool EarlyCallsDue() const { return !safe_point_calls.empty() && depth == 1 && natives == 0; }
+
     ::JSContext* engine = nullptr;
     ::JSObject* default_global = nullptr;
     JS::Realm* outside_realm = nullptr;
@@ -137,6 +137,7 @@ struct ThreadState final : DoublePool::Marker
     JSContext* current = nullptr;
     Entry* innermost = nullptr;
     unsigned depth = 0;
+    unsigned natives = 0; // on the stack
     std::size_t uses = 0; // calls that could have left an exception pending
     bool collecting = false;
     bool constructing = false;
@@ -147,8 +148,8 @@ struct ThreadState final : DoublePool::Marker
     std::size_t local_limit;
     std::vector<std::size_t> local_scopes;
     DoublePool doubles{*this};
-    std::unordered_map<void*, RootRecord> roots;
-    PointerSet host_objects;
+    RootTable roots;
+    CellSet host_objects;
 
     std::vector<::JSString*> interned;
     PointerSet interned_set;
@@ -218,6 +219,8 @@ void SweepStringChars(ThreadState& t);
 
 // What became due while script ran: contexts put aside, calls at the safe point. Only at depth 0.
 void RunSafePoint(ThreadState& t);
+// Those of the calls that may come between script and the next native; false when the script must end.
+bool RunEarlyCalls(ThreadState& t);
 void DestroyContextNow(ThreadState& t, JSContext* cx);
 // Takes the contexts put aside for this thread.
 std::vector<JSContext*> TakeOrders(ThreadState& t);
