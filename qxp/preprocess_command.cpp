@@ -67,6 +67,7 @@ private:
     std::string Result();
     void AppendBlock(const CParserBlock& block);
     void AppendUnit(const CParserUnit& unit);
+    void AppendOrigin(const CParserUnit& unit);
     std::string SortedDefines() const;
     wxString RuleTarget() const;
 
@@ -171,7 +172,19 @@ bool PreprocessRun::Preprocess(const std::string& file)
     return true;
 }
 
+/// Appends a unit's text, which inline script may have made several lines of.
 void PreprocessRun::AppendUnit(const CParserUnit& unit)
+{
+    const std::string text = ToUtf8(unit.m_text) + '\n';
+    for (size_t start = 0; start != text.size();) {
+        const size_t next = text.find('\n', start) + 1;
+        AppendOrigin(unit);
+        m_text.append(text, start, next - start);
+        start = next;
+    }
+}
+
+void PreprocessRun::AppendOrigin(const CParserUnit& unit)
 {
     if (m_options.origins)
         m_text += ToSystemName(unit.GetFileName()) + ":" + std::to_string(unit.m_line) + ":\t";
@@ -179,8 +192,6 @@ void PreprocessRun::AppendUnit(const CParserUnit& unit)
         m_text += "#line " + std::to_string(unit.m_line) + " \"" + ToSystemName(unit.GetFileName()) + "\"\n";
     m_lastFile = unit.m_file.get();
     m_lastLine = unit.m_line;
-    m_text += ToUtf8(unit.m_text);
-    m_text += '\n';
 }
 
 void PreprocessRun::AppendBlock(const CParserBlock& block)
