@@ -121,7 +121,7 @@ bool IsComparison(Operator op)
     return op >= Operator::Equal && op <= Operator::GreaterOrEqual;
 }
 
-/// Nothing where script would convert between texts and numbers.
+/// Nothing where script would convert between texts and numbers. Texts are not joined here.
 std::optional<PlainValue> Apply(Operator op, const PlainValue& left, const PlainValue& right)
 {
     if ((op == Operator::Same || op == Operator::NotSame) && left.index() != right.index())
@@ -133,8 +133,6 @@ std::optional<PlainValue> Apply(Operator op, const PlainValue& left, const Plain
         const auto& rightText = std::get<wxString>(right);
         if (IsComparison(op))
             return Compare(op, leftText.compare(rightText), 0);
-        if (op == Operator::Plus)
-            return leftText + rightText;
         return std::nullopt;
     }
     if (IsComparison(op))
@@ -200,9 +198,12 @@ std::optional<PlainValue> PlainExpression::Binary(int precedence)
         const std::optional<PlainValue> right = Binary(info->precedence + 1);
         if (!right)
             return std::nullopt;
-        if (info->op == Operator::Or || info->op == Operator::And)
-            left = IsTrue(*left) == (info->op == Operator::Or) ? left : right;
-        else
+        if (info->op == Operator::Plus && IsText(*left) && IsText(*right))
+            std::get<wxString>(*left) += std::get<wxString>(*right);
+        else if (info->op == Operator::Or || info->op == Operator::And) {
+            if (IsTrue(*left) != (info->op == Operator::Or))
+                left = right;
+        } else
             left = Apply(info->op, *left, *right);
     }
     return left;

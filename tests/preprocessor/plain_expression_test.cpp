@@ -100,6 +100,19 @@ std::string RandomExpression(int depth)
 
 } // namespace
 
+TEST(PlainExpressionTest, LongChainsOfTextsAreDecidedInOneGo)
+{
+    const size_t count = 200000;
+    wxString sum = wxS("\"\"");
+    wxString choice = wxS("\"") + wxString(wxS('x'), count) + wxS("\"");
+    for (size_t i = 0; i < count; ++i) {
+        sum += wxS("+\"xx\"");
+        choice += wxS("||1");
+    }
+    EXPECT_EQ(PlainValue(wxString(wxS('x'), 2 * count)), EvaluatePlain(sum));
+    EXPECT_EQ(PlainValue(wxString(wxS('x'), count)), EvaluatePlain(choice));
+}
+
 TEST(PlainExpressionTest, NumbersTruthValuesAndStringsAreDecidedWithoutTheEngine)
 {
     const DecidedCase cases[] = {
