@@ -105,14 +105,13 @@ long CPreprocessor::ApplyInlineScript(_DirectiveLine& line)
     if (replaced != 0 && !(replaced == 1 && m_partial))
         return -1;
     *line.next = stop + 1;
-    if (replaced == 1) {
+    wxString expression = script;
+    if (replaced == 1 || PreprocessCondition(expression) == 1) {
         line.output.append(line.at, stop + 1 - line.at);
         m_wasPartial = true;
         return 0;
     }
-    wxString expression = script;
     wxString text;
-    PreprocessCondition(expression);
     if (!Scripts().inlineText.Evaluate(expression, text))
         return Fail(wxString::Format(wxS("%c%c : Can not evaluate script: %s"), DirectiveChar, ScriptOpen, script),
                     unit);

@@ -46,6 +46,15 @@ TEST_F(PartialModeTest, KnownNamesAreDecidedInsideAKeptSection)
     EXPECT_EQ("#ifdef U\na\n1\n#endif\n", Run("#ifdef U\n#ifdef K\na\n#else\nb\n#endif\n#K\n#endif"));
 }
 
+TEST_F(PartialModeTest, InlineScriptThatAsksForAnUnknownNameIsKept)
+{
+    EXPECT_EQ("a #{ defined(U) ? 1 : 2 } ##{#K + #U}\n", Run("a #{ defined(U) ? 1 : 2 } ##{#K + #U}"));
+    EXPECT_TRUE(pp.WasPartial());
+    pp.ResetPartial();
+    EXPECT_EQ("a 1\n", Run("a #{ defined(K) ? 1 : 2 }"));
+    EXPECT_FALSE(pp.WasPartial());
+}
+
 TEST_F(PartialModeTest, KeptSectionsNest)
 {
     const char* const text = "#ifdef U\na\n#ifndef V\nb\n#else\nc\n#endif\n#else\nd\n#endif\n";
