@@ -31,11 +31,6 @@ const wchar_t* FindOpening(const wchar_t* at, const wchar_t* end)
     return end;
 }
 
-bool IsTrimmed(wchar_t ch)
-{
-    return ch == L' ' || ch == L'\t' || ch == L'\n' || ch == L'\r';
-}
-
 } // namespace
 
 /// One walk over a block: the state that lives from line to line.
@@ -192,36 +187,19 @@ long CBlockScan::StoreResult(wxString& result)
             m_commentUnit = nullptr;
         return m_position.m_block->RemoveElement(unit, &m_position.m_index, 1);
     }
-    unit->m_text = result;
+    if (&unit->m_text != &result)
+        unit->m_text = result;
     ++m_position.m_index;
     return 0;
 }
 
-/// The result of a line without any string, comment or "#": the line itself, so nothing is copied.
+/// The result of a line without any string, comment or "#" is the line itself, so nothing is copied.
 long CBlockScan::StorePlainLine()
 {
     wxString& text = m_position.m_unit->m_text;
     if (m_pp.m_skipping)
         text.clear();
-    if (!m_pp.m_trim) {
-        ++m_position.m_index;
-        return 0;
-    }
-    const wchar_t* const begin = text.wx_str();
-    const wchar_t* first = begin;
-    const wchar_t* last = begin + text.length();
-    while (first != last && IsTrimmed(*first))
-        ++first;
-    while (last != first && IsTrimmed(last[-1]))
-        --last;
-    if (first == last)
-        return m_position.m_block->RemoveElement(m_position.m_unit, &m_position.m_index, 1);
-    if (last != begin + text.length())
-        text.erase(last - begin);
-    if (first != begin)
-        text.erase(0, first - begin);
-    ++m_position.m_index;
-    return 0;
+    return StoreResult(text);
 }
 
 long CPreprocessor::PreprocessBlock(CParserBlock* block)
