@@ -1,0 +1,40 @@
+#!/usr/bin/env bash
+# Builds examples/host_scriptable or examples/host_plugin as a stranger would, against an installed library, and
+# compares what it prints.
+#
+#     run_script_hosts.sh EXAMPLE BUILD FLAGS    BUILD is the library's build folder, FLAGS are compiler flags the host
+#                                                needs with it
+set -euo pipefail
+source "$(dirname "${BASH_SOURCE[0]}")/environment.sh"
+
+name=$1
+example=$(cd "$(dirname "${BASH_SOURCE[0]}")/../../examples/$name" && pwd)
+build=$(cd "$2" && pwd)
+enter_work_directory "$build/qxp/qxp"
+
+quietly() {
+    "$@" >"$scratch/log" 2>&1 || { cat "$scratch/log" >&2 && exit 1; }
+}
+quietly cmake --install "$build" --prefix "$scratch/installed"
+quietly cmake -G Ninja -S "$example" -B "$scratch/build" -DCMAKE_PREFIX_PATH="$scratch/installed" \
+    -DCMAKE_CXX_FLAGS="${3:-}"
+quietly cmake --build "$scratch/build"
+host=$scratch/build/$name
+
+case $name in
+host_scriptable)
+    cp "$example/tank.js" .
+    "$host" tank.js >"$scratch/actual" 2>&1 || echo "[status $?]" >>"$scratch/actual"
+    cp "$example/output.txt" "$scratch/expected"
+    ;;
+host_plugin)
+    printf 'first\nsecond\n' >lines.txt
+    script="var f = new TextFile(); f.Open('lines.txt'); f.ReadLn() + '|' + f.ReadLn() + '|' + f.Eof()"
+    {
+        "$host" plain "$scratch/build/script_plugin.so" "$script" 2>&1 || echo "[status $?]"
+        "$host" managed "$scratch/build/script_plugin.so" "$script" 2>&1 || echo "[status $?]"
+    } >"$scratch/actual"
+    printf 'first|second|true\nfirst|second|true\n' >"$scratch/expected"
+    ;;
+esac
+same "the host's output" "$scratch/expected" "$scratch/actual"
