@@ -1,0 +1,1 @@
+var a = []; for (;;) a.push(new Array(100000).join('x') + a.length);

@@ -1,0 +1,2 @@
+function f() { throw new RangeError("deep"); }
+f(
