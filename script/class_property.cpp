@@ -5,6 +5,7 @@
 #include <wx/log.h>
 
 #include <cstdint>
+#include <type_traits>
 
 namespace
 {
@@ -47,16 +48,34 @@ const wchar_t* BoolText(bool value)
     return value ? L"true" : L"false";
 }
 
-/// Writes a converted value into a field; the field stays as it is when the conversion fails.
-template <typename Field>
-bool Store(JSContext* cx, CJScriptLink* link, const JSMapEntry& entry, jsval value,
-           bool (*convert)(JSContext*, jsval, Field&))
+enum class Stored
 {
+    Yes,
+    NotConverted,
+    NoObject, ///< The conversion ran script that destroyed the native object.
+};
+
+/// Where a property is written: the script object, and what its private data was then.
+struct Target
+{
+    JSObject* object;
+    CJScriptLink* link;
+};
+
+/// Writes a converted value into a field. When the conversion fails, a plain field stays as it is, and an array has the
+/// elements before the failing one.
+template <typename Field>
+Stored Store(JSContext* cx, const Target& target, const JSMapEntry& entry, jsval value,
+             bool (*convert)(JSContext*, jsval, Field&))
+{
+    constexpr bool isArray = std::is_same_v<Field, wxArrayInt> || std::is_same_v<Field, wxArrayString>;
     Field converted{};
-    if (!convert(cx, value, converted))
-        return false;
-    WriteField<Field>(link, entry) = converted;
-    return true;
+    const bool isConverted = convert(cx, value, converted);
+    if (JS_GetPrivate(cx, target.object) != target.link)
+        return Stored::NoObject;
+    if (isConverted || (isArray && !JSVAL_IS_PRIMITIVE(value) && JS_IsArrayObject(cx, JSVAL_TO_OBJECT(value))))
+        WriteField<Field>(target.link, entry) = converted;
+    return isConverted ? Stored::Yes : Stored::NotConverted;
 }
 
 bool IsWritable(JSMapEntry::Kind kind)
@@ -74,27 +93,29 @@ bool IsWritable(JSMapEntry::Kind kind)
     }
 }
 
-bool StoreEntryValue(JSContext* cx, CJScriptLink* link, const JSMapEntry& entry, jsval value)
+Stored StoreEntryValue(JSContext* cx, const Target& target, const JSMapEntry& entry, jsval value)
 {
     switch (entry.kind) {
     case JSMapEntry::Integer:
-        return Store<int>(cx, link, entry, value, &jsval_to_int);
+        return Store<int>(cx, target, entry, value, &jsval_to_int);
     case JSMapEntry::Double:
-        return Store<double>(cx, link, entry, value, &jsval_to_double);
-    case JSMapEntry::Text:
-        if (!Store<wxString>(cx, link, entry, value, &jsval_to_wxString))
-            return false;
-        wxLogTrace(TraceMask, wxS("Set Prop wxString =%s"), ReadField<wxString>(link, entry));
-        return true;
-    case JSMapEntry::Boolean:
-        if (!Store<bool>(cx, link, entry, value, &jsval_to_bool))
-            return false;
-        wxLogTrace(TraceMask, wxS("Set Prop bool =%s"), BoolText(ReadField<bool>(link, entry)));
-        return true;
+        return Store<double>(cx, target, entry, value, &jsval_to_double);
+    case JSMapEntry::Text: {
+        const Stored stored = Store<wxString>(cx, target, entry, value, &jsval_to_wxString);
+        if (stored == Stored::Yes)
+            wxLogTrace(TraceMask, wxS("Set Prop wxString =%s"), ReadField<wxString>(target.link, entry));
+        return stored;
+    }
+    case JSMapEntry::Boolean: {
+        const Stored stored = Store<bool>(cx, target, entry, value, &jsval_to_bool);
+        if (stored == Stored::Yes)
+            wxLogTrace(TraceMask, wxS("Set Prop bool =%s"), BoolText(ReadField<bool>(target.link, entry)));
+        return stored;
+    }
     case JSMapEntry::IntegerArray:
-        return Store<wxArrayInt>(cx, link, entry, value, &jsval_to_wxArrayInt);
+        return Store<wxArrayInt>(cx, target, entry, value, &jsval_to_wxArrayInt);
     default:
-        return Store<wxArrayString>(cx, link, entry, value, &jsval_to_wxArrayString);
+        return Store<wxArrayString>(cx, target, entry, value, &jsval_to_wxArrayString);
     }
 }
 
@@ -156,18 +177,24 @@ bool CJScriptLinkClass::GetEntryValue(JSContext* cx, JSMapEntry* entry, const CJ
         wxLogTrace(TraceMask, wxS("Get Prop bool =%s"), BoolText(ReadField<bool>(link, *entry)));
         *value = bool_to_jsval(cx, ReadField<bool>(link, *entry));
         break;
-    case JSMapEntry::RawPointer:
-        *value = AddressValue(cx, ReadField<const void*>(link, *entry));
+    case JSMapEntry::RawPointer: {
+        const void* const pointer = ReadField<const void*>(link, *entry);
+        wxLogTrace(TraceMask, wxS("Get Prop WXOBJECT =%p"), pointer);
+        *value = AddressValue(cx, pointer);
         break;
+    }
     case JSMapEntry::Object: {
         const void* const object = FieldAddress(link, *entry);
         wxLogTrace(TraceMask, wxS("Get Prop WXOBJECTREF =%p"), object);
         *value = ObjectAt(cx, object, entry->extra);
         break;
     }
-    case JSMapEntry::RawObject:
-        *value = AddressValue(cx, FieldAddress(link, *entry));
+    case JSMapEntry::RawObject: {
+        const void* const object = FieldAddress(link, *entry);
+        wxLogTrace(TraceMask, wxS("Get Prop WXOBJECTREF =%p"), object);
+        *value = AddressValue(cx, object);
         break;
+    }
     case JSMapEntry::IntegerArray:
         *value = wxArrayInt_to_jsval(cx, ReadField<wxArrayInt>(link, *entry));
         break;
@@ -207,8 +234,8 @@ int CJScriptLinkClass::SetPropW(JSContext* cx, JSObject* object, jsval id, jsval
     }
     if (!IsWritable(entry->kind))
         return JS_FALSE;
-    if (StoreEntryValue(cx, link, *entry, *vp))
-        return JS_TRUE;
-    wxLogError(wxS("CJScriptLinkClass::SetProp id %d failed"), number);
-    return JS_FALSE;
+    const Stored stored = StoreEntryValue(cx, {object, link}, *entry, *vp);
+    if (stored == Stored::NotConverted)
+        wxLogError(wxS("CJScriptLinkClass::SetProp id %d failed"), number);
+    return stored == Stored::Yes;
 }
