@@ -98,8 +98,8 @@ void CJScriptLink::JS_RegisterCallOnDestroy(JSFunction* function)
 
 void CJScriptLink::CallJS_OnDestroy()
 {
-    // A function may register or destroy others: each is taken out before it is called.
-    while (!m_onDestroy.empty() && m_functionScript) {
+    // What is registered from here on comes too late: a function that registers itself would be called for ever.
+    for (std::size_t left = m_onDestroy.size(); left > 0 && !m_onDestroy.empty() && m_functionScript; --left) {
         JSFunction* const function = m_onDestroy.front();
         m_onDestroy.erase(m_onDestroy.begin());
         // Behind the script object, `this` is the global object.

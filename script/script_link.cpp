@@ -4,7 +4,10 @@
 #include "script/script_class.h"
 #include "script/value_conversion.h"
 
+#include <wx/weakref.h>
+
 #include <algorithm>
+#include <memory>
 #include <utility>
 
 const JSMap CJScriptLink::m_JSMap{"CJScriptLink", nullptr, m_JSMapEntries};
@@ -12,6 +15,10 @@ CJScriptLinkClass CJScriptLink::ms_JSClass(&CJScriptLink::m_JSMap);
 
 CJScriptLink::~CJScriptLink()
 {
+    // Whoever deletes the native object: a collection from here on must not do it too.
+    m_dynamic = false;
+    if (m_deletion)
+        *m_deletion = nullptr;
     if (m_scopeDelete)
         CJScriptLinkClass::RemoveFromScopeList(this);
     InitEvtHandler(false);
@@ -176,14 +183,29 @@ void CJScriptLink::ObjectFinalized(JSContext* cx, JSObject* object)
         JS_RemoveNativeMemory(cx, object, std::exchange(m_announcedBytes, 0));
     m_jsObject = nullptr;
     m_context = nullptr;
-    if (m_dynamic && !m_scopeDelete)
-        JS_CallAtSafePoint(
-            cx, [](void* owner) { delete static_cast<wxObject*>(owner); }, m_owner);
+    if (!m_dynamic || m_scopeDelete)
+        return;
+    m_dynamic = false;
+    m_deletion = new CJScriptLink*(this);
+    JS_CallAtSafePoint(
+        cx,
+        [](void* data) {
+            const std::unique_ptr<CJScriptLink*> deletion(static_cast<CJScriptLink**>(data));
+            if (CJScriptLink* const link = *deletion) {
+                link->m_deletion = nullptr;
+                delete link->m_owner;
+            }
+        },
+        m_deletion);
 }
 
 bool CJScriptLink::ProcessEvent(wxEvent& event)
 {
-    return (m_jsObject && m_jsClass->ProcessEvent(this, event)) || wxEvtHandler::ProcessEvent(event);
+    // The script function may destroy the native object, and this link with it.
+    const wxWeakRef<CJScriptLink> self(this);
+    if (m_jsObject && m_jsClass->ProcessEvent(this, event))
+        return true;
+    return self && wxEvtHandler::ProcessEvent(event);
 }
 
 wxString CJScriptLink::GetInitScript() const

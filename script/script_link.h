@@ -158,6 +158,7 @@ private:
     bool m_scopeDelete = false;
     bool m_isEventHandler = false;
     JSContext* m_context = nullptr;
+    CJScriptLink** m_deletion = nullptr; ///< What the coming deletion of the native object reads; null in there: none.
     std::size_t m_announcedBytes = 0;
     CJScript* m_functionScript = nullptr; ///< Where the functions below are rooted.
     std::list<JSFunction*> m_functions;   ///< Each node's word is a root.
