@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 #include <wx/app.h>
+#include <wx/dynlib.h>
 #include <wx/evtloop.h>
 
 #include <memory>
@@ -51,6 +52,15 @@ protected:
 };
 
 } // namespace
+
+TEST(WindowLibraryTest, ALinkedLibraryIsThereBeforeTheFirstWindow)
+{
+    wxString names;
+    const wxDynamicLibraryDetailsArray libraries = wxDynamicLibrary::ListLoaded();
+    for (std::size_t i = 0; i < libraries.size(); ++i)
+        names << libraries[i].GetName() << wxS(" ");
+    EXPECT_NE(names.Find(wxS("libvc_qxparser_window.so")), wxNOT_FOUND) << names;
+}
 
 TEST_F(WindowEventsTest, TheLinkOfAWindowIsItsFirstEventHandler)
 {
