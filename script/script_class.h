@@ -104,7 +104,7 @@ public:
     /// Cuts a link from its script object: removes it from its parent's and, unless the class keeps it, makes it an
     /// empty shell. False when it has none.
     bool DeleteObject(CJScriptLink* link);
-    /// Whether script objects keep their link when that goes or when they are finalised.
+    /// Whether script objects keep their link when they are cut off or finalised; never when the link itself goes.
     void SetKeepPrivate(bool keep) { m_keepPrivate = keep; }
 
     /// This class's record for a context, made on first use.

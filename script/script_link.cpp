@@ -29,6 +29,8 @@ CJScriptLink::~CJScriptLink()
     ForgetFunctions();
     CJScript::ForgetGlobal(this);
     DeleteObject();
+    // Also where the class keeps the link: there is none any more.
+    ForgetJSObject();
 }
 
 void CJScriptLink::Link(wxObject* owner, CJScriptLinkClass* cls)

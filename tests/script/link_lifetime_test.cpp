@@ -333,6 +333,20 @@ TEST_P(LinkLifetimeTest, AnObjectCutOffIsTheHostsAgain)
     EXPECT_EQ(Show("second.number + '|' + (second === kept)"), "7|false");
 }
 
+TEST_P(LinkLifetimeTest, AnObjectOfAClassThatKeepsItsLinkStaysUsableWhenCutOff)
+{
+    Mine::ms_JSClass.SetKeepPrivate(true);
+    auto child = Child("child");
+    EXPECT_EQ(Show("var kept = child; child.Cut() + '|' + typeof child + '|' + kept.number"), "true|undefined|7");
+    child.reset();
+    EXPECT_EQ(Show("kept.number"), "(failed)");
+    EXPECT_EQ(Show("kept = null"), "null");
+    child = Child("second");
+    Show("delete Global.second");
+    EXPECT_FALSE(child->GetJSLink()->IsCreated());
+    Mine::ms_JSClass.SetKeepPrivate(false);
+}
+
 // A function lives as long as the native object that hangs on it.
 
 TEST_P(LinkLifetimeTest, KeptFunctionsOutliveCollectionsUntilTheyAreRemoved)
