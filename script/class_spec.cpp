@@ -148,9 +148,10 @@ bool CJScriptLinkClass::AddPropFuncToObject(JSContext* cx, JSObject* object)
 /// The constructor that script's `new` runs, null when the class has none.
 const CJsCtorDescr* CJScriptLinkClass::Constructor() const
 {
-    const auto primary = std::find_if(m_constructors.begin(), m_constructors.end(),
+    // The last primary one counts.
+    const auto primary = std::find_if(m_constructors.rbegin(), m_constructors.rend(),
                                       [](const CJsCtorDescr& ctor) { return ctor.primary; });
-    if (primary != m_constructors.end())
+    if (primary != m_constructors.rend())
         return &*primary;
     return m_constructors.empty() ? nullptr : &m_constructors.front();
 }

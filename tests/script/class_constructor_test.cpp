@@ -50,6 +50,12 @@ TEST_F(ClassConstructorTest, ThePrimaryOneRunsWithTheLargestArgumentCountOfAll)
     EXPECT_EQ(Show("new Multi().number"), "2");
 }
 
+TEST_F(ClassConstructorTest, OfTwoPrimaryOnesTheLastRuns)
+{
+    Declared("Twice", {JSMapEntry(&Say<1>, 4, true), JSMapEntry(&Say<2>, 2, true)});
+    EXPECT_EQ(Show("new Twice().number + '|' + Twice.length"), "2|4");
+}
+
 TEST_F(ClassConstructorTest, AClassWithoutConstructorsCannotBeMadeByScript)
 {
     Declared("Bare", {JSMapEntry("MAX", 3)});
