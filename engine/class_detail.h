@@ -64,14 +64,17 @@ private:
         unsigned line;
         bool scoped;
         ::JSScript* script;
+        std::list<Cached>::iterator place;
+        Cached* next; // of those in the same bucket
     };
-    using Entries = std::list<Cached>;
     static std::uint64_t Hash(const Key& key);
-    Entries::iterator Locate(const Key& key, std::uint64_t hash);
+    Cached*& Bucket(std::uint64_t hash) { return m_buckets[hash % kBuckets]; }
+    Cached* Locate(const Key& key, std::uint64_t hash);
     void DropOldest();
 
-    Entries m_entries; // the most recently used first
-    std::unordered_multimap<std::uint64_t, Entries::iterator> m_index;
+    static constexpr std::size_t kBuckets = 2 * kEntries;
+    std::list<Cached> m_entries; // the most recently used first
+    std::vector<Cached*> m_buckets;
     std::size_t m_text_units = 0;
     std::vector<std::uint64_t> m_seen;
 };

@@ -12,55 +12,66 @@ namespace
 {
 constexpr std::size_t kSeen = 512;
 
-// Eight bytes a step; a byte-wise hash would cost as much as everything else for longer texts.
-std::uint64_t Mix(std::uint64_t hash, const void* data, std::size_t bytes)
+std::uint64_t MixWord(std::uint64_t hash, std::uint64_t word)
 {
-    const auto* from = static_cast<const unsigned char*>(data);
-    for (; bytes != 0;) {
-        std::uint64_t word = 0;
-        const std::size_t step = bytes < sizeof word ? bytes : sizeof word;
-        std::memcpy(&word, from, step);
-        hash = (hash ^ word) * 0x9E3779B97F4A7C15ULL;
-        hash ^= hash >> 32;
-        from += step;
-        bytes -= step;
+    hash = (hash ^ word) * 0x9E3779B97F4A7C15ULL;
+    return hash ^ (hash >> 32);
+}
+
+// Eight bytes a step, the last of them may overlap; a byte-wise hash would cost as much as everything else.
+std::uint64_t HashText(std::u16string_view text)
+{
+    std::uint64_t hash = text.size();
+    std::uint64_t word = 0;
+    const char16_t* from = text.data();
+    constexpr std::size_t step = sizeof word / sizeof *from;
+    if (text.size() < step) {
+        for (char16_t unit : text)
+            word = word << 16 | unit;
+        return MixWord(hash, word);
     }
-    return hash;
+    for (const char16_t* const last = from + text.size() - step; from < last; from += step) {
+        std::memcpy(&word, from, sizeof word);
+        hash = MixWord(hash, word);
+    }
+    std::memcpy(&word, text.data() + text.size() - step, sizeof word);
+    return MixWord(hash, word);
 }
 } // namespace
 
+// A text hardly ever comes from many files, so their names need no more than their length here.
 std::uint64_t ScriptCache::Hash(const Key& key)
 {
-    std::uint64_t hash = Mix(key.text.size(), key.text.data(), key.text.size() * sizeof(char16_t));
-    hash = Mix(hash, key.file.data(), key.file.size());
     const std::uint64_t rest = std::uint64_t{key.line} * 2 + (key.scoped ? 1 : 0);
-    return Mix(hash, &rest, sizeof rest);
+    return MixWord(HashText(key.text), rest ^ std::uint64_t{key.file.size()} << 40);
 }
 
-ScriptCache::Entries::iterator ScriptCache::Locate(const Key& key, std::uint64_t hash)
+ScriptCache::Cached* ScriptCache::Locate(const Key& key, std::uint64_t hash)
 {
-    const auto range = m_index.equal_range(hash);
-    for (auto found = range.first; found != range.second; ++found) {
-        const Cached& cached = *found->second;
-        if (cached.line == key.line && cached.scoped == key.scoped && cached.text == key.text &&
-            cached.file == key.file)
-            return found->second;
+    if (m_buckets.empty())
+        m_buckets.resize(kBuckets);
+    for (Cached* cached = Bucket(hash); cached; cached = cached->next) {
+        if (cached->hash == hash && cached->line == key.line && cached->scoped == key.scoped &&
+            cached->text == key.text && cached->file == key.file)
+            return cached;
     }
-    return m_entries.end();
+    return nullptr;
 }
 
 ::JSScript* ScriptCache::Find(const Key& key, bool& worth_keeping)
 {
     worth_keeping = false;
-    // A tagged template's array of strings is made once a script, which a second run would show.
-    if (key.text.size() > kLongestText || key.text.find(u'`') != std::u16string_view::npos)
+    if (key.text.size() > kLongestText)
         return nullptr;
     const std::uint64_t hash = Hash(key);
-    auto found = Locate(key, hash);
-    if (found != m_entries.end()) {
-        m_entries.splice(m_entries.begin(), m_entries, found);
+    if (Cached* found = Locate(key, hash)) {
+        if (found->place != m_entries.begin())
+            m_entries.splice(m_entries.begin(), m_entries, found->place);
         return found->script;
     }
+    // A tagged template's array of strings is made once a script, which a second run would show.
+    if (key.text.find(u'`') != std::u16string_view::npos)
+        return nullptr;
     // Only a text that comes a second time is kept; those that never do cost nothing but this mark.
     if (m_seen.empty())
         m_seen.resize(kSeen);
@@ -72,25 +83,24 @@ ScriptCache::Entries::iterator ScriptCache::Locate(const Key& key, std::uint64_t
 
 void ScriptCache::DropOldest()
 {
-    const auto oldest = std::prev(m_entries.end());
-    const auto range = m_index.equal_range(oldest->hash);
-    for (auto found = range.first; found != range.second; ++found) {
-        if (found->second == oldest) {
-            m_index.erase(found);
-            break;
-        }
-    }
-    m_text_units -= oldest->text.size();
+    const Cached& oldest = m_entries.back();
+    Cached** link = &Bucket(oldest.hash);
+    while (*link != &oldest)
+        link = &(*link)->next;
+    *link = oldest.next;
+    m_text_units -= oldest.text.size();
     m_entries.pop_back();
 }
 
 void ScriptCache::Insert(const Key& key, ::JSScript* script)
 {
     const std::uint64_t hash = Hash(key);
-    if (Locate(key, hash) != m_entries.end())
+    if (Locate(key, hash))
         return;
-    m_entries.push_front({hash, std::u16string(key.text), std::string(key.file), key.line, key.scoped, script});
-    m_index.emplace(hash, m_entries.begin());
+    m_entries.push_front(
+        {hash, std::u16string(key.text), std::string(key.file), key.line, key.scoped, script, {}, Bucket(hash)});
+    m_entries.front().place = m_entries.begin();
+    Bucket(hash) = &m_entries.front();
     m_text_units += key.text.size();
     while (m_entries.size() > kEntries || m_text_units > kTextUnits)
         DropOldest();
