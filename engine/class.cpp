@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "engine/jobs_detail.h"
 #include "engine/js_gc.h"
 #include "engine/words_detail.h"
 
@@ -10,6 +11,8 @@ namespace qxjs
 
 namespace
 {
+
+constexpr std::size_t kClassesSeen = 1000;
 
 // The context a finalizer gets: the running one, else any, else one that no host knows.
 JSContext* ContextForFinalizer(ThreadState& t)
@@ -45,16 +48,11 @@ void TraceGlobal(JSTracer* trc, ::JSObject* obj)
 
 constexpr ::JSClassOps kObjectOps = {nullptr, nullptr,        nullptr, nullptr, nullptr,
                                      nullptr, FinalizeObject, nullptr, nullptr, nullptr};
-constexpr ::JSClassOps kGlobalOps = {nullptr,
-                                     nullptr,
-                                     nullptr,
-                                     ::JS_NewEnumerateStandardClasses,
-                                     ::JS_ResolveStandardClass,
-                                     ::JS_MayResolveStandardClass,
-                                     FinalizeGlobal,
-                                     nullptr,
-                                     nullptr,
-                                     TraceGlobal};
+constexpr ::JSClassOps kGlobalOps = {nullptr,           nullptr,
+                                     nullptr,           ::JS_NewEnumerateStandardClasses,
+                                     ResolveGlobalName, ::JS_MayResolveStandardClass,
+                                     FinalizeGlobal,    nullptr,
+                                     nullptr,           TraceGlobal};
 
 template <typename Hook> bool IsStub(Hook hook, Hook stub)
 {
@@ -85,9 +83,15 @@ HostClass* FindClass(ThreadState& t, const JSClass& clasp, bool is_global)
         ::JS_ReportErrorUTF8(t.engine, "class %s has hooks that are not supported", clasp.name);
         return nullptr;
     }
+    const auto same = [&](const HostClass* known) { return known->is_global == is_global && SameClass(known, clasp); };
+    const auto seen = t.classes_seen.find(&clasp);
+    if (seen != t.classes_seen.end() && same(seen->second))
+        return seen->second;
+    if (t.classes_seen.size() >= kClassesSeen)
+        t.classes_seen.clear();
     for (auto& known : t.classes) {
-        if (known->is_global == is_global && SameClass(known.get(), clasp))
-            return known.get();
+        if (same(known.get()))
+            return t.classes_seen[&clasp] = known.get();
     }
     auto made = std::make_unique<HostClass>();
     made->name = clasp.name;
@@ -99,7 +103,7 @@ HostClass* FindClass(ThreadState& t, const JSClass& clasp, bool is_global)
                                          : JSCLASS_HAS_RESERVED_SLOTS(2) | JSCLASS_FOREGROUND_FINALIZE;
     made->engine_class.cOps = is_global ? &kGlobalOps : &kObjectOps;
     t.classes.push_back(std::move(made));
-    return t.classes.back().get();
+    return t.classes_seen[&clasp] = t.classes.back().get();
 }
 
 const HostClass* ClassOf(::JSObject* obj)

@@ -137,6 +137,7 @@ JSContext* JS_NewContext(JSRuntime* rt, std::size_t)
 void DestroyContextNow(ThreadState& t, JSContext* cx)
 {
     cx->global = nullptr;
+    StayInDefaultRealm(t);
     cx->scripts.clear();
     t.roots.RemoveOf(cx);
     if (t.AtRest())
@@ -247,13 +248,15 @@ JSObject* JS_GetGlobalObject(JSContext* cx)
 
 void JS_SetGlobalObject(JSContext* cx, JSObject* obj)
 {
-    if (!Usable(cx, __func__))
+    ThreadState* t = Usable(cx, __func__);
+    if (!t)
         return;
     if (obj && !IsOurGlobal(Inner(obj))) {
         ReportMisuse("JS_SetGlobalObject called with an object that JS_NewGlobal did not make; refused");
         return;
     }
     cx->global = Inner(obj);
+    StayInDefaultRealm(*t);
 }
 
 // --- Limits -----------------------------------------------------------------------------------------------------

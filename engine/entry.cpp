@@ -12,6 +12,21 @@ namespace
 constexpr std::size_t kResultsKept = 64;
 }
 
+void StayInRealm(ThreadState& t, ::JSObject* global)
+{
+    if (t.outside_global == global)
+        return;
+    JS::LeaveRealm(t.engine, t.outside_realm);
+    t.outside_realm = JS::EnterRealm(t.engine, global);
+    t.outside_global = global;
+}
+
+void StayInDefaultRealm(ThreadState& t)
+{
+    if (t.depth == 0 && t.natives == 0)
+        StayInRealm(t, t.default_global);
+}
+
 RealmScope::RealmScope(ThreadState& t, const JSContext& cx) : m_realm(t.engine, GlobalOf(t, cx)) {}
 
 Entry::Entry(JSContext* cx, const char* function, EntryKind kind)
@@ -49,13 +64,23 @@ void Entry::Enter()
     t.innermost = this;
     ++t.depth;
     m_outermost = m_cx->depth++ == 0;
-    m_realm.emplace(t.engine, GlobalOf(t, *m_cx));
+    EnterRealm(GlobalOf(t, *m_cx));
     if (t.depth == 1)
         ::JS_ClearPendingException(t.engine);
     else if (::JS_IsExceptionPending(t.engine))
         m_exception_before.emplace(t.engine); // the caller's exception is none of what runs now
     if (m_outermost)
         m_limits.Begin(t, *m_cx);
+}
+
+// A thread outside of all calls stays in the realm of its last one, or changing it would be a tenth of a short call.
+void Entry::EnterRealm(::JSObject* global)
+{
+    ThreadState& t = *m_thread;
+    if (t.depth == 1 && t.natives == 0)
+        StayInRealm(t, global);
+    else if (JS::CurrentGlobalOrNull(t.engine) != global)
+        m_realm.emplace(t.engine, global);
 }
 
 void Entry::Leave()
@@ -74,6 +99,8 @@ void Entry::Leave()
     StressPoint(t);
     if (t.depth != 0)
         return;
+    if (GlobalOf(t, *m_cx) != t.outside_global)
+        StayInDefaultRealm(t);
     if (m_kind == EntryKind::Run && t.AtRest())
         t.locals.KeepNewest(kResultsKept);
     RunSafePoint(t);
@@ -82,10 +109,10 @@ void Entry::Leave()
 // The limits end before the report, or a reporter that evaluates would be stopped at once.
 bool Entry::ReportStop()
 {
-    StopCause cause;
-    std::swap(cause, m_cx->stopped);
-    if (cause.what == Stop::None)
+    if (m_cx->stopped.what == Stop::None)
         return false;
+    const StopCause cause = std::move(m_cx->stopped);
+    m_cx->stopped = StopCause();
     m_stopped = true;
     m_limits.End(*m_thread, *m_cx);
     ::JS_ClearPendingException(Engine());
@@ -99,6 +126,11 @@ bool Entry::ReportStop()
 void Entry::RunJobs()
 {
     ThreadState& t = *m_thread;
+    if (!t.may_have_jobs) {
+        ReportStop();
+        ::JS_ClearPendingException(t.engine);
+        return;
+    }
     if (!m_stopped) {
         t.running_jobs = true;
         js::RunJobs(t.engine);

@@ -38,6 +38,7 @@ public:
 
 private:
     void Enter();
+    void EnterRealm(::JSObject* global);
     void Leave();
     void RunJobs();
     bool ReportStop();
@@ -53,6 +54,10 @@ private:
     std::optional<JSAutoRealm> m_realm;
     std::optional<JS::AutoSaveExceptionState> m_exception_before;
 };
+
+// Outside of all calls and natives the thread is in one realm or another, which keeps that realm's global alive.
+void StayInRealm(ThreadState& t, ::JSObject* global);
+void StayInDefaultRealm(ThreadState& t);
 
 // For calls that run no script but need the context's realm: what they make belongs to its global.
 class RealmScope

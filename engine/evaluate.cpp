@@ -3,6 +3,7 @@
 
 #include "engine/class_detail.h"
 #include "engine/entry_detail.h"
+#include "engine/jobs_detail.h"
 #include "engine/js_script.h"
 #include "engine/text_detail.h"
 #include "engine/words_detail.h"
@@ -48,10 +49,11 @@ bool CheckGlobal(Entry& entry)
     return false;
 }
 
-::JSScript* Compile(Entry& entry, const ScriptCache::Key& key)
+::JSScript* Compile(Entry& entry, const ScriptCache::Key& key, bool run_once)
 {
+    NoteSource(entry.Thread(), key.text);
     JS::CompileOptions options(entry.Engine());
-    options.setFileAndLine(key.file.data(), key.line).setNonSyntacticScope(key.scoped);
+    options.setFileAndLine(key.file.data(), key.line).setNonSyntacticScope(key.scoped).setIsRunOnce(run_once);
     JS::SourceText<char16_t> source;
     if (!source.init(entry.Engine(), key.text.data(), key.text.size(), JS::SourceOwnership::Borrowed))
         return nullptr;
@@ -65,7 +67,7 @@ bool CheckGlobal(Entry& entry)
     ::JSScript* script = cache.Find(key, worth_keeping);
     if (script)
         return script;
-    script = Compile(entry, key);
+    script = Compile(entry, key, !worth_keeping);
     if (script && worth_keeping)
         cache.Insert(key, script);
     return script;
@@ -96,7 +98,9 @@ JSBool Evaluate(JSContext* cx, JSObject* obj, std::u16string_view text, const ch
     if (!CheckGlobal(entry))
         return entry.Fail();
     const bool scoped = !IsGlobalScope(obj);
-    JSAutoRealm realm(entry.Engine(), GlobalFor(*cx, obj));
+    std::optional<JSAutoRealm> realm;
+    if (::JSObject* global = GlobalFor(*cx, obj); global != cx->global)
+        realm.emplace(entry.Engine(), global);
     JS::RootedScript script(entry.Engine(), CompileCached(entry, {text, file ? file : "", line, scoped}));
     if (!script)
         return entry.Fail(ReportStyle::Parser);
@@ -116,7 +120,7 @@ JSScript* CompileForHost(JSContext* cx, JSObject* obj, std::u16string_view text,
     std::optional<JSAutoRealm> realm;
     if (CheckGlobal(entry)) {
         realm.emplace(entry.Engine(), GlobalFor(*cx, obj));
-        record->script = Compile(entry, {text, record->filename, line, record->scoped});
+        record->script = Compile(entry, {text, record->filename, line, record->scoped}, false);
     }
     if (!record->script) {
         entry.Fail(ReportStyle::Parser);

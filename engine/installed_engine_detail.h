@@ -18,6 +18,7 @@
 #include <js/Interrupt.h>
 #include <js/MemoryFunctions.h>
 #include <js/Object.h>
+#include <js/Principals.h>
 #include <js/PropertyAndElement.h>
 #include <js/Realm.h>
 #include <js/SavedFrameAPI.h>

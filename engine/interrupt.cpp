@@ -251,7 +251,8 @@ std::string StopMessage(Stop what, const Limits& limits)
 
 void LimitGuard::Begin(ThreadState& t, JSContext& cx)
 {
-    cx.stopped = StopCause();
+    if (cx.stopped.what != Stop::None)
+        cx.stopped = StopCause();
     cx.interrupt_requested.store(false, std::memory_order_relaxed);
     if (cx.limits.time_ms == 0 && cx.limits.memory_bytes == 0)
         return;

@@ -14,11 +14,13 @@ namespace qxjs
 namespace
 {
 
-struct ThreadStack
+// What must stay free below script: natives check their depth only between script frames.
+std::size_t Reserve(std::size_t stack_size)
 {
-    std::uintptr_t base; // the highest address
-    std::size_t size;
-};
+    return std::max<std::size_t>(256 * 1024, stack_size / 4);
+}
+
+} // namespace
 
 ThreadStack MeasureStack()
 {
@@ -34,17 +36,9 @@ ThreadStack MeasureStack()
     return stack;
 }
 
-// What must stay free below script: natives check their depth only between script frames.
-std::size_t Reserve(std::size_t stack_size)
-{
-    return std::max<std::size_t>(256 * 1024, stack_size / 4);
-}
-
-} // namespace
-
 void SetStackQuota(ThreadState& t)
 {
-    thread_local const ThreadStack stack = MeasureStack();
+    const ThreadStack& stack = t.stack;
     const auto here = reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0));
     const std::size_t used = stack.base > here ? stack.base - here : 0;
     const std::size_t usable = stack.size > Reserve(stack.size) ? stack.size - Reserve(stack.size) : stack.size / 2;

@@ -10,6 +10,7 @@
 
 #include "engine/class_detail.h"
 #include "engine/error_report_detail.h"
+#include "engine/jobs_detail.h"
 #include "engine/js_gc.h"
 #include "engine/stack_detail.h"
 #include "engine/words_detail.h"
@@ -150,6 +151,8 @@ bool ThreadState::Start()
     ::JS_SetGCParameter(engine, JSGC_INCREMENTAL_GC_ENABLED, 0);
     ::JS_AddExtraGCRootsTracer(engine, TraceRoots, this);
     ::JS_SetGCCallback(engine, OnCollection, this);
+    WatchScriptMadeSource(*this);
+    stack = MeasureStack();
     SetStackQuota(*this);
     HostClass* host_class = FindClass(*this, kDefaultGlobal, true);
     default_global = host_class ? NewGlobalObject(*this, *host_class) : nullptr;
@@ -159,6 +162,7 @@ bool ThreadState::Start()
     }
     // Strings made with no realm entered are a crash, so one is entered for good.
     outside_realm = JS::EnterRealm(engine, default_global);
+    outside_global = default_global;
     return true;
 }
 

@@ -21,6 +21,7 @@
 #include "engine/local_roots_detail.h"
 #include "engine/pointer_set_detail.h"
 #include "engine/root_table_detail.h"
+#include "engine/stack_detail.h"
 
 namespace qxjs
 {
@@ -130,6 +131,7 @@ struct ThreadState final : DoublePool::Marker
     ::JSContext* engine = nullptr;
     ::JSObject* default_global = nullptr;
     JS::Realm* outside_realm = nullptr;
+    ::JSObject* outside_global = nullptr; // see StayInRealm
     std::aligned_storage_t<sizeof(JS::AutoDisableGenerationalGC), alignof(JS::AutoDisableGenerationalGC)> no_nursery;
 
     std::vector<JSContext*> contexts;
@@ -159,14 +161,17 @@ struct ThreadState final : DoublePool::Marker
     std::vector<IdArray*> id_arrays;
 
     std::vector<std::unique_ptr<HostClass>> classes;
+    std::unordered_map<const JSClass*, HostClass*> classes_seen; // by record, which may have changed since
     std::deque<NativeRecord> native_records;
     std::unordered_multimap<std::size_t, const NativeRecord*> native_index;
 
     std::deque<SafePointCall> safe_point_calls;
+    ThreadStack stack;
     std::size_t stack_quota;
     std::size_t stack_used_at_quota = 0;
     LimitWatch watch;
     bool watched = false;
+    bool may_have_jobs = false;
     bool running_jobs = false;
     bool discarding_jobs = false;
 };
