@@ -39,12 +39,14 @@ bool CqxJSFile::Resolve(wxString& path)
 
 bool CqxJSFile::Open(wxString path)
 {
-    return Resolve(path) && m_file.Open(path, wxConvAuto());
+    m_hasFile = Resolve(path) && m_file.Open(path, wxConvAuto());
+    return m_hasFile;
 }
 
 bool CqxJSFile::Create(wxString path)
 {
-    return Resolve(path) && m_file.Create(path);
+    m_hasFile = Resolve(path) && m_file.Create(path);
+    return m_hasFile;
 }
 
 bool CqxJSFile::IsOpened()
@@ -54,8 +56,8 @@ bool CqxJSFile::IsOpened()
 
 void CqxJSFile::Close()
 {
-    if (m_file.IsOpened())
-        m_file.Close();
+    m_hasFile = false;
+    m_file.Close();
 }
 
 bool CqxJSFile::Eof()
@@ -83,7 +85,7 @@ bool CqxJSFile::WriteBack()
 
 bool CqxJSFile::Clear()
 {
-    if (!IsOpened())
+    if (!m_hasFile)
         return false;
     m_file.Clear();
     return WriteBack();
@@ -91,7 +93,7 @@ bool CqxJSFile::Clear()
 
 bool CqxJSFile::WriteLn(wxString text)
 {
-    if (!IsOpened())
+    if (!m_hasFile)
         return false;
     m_file.AddLine(text);
     return WriteBack();

@@ -24,6 +24,7 @@ public:
     bool Open(wxString path);
     /// Makes a new, empty file. False when there is one of that name already.
     bool Create(wxString path);
+    /// Whether a file has been read by Open. One that Create has made is written without being open.
     bool IsOpened();
     void Close();
 
@@ -34,9 +35,10 @@ public:
     /// All lines, each followed by "\n". Does not move the place that ReadLn reads from.
     wxString ReadAll();
 
-    /// Takes all lines away and writes the file.
+    /// Takes all lines away and writes the file. This and WriteLn are false without a file.
     bool Clear();
-    /// Appends a line and writes the file.
+    /// Appends a line that ends with "\n", and writes the file: in UTF-8 without a byte order mark, with the ends that
+    /// its other lines have. A last line that had no end gets none, so the text is continued there.
     bool WriteLn(wxString text);
 
     virtual CJScriptLink* GetJSLink() { return &m_link; }
@@ -54,6 +56,7 @@ private:
     wxTextFile m_file;
     CJScriptLink m_link;
     std::size_t m_position = 0;
+    bool m_hasFile = false; ///< Opened or created: there is something to write to.
 
     wxDECLARE_CLASS(CqxJSFile);
 };
