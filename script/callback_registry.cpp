@@ -1,10 +1,12 @@
 #include "script/callback_registry.h"
 
 #include "script/script.h"
+#include "script/script_link.h"
 
 #include <wx/listimpl.cpp>
 
 #include <memory>
+#include <vector>
 
 WX_DEFINE_LIST(listJSCallBack);
 
@@ -33,9 +35,43 @@ int CompareIds(const JSCallBackRecord** left, const JSCallBackRecord** right)
 
 } // namespace
 
+CJSCallBack::CJSCallBack(const CJSCallBack& other)
+    : wxObject(other), m_script(other.m_script), m_ownLink(other.m_ownLink)
+{
+    CopyRecords(other);
+}
+
+CJSCallBack& CJSCallBack::operator=(const CJSCallBack& other)
+{
+    if (this == &other)
+        return *this;
+    wxObject::operator=(other);
+    DeleteAllCallBacks();
+    m_script = other.m_script;
+    m_ownLink = other.m_ownLink;
+    CopyRecords(other);
+    return *this;
+}
+
 CJSCallBack::~CJSCallBack()
 {
+    m_ending = true;
     DeleteAllCallBacks();
+}
+
+void CJSCallBack::CopyRecords(const CJSCallBack& other)
+{
+    for (const listJSCallBack* const list : {&other.m_oneShot, &other.m_persisted}) {
+        for (const wxlistJSCallBackNode* node = list->GetFirst(); node; node = node->GetNext())
+            Add(*node->GetData());
+    }
+}
+
+void CJSCallBack::Add(const JSCallBackRecord& model)
+{
+    auto record = std::make_unique<JSCallBackRecord>(model);
+    if (Keep(record.get()))
+        List(model.persistent).Append(record.release());
 }
 
 wxlistJSCallBackNode* CJSCallBack::FindNode(int id, CJScriptLink* link, const wxString& name, bool persistent)
@@ -57,7 +93,8 @@ wxlistJSCallBackNode* CJSCallBack::NextWithId(wxlistJSCallBackNode* node, int id
 
 bool CJSCallBack::Keep(JSCallBackRecord* record)
 {
-    return m_script && record->link &&
+    // A link without an object would have the global object kept in its place.
+    return m_script && !m_ending && (!record->link || record->link->GetJSObject()) &&
            m_script->Execute(wxString::Format(wxS("Global.P%p=this;"), static_cast<void*>(record)), record->link,
                              nullptr);
 }
@@ -72,10 +109,7 @@ void CJSCallBack::RegisterCallBack(int id, CJScriptLink* link, const wxString& n
 {
     if (FindCallBack(id, link, name, persistent))
         return;
-    auto record = std::make_unique<JSCallBackRecord>(JSCallBackRecord{id, link, name, persistent, userData});
-    if (!Keep(record.get()))
-        return;
-    List(persistent).Append(record.release());
+    Add(JSCallBackRecord{id, link, name, persistent, userData});
     // Users rely on the one-shot records being in order once a persistent one has come.
     if (persistent)
         m_oneShot.Sort(&CompareIds);
@@ -150,18 +184,16 @@ int CJSCallBack::GetCallBackCount(int id)
     return count;
 }
 
-void CJSCallBack::DeleteAll(listJSCallBack& list)
-{
-    // Releasing runs script, which may register or fetch others: take the first as long as there is one.
-    while (wxlistJSCallBackNode* const node = list.GetFirst()) {
-        const std::unique_ptr<JSCallBackRecord> record(node->GetData());
-        list.Erase(node);
-        Release(record.get());
-    }
-}
-
 void CJSCallBack::DeleteAllCallBacks()
 {
-    DeleteAll(m_oneShot);
-    DeleteAll(m_persisted);
+    // Releasing runs script, which may fetch records or register others: the lists are empty before the first release,
+    // and what comes meanwhile stays.
+    std::vector<std::unique_ptr<JSCallBackRecord>> records;
+    for (listJSCallBack* const list : {&m_oneShot, &m_persisted}) {
+        for (const wxlistJSCallBackNode* node = list->GetFirst(); node; node = node->GetNext())
+            records.emplace_back(node->GetData());
+        list->Clear();
+    }
+    for (const auto& record : records)
+        Release(record.get());
 }

@@ -34,16 +34,17 @@ class VC_QXPARSER_API CJSCallBack : public wxObject
 public:
     /// @param ownLink the link of the object that owns the registry; not owned.
     explicit CJSCallBack(CJScriptLink* ownLink) : m_ownLink(ownLink) {}
-    /// Copies share the records: only one of them may delete them.
-    CJSCallBack(const CJSCallBack&) = default;
-    CJSCallBack& operator=(const CJSCallBack&) = default;
+    /// A copy has records of its own, which keep the objects alive by themselves. Assigning deletes the records that
+    /// were there.
+    CJSCallBack(const CJSCallBack& other);
+    CJSCallBack& operator=(const CJSCallBack& other);
     ~CJSCallBack() override;
 
-    /// The context that keeps objects alive; not owned, may be null.
+    /// The context that keeps objects alive; not owned, may be null. Set null before it ends.
     void SetJScript(CJScript* script) { m_script = script; }
 
     /// Remembers a function, unless FindCallBack finds it already (the first user data stays) or its object cannot be
-    /// kept alive.
+    /// kept alive. A null `link` is the global object's.
     void RegisterCallBack(int id, CJScriptLink* link, const wxString& name, bool persistent, void* userData);
 
     /// Whether there is a record of this id and link, and of this name (empty: any).
@@ -70,6 +71,8 @@ public:
     /// The number of persistent records with this id.
     int GetCallBackCount(int id);
 
+    /// Deletes all records that there are; what script registers while they are released stays, but not in the end of
+    /// the registry itself.
     void DeleteAllCallBacks();
 
 private:
@@ -78,10 +81,12 @@ private:
     static wxlistJSCallBackNode* NextWithId(wxlistJSCallBackNode* node, int id);
     bool Keep(JSCallBackRecord* record);
     void Release(JSCallBackRecord* record);
-    void DeleteAll(listJSCallBack& list);
+    void Add(const JSCallBackRecord& model);
+    void CopyRecords(const CJSCallBack& other);
 
     CJScript* m_script = nullptr;
     CJScriptLink* m_ownLink;
     listJSCallBack m_oneShot;
     listJSCallBack m_persisted;
+    bool m_ending = false;
 };
