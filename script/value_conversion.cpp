@@ -13,6 +13,9 @@
 namespace
 {
 
+/// Longer arrays are refused: script can make one of any length without filling it.
+constexpr jsuint MostElements = 10'000'000;
+
 void LogNativeObjectGone()
 {
     wxLogError(wxS("Failed to convert jsobject to pointer. C object has been deleted ?"));
@@ -30,7 +33,7 @@ template <typename Array, typename Convert> bool ReadArray(JSContext* cx, jsval 
         return false;
     JSObject* const array = JSVAL_TO_OBJECT(v);
     jsuint length = 0;
-    if (!JS_GetArrayLength(cx, array, &length))
+    if (!JS_GetArrayLength(cx, array, &length) || length > MostElements)
         return false;
     out.Empty();
     for (jsuint i = 0; i < length; ++i) {
