@@ -86,6 +86,21 @@ bool ConvertArguments(JSContext* cx, const jsval* argv, Tuple& arguments, std::i
     return (convert(std::get<I>(arguments), I) && ...);
 }
 
+/// Reads pointers to script's objects once more: while another argument was converted, script may have run and their
+/// native objects may have gone.
+template <typename Tuple, std::size_t... I>
+bool RefreshPointers(JSContext* cx, const jsval* argv, Tuple& arguments, std::index_sequence<I...>)
+{
+    [[maybe_unused]] const auto refresh = [&](auto& argument, unsigned int position) {
+        using Type = Plain<decltype(argument)>;
+        if constexpr (std::is_pointer_v<Type> && !std::is_same_v<Type, JSFunction*>)
+            return !argument || JSConversion<Type>::From(cx, argv[position], argument);
+        else
+            return true;
+    };
+    return sizeof...(I) < 2 || (refresh(std::get<I>(arguments), I) && ...);
+}
+
 /// The native object behind `link` as the class that a method belongs to; null, with an error thrown, when it is
 /// another.
 template <typename Class> Class* Target(JSContext* cx, CJScriptLink* link)
@@ -123,13 +138,17 @@ bool Invoke(JSContext* cx, Class* target, Tuple& arguments, jsval* rval)
 template <auto Function> JSBool CallNative(JSContext* cx, JSObject* object, uintN argc, jsval* argv, jsval* rval)
 {
     using Traits = FunctionTraits<decltype(Function)>;
-    auto* const link = static_cast<CJScriptLink*>(JS_GetPrivate(cx, object));
-    if (!link)
+    if (!JS_GetPrivate(cx, object))
         return JS_FALSE;
     if (argc != Traits::count)
         return FailCount(cx, argv, argc, Traits::count);
+    using Positions = std::make_index_sequence<Traits::count>;
     typename Traits::ArgumentTuple arguments;
-    if (!ConvertArguments(cx, argv, arguments, std::make_index_sequence<Traits::count>()))
+    if (!ConvertArguments(cx, argv, arguments, Positions()) || !RefreshPointers(cx, argv, arguments, Positions()))
+        return JS_FALSE;
+    // Only now: converting may have run script, and the native object may have gone meanwhile.
+    auto* const link = static_cast<CJScriptLink*>(JS_GetPrivate(cx, object));
+    if (!link)
         return JS_FALSE;
     if constexpr (std::is_void_v<typename Traits::Class>)
         return Invoke<Function, CJScriptLink>(cx, link, arguments, rval);
@@ -145,8 +164,9 @@ JSBool ConstructNative(JSContext* cx, JSObject* object, uintN argc, jsval* argv,
 {
     if (argc != sizeof...(Arguments))
         return FailCount(cx, argv, argc, sizeof...(Arguments));
+    using Positions = std::index_sequence_for<Arguments...>;
     std::tuple<Plain<Arguments>...> arguments;
-    if (!ConvertArguments(cx, argv, arguments, std::index_sequence_for<Arguments...>()))
+    if (!ConvertArguments(cx, argv, arguments, Positions()) || !RefreshPointers(cx, argv, arguments, Positions()))
         return JS_FALSE;
     auto made = std::apply([](auto&... argument) { return std::make_unique<Class>(argument...); }, arguments);
     if (!AttachToScript(cx, object, made->GetJSLink(), sizeof(Class) + ObjectOverhead, rval))
