@@ -44,7 +44,7 @@ CJScript::CJScript(JSContext* cx) : m_context(cx), m_ownsContext(cx == nullptr)
 
 CJScript::CJScript(const CJScript& other)
     : wxObject(other), m_context(other.m_context), m_global(other.m_global), m_hideError(other.m_hideError),
-      m_errors(other.m_errors), m_callStack(other.m_callStack), m_ownsContext(false)
+      m_errors(other.m_errors), m_callStack(other.m_callStack), m_ownsContext(false), m_thread(other.m_thread)
 {
     const wxThreadCriticalSectionLocker lock(m_ThreadCriticalSection);
     Handles().push_back(this);
@@ -62,6 +62,7 @@ CJScript& CJScript::operator=(const CJScript& other)
         m_runtime = nullptr;
         m_ownsContext = false;
         m_context = other.m_context;
+        m_thread = other.m_thread;
     }
     if (!m_ownsGlobal)
         m_global = other.m_global;

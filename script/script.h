@@ -9,6 +9,7 @@
 #include <wx/thread.h>
 
 #include <cstddef>
+#include <thread>
 #include <unordered_set>
 #include <vector>
 
@@ -162,6 +163,8 @@ public:
 private:
     class ScopeLevel;
 
+    bool CheckThread() const;
+    bool ExchangeReported(bool reported);
     void Attach();
     void Detach();
     void BindName(CJScriptLink* link, const wxString& name);
@@ -178,11 +181,13 @@ private:
     CJScriptLink* m_global = nullptr;
     JSScript* m_script = nullptr;
     bool m_hideError = false;
+    bool m_reported = false; ///< The engine has reported an error of an outermost operation.
     std::vector<CJScriptError> m_errors;
     wxString m_callStack;
     bool m_ownsContext;
     JSRuntime* m_runtime = nullptr;
     int m_scopeLevel = 0;
+    std::thread::id m_thread = std::this_thread::get_id();
     bool m_ownsGlobal = false;
     void* m_previousPrivate = nullptr;
     std::unordered_set<CJScriptLink*> m_functionKeepers;

@@ -2,17 +2,33 @@
 #include "script/script_link.h"
 #include "script/value_conversion.h"
 
+#include <wx/log.h>
+
+#include <utility>
+
 /// One evaluation or call in progress on a context.
 class CJScript::ScopeLevel
 {
 public:
-    explicit ScopeLevel(CJScript& script) : m_script(script) { m_script.IncScopeLevel(); }
-    ~ScopeLevel() { m_script.DecScopeLevel(); }
+    explicit ScopeLevel(CJScript& script) : m_script(script), m_reportedBefore(script.ExchangeReported(false))
+    {
+        m_script.IncScopeLevel();
+    }
+    ~ScopeLevel()
+    {
+        m_script.DecScopeLevel();
+        m_script.ExchangeReported(m_reportedBefore);
+    }
     ScopeLevel(const ScopeLevel&) = delete;
     ScopeLevel& operator=(const ScopeLevel&) = delete;
 
+    /// Whether the engine has reported an error. What was run may have succeeded nevertheless: promise jobs run behind
+    /// it, and a limit may stop those.
+    bool HasReported() const { return m_script.ExchangeReported(false); }
+
 private:
     CJScript& m_script;
+    bool m_reportedBefore;
 };
 
 namespace
@@ -22,8 +38,25 @@ constexpr const char* EvaluatedFile = "local";
 
 } // namespace
 
+/// The engine would refuse as well, but what is kept here must not be touched either.
+bool CJScript::CheckThread() const
+{
+    if (m_thread == std::this_thread::get_id())
+        return true;
+    wxLogError(wxS("CJScript called from another thread than the context's; refused"));
+    return false;
+}
+
+bool CJScript::ExchangeReported(bool reported)
+{
+    CJScript* const attached = FromContext(m_context);
+    return attached && std::exchange(attached->m_reported, reported);
+}
+
 template <typename Convert> bool CJScript::EvaluateWith(const wxString& text, CJScriptLink* link, Convert convert)
 {
+    if (!CheckThread())
+        return false;
     CleanError();
     if (!m_context)
         return false;
@@ -35,7 +68,7 @@ template <typename Convert> bool CJScript::EvaluateWith(const wxString& text, CJ
         jsval value = JSVAL_VOID;
         evaluated = JS_EvaluateWide(m_context, target ? target->GetJSObject() : nullptr, text.wx_str(), text.length(),
                                     EvaluatedFile, 0, &value) &&
-                    convert(value);
+                    !level.HasReported() && convert(value);
     }
     if (!evaluated)
         CommonReportError(link, text, nullptr, nullptr);
@@ -99,7 +132,7 @@ bool CJScript::EvaluateValue(const wxString& text, CJScriptLink* link, jsval& ou
 
 bool CJScript::Execute(const wxString& text, CJScriptLink* link, wxString* report)
 {
-    if (!m_global)
+    if (!m_global || !CheckThread())
         return false;
     if (text.empty())
         return true;
@@ -134,7 +167,7 @@ bool CJScript::Call(const wxString& name, CJScriptLink* link)
 
 bool CJScript::Call(const wxString& name, CJScriptLink* link, wxString arg)
 {
-    if (!m_context)
+    if (!m_context || !CheckThread())
         return false;
     jsval value = JSVAL_VOID;
     {
@@ -165,6 +198,8 @@ bool CJScript::CallWithRet(const wxString& name, CJScriptLink* link, jsval* ret,
 
 bool CJScript::CallWithRet(JSFunction* fn, CJScriptLink* link, jsval* ret, int argc, jsval* argv)
 {
+    if (!CheckThread())
+        return false;
     CleanError();
     if (!fn)
         return false;
@@ -173,6 +208,8 @@ bool CJScript::CallWithRet(JSFunction* fn, CJScriptLink* link, jsval* ret, int a
 
 bool CJScript::CallNamed(const wxString& name, CJScriptLink* link, jsval* ret, int argc, jsval* argv)
 {
+    if (!CheckThread())
+        return false;
     CleanError();
     JSFunction* const fn = LookUpFunction(name, link);
     return fn && CallReported(fn, name, link, ret, argc, argv);
@@ -188,9 +225,10 @@ bool CJScript::CallReported(JSFunction* fn, const wxString& name, CJScriptLink* 
         const ScopeLevel level(*this);
         jsval value = JSVAL_VOID;
         called = JS_CallFunction(m_context, link ? link->GetJSObject() : nullptr, fn, static_cast<uintN>(argc), argv,
-                                 &value);
+                                 &value) &&
+                 !level.HasReported();
         if (ret)
-            *ret = value;
+            *ret = called ? value : JSVAL_VOID;
     }
     if (!called)
         CommonReportError(link, name, fn, nullptr);

@@ -54,6 +54,7 @@ void CJScript::MyJSErrorReporter(JSContext* cx, const char* message, JSErrorRepo
     if (!script)
         return;
     const wxCriticalSectionLocker reports(m_CriticalSection);
+    script->m_reported = true;
     script->ReportError(report->widemessage ? wxString(report->widemessage) : wxString::FromAscii(message), report);
 }
 

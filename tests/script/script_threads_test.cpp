@@ -119,6 +119,38 @@ INSTANTIATE_TEST_SUITE_P(
                     }}),
     NameOfRow<ForeignCall>);
 
+TEST_F(ScriptThreadsTest, ARefusedCallLeavesTheErrorsOfTheHandle)
+{
+    ASSERT_FALSE(script.Evaluate("missing", nullptr));
+    const CJScript::CJScriptError* const error = script.GetError(0);
+    std::thread([&] {
+        jsval value = JSVAL_VOID;
+        JSFunction* function = nullptr;
+        script.Evaluate("1", nullptr);
+        script.Execute("missing", nullptr, nullptr);
+        script.Call("f", Global());
+        script.CallWithRet(function, Global(), &value, 0, nullptr);
+    }).join();
+    FlushLog();
+    ASSERT_EQ(script.GetErrorCount(), 1);
+    EXPECT_EQ(script.GetError(0), error);
+    EXPECT_EQ(log.Errors(), Texts(4, "CJScript called from another thread than the context's; refused"));
+    EXPECT_EQ(Reports().size(), 1u);
+}
+
+TEST_F(ScriptThreadsTest, APromiseJobThatALimitStopsFailsTheEvaluation)
+{
+    script.SetTimeLimit(50);
+    jsval value = JSVAL_NULL;
+    EXPECT_FALSE(script.EvaluateValue("function f() { Promise.resolve().then(f); } f(); 5", nullptr, value));
+    EXPECT_TRUE(JSVAL_IS_VOID(value));
+    ASSERT_EQ(Reports().size(), 1u);
+    EXPECT_TRUE(Reports()[0].EndsWith("==> script time limit of 50 ms exceeded\n"));
+    EXPECT_FALSE(script.Call("f", Global()));
+    script.SetTimeLimit(0);
+    EXPECT_TRUE(script.Evaluate("1", nullptr));
+}
+
 TEST_F(ScriptThreadsTest, AForeignThreadDoesNotDeleteWhatIsQueuedHere)
 {
     std::vector<std::string> deaths;
