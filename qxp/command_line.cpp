@@ -1,5 +1,33 @@
 #include "qxp/command_line.h"
 
+#include <string_view>
+
+namespace
+{
+
+constexpr int FirstWordOfCommand = 2;
+
+bool TakesValue(const CLI::App& command, const std::string& name)
+{
+    const CLI::Option* const option = command.get_option_no_throw(name);
+    return option && option->get_items_expected_min() > 0;
+}
+
+/// Whether the value of an option is the word behind `word`.
+bool ValueFollows(const CLI::App& command, const std::string& word)
+{
+    if (word.compare(0, 2, "--") == 0)
+        return TakesValue(command, word);
+    // Letters may stand together; what is behind one that takes a value is its value.
+    for (std::size_t i = 1; i < word.size(); ++i) {
+        if (TakesValue(command, std::string("-") + word[i]))
+            return i + 1 == word.size();
+    }
+    return false;
+}
+
+} // namespace
+
 void AddCommonOptions(CLI::App& command, CommonOptions& options)
 {
     command.add_option("--color", options.color, "Colour diagnostics: auto, always or never")
@@ -22,4 +50,21 @@ std::vector<std::pair<bool, std::string>> InOrderGiven(const CLI::App& command, 
             values.emplace_back(false, second->results()[secondSeen++]);
     }
     return values;
+}
+
+int SplitAtFirstArgument(const CLI::App& command, int argc, char** argv, std::vector<std::string>& rest)
+{
+    int own = FirstWordOfCommand;
+    for (; own < argc; ++own) {
+        const std::string word = argv[own];
+        if (word == "--" || word == "-" || word.compare(0, 1, "-") != 0)
+            break;
+        if (ValueFollows(command, word))
+            ++own;
+    }
+    if (own >= argc)
+        return argc;
+    const bool isMark = std::string_view(argv[own]) == "--";
+    rest.assign(argv + own + (isMark ? 1 : 0), argv + argc);
+    return own;
 }

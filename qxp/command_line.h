@@ -22,3 +22,7 @@ void AddCommonOptions(CLI::App& command, CommonOptions& options);
 /// The values of two repeatable options in the order in which they were given: true with those of `first`.
 std::vector<std::pair<bool, std::string>> InOrderGiven(const CLI::App& command, const CLI::Option* first,
                                                        const CLI::Option* second);
+
+/// How many of the words belong to qxp when a command's arguments are not its own: those up to the first that is no
+/// option of `command`, or up to `--`, which is dropped. What is behind them goes to `rest`.
+int SplitAtFirstArgument(const CLI::App& command, int argc, char** argv, std::vector<std::string>& rest);

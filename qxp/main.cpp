@@ -10,6 +10,7 @@
 #include <functional>
 #include <iostream>
 #include <string>
+#include <vector>
 
 namespace
 {
@@ -50,7 +51,8 @@ int main(int argc, char** argv)
 
     std::function<int()> run;
     AddPreprocessCommand(app, run);
-    AddScriptCommand(app, run);
+    std::vector<std::string> scriptArguments;
+    const CLI::App& script = AddScriptCommand(app, run, scriptArguments);
 
     if (argc < 2) {
         std::cerr << app.help();
@@ -61,7 +63,7 @@ int main(int argc, char** argv)
     if (first.substr(0, 1) != "-" && app.get_subcommands(isFirst).empty())
         return FailUsage("There is no command " + first);
     try {
-        app.parse(argc, argv);
+        app.parse(first == script.get_name() ? SplitAtFirstArgument(script, argc, argv, scriptArguments) : argc, argv);
     } catch (const CLI::ParseError& error) {
         if (error.get_exit_code() == 0)
             return Answer(app, error);

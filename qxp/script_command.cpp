@@ -8,7 +8,11 @@
 
 #include <unistd.h>
 
+#include <algorithm>
+#include <cerrno>
+#include <cmath>
 #include <cstdio>
+#include <cstring>
 #include <memory>
 #include <string>
 #include <vector>
@@ -18,6 +22,7 @@ namespace
 
 constexpr double MillisecondsPerSecond = 1000;
 constexpr double BytesPerMib = 1024.0 * 1024.0;
+constexpr double HighestLimit = 1e9; ///< Three decades, or a million GiB; higher ones are taken for this.
 
 struct ScriptOptions
 {
@@ -54,8 +59,9 @@ private:
 
 bool ScriptRun::SetUp()
 {
-    m_script.SetTimeLimit(static_cast<long>(m_options.timeLimit * MillisecondsPerSecond));
-    m_script.SetMemoryLimit(static_cast<size_t>(m_options.memoryLimit * BytesPerMib));
+    // Rounded up: 0 would be no limit.
+    m_script.SetTimeLimit(static_cast<long>(std::ceil(m_options.timeLimit * MillisecondsPerSecond)));
+    m_script.SetMemoryLimit(static_cast<size_t>(std::ceil(m_options.memoryLimit * BytesPerMib)));
     if (!m_script.SetGlobal(m_global.GetJSLink(), wxS("Global")))
         return false;
     DefineArguments();
@@ -80,7 +86,7 @@ bool ScriptRun::RunTexts()
             return false;
     }
     if (!JSVAL_IS_VOID(value))
-        std::printf("%s\n", ToUtf8(m_script.JSValToString(value)).c_str());
+        ScriptLog::WriteLine(stdout, m_script.JSValToString(value));
     return true;
 }
 
@@ -105,6 +111,17 @@ bool ScriptRun::RunFile()
     return m_script.Evaluate(text, nullptr);
 }
 
+/// Whether all that was printed has arrived; reports it when not.
+bool FlushOutput()
+{
+    const bool flushed = std::fflush(stdout) == 0;
+    if (flushed && !std::ferror(stdout))
+        return true;
+    const wxString reason = flushed ? wxString() : wxS(": ") + wxString::FromUTF8(std::strerror(errno));
+    wxLogError(wxS("qxp: error: Standard output not writable%s"), reason);
+    return false;
+}
+
 int ScriptRun::Run()
 {
     if (!SetUp())
@@ -114,7 +131,7 @@ int ScriptRun::Run()
         done = RunFile();
     if (done && m_options.interactive)
         RunPrompt(m_script, m_log);
-    return done && std::fflush(stdout) == 0 ? StatusSuccess : StatusFailure;
+    return FlushOutput() && done ? StatusSuccess : StatusFailure;
 }
 
 /// Binds NAME=DIR; a text for CLI11 when that cannot be.
@@ -125,12 +142,27 @@ std::string BindRoot(const std::string& text)
     return !directory.empty() && CDir::SetRoot(name, directory) ? "" : "NAME=DIR expected: " + text;
 }
 
+/// Reads a limit, whatever the locale; a text for CLI11 when it is none.
+std::string ReadLimit(const std::string& text, double& limit)
+{
+    double number = 0;
+    if (!FromSystemName(text).ToCDouble(&number) || !(number > 0))
+        return "A number above 0 expected: " + text;
+    limit = std::min(number, HighestLimit);
+    return "";
+}
+
+void AddLimit(CLI::App& command, const char* name, const char* unit, double& limit, const char* description)
+{
+    command.add_option(name)->description(description)->type_name(unit)->check([&limit](const std::string& text) {
+        return ReadLimit(text, limit);
+    });
+}
+
 /// What is no option begins with the file; behind that, options are the script's own.
 void TakeFileAndArguments(ScriptOptions& options, std::vector<std::string> rest)
 {
     const bool onlyTexts = !options.texts.empty();
-    if (!rest.empty() && rest.front() == "--")
-        rest.erase(rest.begin());
     if (!rest.empty() && !onlyTexts) {
         options.hasFile = true;
         options.file = rest.front();
@@ -146,7 +178,7 @@ void TakeFileAndArguments(ScriptOptions& options, std::vector<std::string> rest)
 
 } // namespace
 
-void AddScriptCommand(CLI::App& app, std::function<int()>& run)
+const CLI::App& AddScriptCommand(CLI::App& app, std::function<int()>& run, const std::vector<std::string>& arguments)
 {
     CLI::App* const command = app.add_subcommand("script", "Run a script");
     const auto options = std::make_shared<ScriptOptions>();
@@ -154,7 +186,6 @@ void AddScriptCommand(CLI::App& app, std::function<int()>& run)
     command->footer("What is no option is FILE (- is standard input), and behind it come its ARGs, which\n"
                     "it sees as the array `arguments`.\n"
                     "Example:\n  qxp script -e 'FormatString(\"%1 %2\", \"Hello\", StrToUpper(\"world\"))'");
-    command->prefix_command();
     command
         ->add_option("-e,--eval", options->texts, "Run TEXT instead of a file (repeatable) and write the last result")
         ->type_name("TEXT")
@@ -164,15 +195,13 @@ void AddScriptCommand(CLI::App& app, std::function<int()>& run)
         ->type_name("NAME=DIR")
         ->allow_extra_args(false)
         ->check(BindRoot);
-    command->add_option("--time-limit", options->timeLimit, "Stop a script that runs longer")
-        ->type_name("SECONDS")
-        ->check(CLI::PositiveNumber);
-    command->add_option("--memory-limit", options->memoryLimit, "Stop a script that makes the process grow by more")
-        ->type_name("MIB")
-        ->check(CLI::PositiveNumber);
+    AddLimit(*command, "--time-limit", "SECONDS", options->timeLimit, "Stop a script that runs longer");
+    AddLimit(*command, "--memory-limit", "MIB", options->memoryLimit,
+             "Stop a script that makes the process grow by more");
     AddCommonOptions(*command, options->common);
-    command->callback([command, options, &run] {
-        TakeFileAndArguments(*options, command->remaining());
+    command->callback([options, &run, &arguments] {
+        TakeFileAndArguments(*options, arguments);
         run = [options] { return ScriptRun(*options).Run(); };
     });
+    return *command;
 }

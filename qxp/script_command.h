@@ -1,6 +1,8 @@
 #pragma once
 
 #include <functional>
+#include <string>
+#include <vector>
 
 namespace CLI
 {
@@ -8,4 +10,5 @@ class App;
 }
 
 /// Adds `qxp script`. When it is the command given, `run` becomes what executes it and returns the exit status.
-void AddScriptCommand(CLI::App& app, std::function<int()>& run);
+/// @param arguments FILE and what is behind it, filled before the options are parsed; must outlive that.
+const CLI::App& AddScriptCommand(CLI::App& app, std::function<int()>& run, const std::vector<std::string>& arguments);

@@ -11,12 +11,6 @@ namespace
 
 constexpr wxLogLevel ScriptErrorLevel = 103;
 
-void WriteLine(std::FILE* stream, const wxString& text)
-{
-    const std::string line = ToUtf8(text) + "\n";
-    std::fwrite(line.data(), 1, line.size(), stream);
-}
-
 } // namespace
 
 ScriptLog::ScriptLog() : m_previous(wxLog::SetActiveTarget(this))
@@ -33,6 +27,12 @@ std::vector<wxString> ScriptLog::TakeReports()
 {
     m_holding = false;
     return std::exchange(m_reports, {});
+}
+
+void ScriptLog::WriteLine(std::FILE* stream, const wxString& text)
+{
+    const std::string line = ToUtf8(text) + "\n";
+    std::fwrite(line.data(), 1, line.size(), stream);
 }
 
 void ScriptLog::WriteReport(const wxString& report)

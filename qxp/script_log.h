@@ -3,6 +3,7 @@
 #include <wx/log.h>
 #include <wx/string.h>
 
+#include <cstdio>
 #include <vector>
 
 /// The log of a script run: what scripts print goes to standard output, their errors and the formatted reports to
@@ -17,6 +18,8 @@ public:
     void HoldReports() { m_holding = true; }
     std::vector<wxString> TakeReports();
 
+    /// Writes a text, NULs and all, and a line feed.
+    static void WriteLine(std::FILE* stream, const wxString& text);
     static void WriteReport(const wxString& report);
 
 protected:

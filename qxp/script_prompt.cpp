@@ -72,7 +72,7 @@ bool IsIncomplete(CJScript& script)
     const wxString& message = script.GetError(0)->msg;
     return message.EndsWith(wxS("got end of script")) || message.StartsWith(wxS("unterminated comment")) ||
            message == wxS("missing } in compound statement") ||
-           message.StartsWith(wxS("unterminated string literal")) || message.Contains(wxS("missing } after "));
+           message.EndsWith(wxS("not terminated before end of script")) || message.Contains(wxS("missing } after "));
 }
 
 void EvaluateAndPrint(CJScript& script, ScriptLog& log, wxString& pending)
@@ -87,7 +87,7 @@ void EvaluateAndPrint(CJScript& script, ScriptLog& log, wxString& pending)
     for (const wxString& report : reports)
         ScriptLog::WriteReport(report);
     if (evaluated && !JSVAL_IS_VOID(value))
-        std::printf("%s\n", ToUtf8(script.JSValToString(value)).c_str());
+        ScriptLog::WriteLine(stdout, script.JSValToString(value));
     std::fflush(stdout);
     pending.clear();
 }

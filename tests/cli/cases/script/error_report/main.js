@@ -1,0 +1,7 @@
+var before = 1;
+
+function fail() {
+  throw new TypeError("it failed");
+}
+print("printed");
+fail();

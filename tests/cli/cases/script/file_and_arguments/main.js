@@ -1,0 +1,1 @@
+print(arguments.length + ":" + arguments.join("|"));

@@ -1,0 +1,3 @@
+#!/usr/bin/env -S qxp script
+print("runs");
+missing();
