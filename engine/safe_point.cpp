@@ -13,11 +13,17 @@ void RunSafePoint(ThreadState& t)
         for (JSContext* cx : TakeOrders(t))
             DestroyContextNow(t, cx);
     }
+    // What a call does in the engine ends in a safe point too. It leaves the rest to the loop that made the call, or
+    // the stack would grow with every owner that waits.
+    if (t.in_safe_point)
+        return;
+    t.in_safe_point = true;
     while (t.depth == 0 && !t.collecting && !t.safe_point_calls.empty()) {
         const SafePointCall call = t.safe_point_calls.front();
         t.safe_point_calls.pop_front();
         call.fn(call.data);
     }
+    t.in_safe_point = false;
 }
 
 namespace

@@ -166,6 +166,7 @@ struct ThreadState final : DoublePool::Marker
     std::unordered_multimap<std::size_t, const NativeRecord*> native_index;
 
     std::deque<SafePointCall> safe_point_calls;
+    bool in_safe_point = false;
     ThreadStack stack;
     std::size_t stack_quota;
     std::size_t stack_used_at_quota = 0;
