@@ -9,6 +9,8 @@
 #include <cstdio>
 #include <functional>
 #include <iostream>
+#include <new>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -23,6 +25,18 @@ int FailUsage(const std::string& message)
 {
     std::cerr << "qxp: error: " << message << "\nRun with --help for more information.\n";
     return StatusUsage;
+}
+
+/// What a run has taken is free again when this reports that there was not enough.
+int RunWithinMemory(const std::function<int()>& run)
+{
+    try {
+        return run();
+    } catch (const std::bad_alloc&) {
+    } catch (const std::length_error&) {
+    }
+    std::fputs("qxp: error: Out of memory\n", stderr);
+    return StatusFailure;
 }
 
 /// Writes what --help or --version asked for.
@@ -69,5 +83,5 @@ int main(int argc, char** argv)
             return Answer(app, error);
         return FailUsage(app.get_subcommands().empty() ? "A command must come before " + first : error.what());
     }
-    return run();
+    return RunWithinMemory(run);
 }
