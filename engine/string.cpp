@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <cstring>
-#include <iterator>
 #include <type_traits>
 
 #include "engine/entry_detail.h"
@@ -101,9 +100,8 @@ bool ReadWide(JSContext* cx, JSString* str, const char* function, std::wstring& 
     Text text;
     if (!t || !str || !ReadText(*t, Inner(str), text))
         return false;
-    wchar_t few[128]; // most texts are short, and growing the string first would fill it twice
-    if (text.length <= std::size(few)) {
-        out.assign(few, text.Decode(few));
+    if (text.latin1 && out.capacity() < text.length) {
+        out = std::wstring(text.latin1, text.latin1 + text.length); // written once; growing it would fill it first
     } else {
         out.resize(text.length);
         out.resize(text.Decode(out.data()));
