@@ -189,7 +189,7 @@ void CJScriptLink::ObjectFinalized(JSContext* cx, JSObject* object)
         return;
     m_dynamic = false;
     m_deletion = new CJScriptLink*(this);
-    JS_CallAtSafePoint(
+    JS_CallAfterNative(
         cx,
         [](void* data) {
             const std::unique_ptr<CJScriptLink*> deletion(static_cast<CJScriptLink**>(data));
