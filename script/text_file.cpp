@@ -4,6 +4,8 @@
 #include "script/class_module.h"
 #include "script/native_function.h"
 
+#include <wx/filename.h>
+
 wxIMPLEMENT_CLASS(CqxJSFile, wxObject);
 
 JSMapEntry CqxJSFile::m_JSMapEntries[] = {
@@ -39,7 +41,8 @@ bool CqxJSFile::Resolve(wxString& path)
 
 bool CqxJSFile::Open(wxString path)
 {
-    m_hasFile = Resolve(path) && m_file.Open(path, wxConvAuto());
+    // The system opens directories for reading too, and gives them any length.
+    m_hasFile = Resolve(path) && !wxFileName::DirExists(path) && m_file.Open(path, wxConvAuto());
     return m_hasFile;
 }
 
