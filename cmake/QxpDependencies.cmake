@@ -22,6 +22,9 @@ target_link_libraries(qxp_wxcore INTERFACE qxp_wxbase ${wxWidgets_LIBRARIES})
 set_target_properties(qxp_wxcore PROPERTIES
   INTERFACE_VC_QXPARSER_WINDOWS ON COMPATIBLE_INTERFACE_BOOL VC_QXPARSER_WINDOWS)
 
+# The XML parser whose events the document reader builds its tree from.
+find_package(EXPAT REQUIRED)
+
 # The script engine.
 pkg_check_modules(mozjs REQUIRED mozjs-102)
 find_path(MOZJS_INCLUDE_DIR js/Initialization.h PATH_SUFFIXES mozjs-102 REQUIRED)

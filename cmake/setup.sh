@@ -3,7 +3,7 @@
 
 packages=(
     build-essential cmake ninja-build pkg-config
-    libwxgtk3.2-dev libmozjs-102-dev libcli11-dev libedit-dev
+    libwxgtk3.2-dev libmozjs-102-dev libexpat1-dev libcli11-dev libedit-dev
     libgtest-dev librapidcheck-dev xvfb xauth
 )
 
