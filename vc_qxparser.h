@@ -26,3 +26,5 @@
 #include "script/text_file.h"
 #include "script/url_file.h"
 #include "script/value_conversion.h"
+#include "xml/xml_document.h"
+#include "xml/xml_node.h"

@@ -134,14 +134,22 @@ bool Invoke(JSContext* cx, Class* target, Tuple& arguments, jsval* rval)
     return true;
 }
 
+/// What a native does when it is given another number of arguments than it takes.
+enum class WrongCount
+{
+    Throws,
+    EndsScript ///< Without a message.
+};
+
 /// The native behind a method.
-template <auto Function> JSBool CallNative(JSContext* cx, JSObject* object, uintN argc, jsval* argv, jsval* rval)
+template <auto Function, WrongCount Reaction = WrongCount::Throws>
+JSBool CallNative(JSContext* cx, JSObject* object, uintN argc, jsval* argv, jsval* rval)
 {
     using Traits = FunctionTraits<decltype(Function)>;
     if (!JS_GetPrivate(cx, object))
         return JS_FALSE;
     if (argc != Traits::count)
-        return FailCount(cx, argv, argc, Traits::count);
+        return Reaction == WrongCount::Throws && FailCount(cx, argv, argc, Traits::count);
     using Positions = std::make_index_sequence<Traits::count>;
     typename Traits::ArgumentTuple arguments;
     if (!ConvertArguments(cx, argv, arguments, Positions()) || !RefreshPointers(cx, argv, arguments, Positions()))
@@ -188,6 +196,13 @@ template <auto Function> JSMapEntry JSMethod(const char* name)
 {
     return JSMapEntry(name, &script_detail::CallNative<Function>,
                       script_detail::FunctionTraits<decltype(Function)>::count);
+}
+
+/// A method without arguments that ends the script, without a message, when it is given some.
+template <auto Function> JSMapEntry JSMethodWithoutArguments(const char* name)
+{
+    static_assert(script_detail::FunctionTraits<decltype(Function)>::count == 0);
+    return JSMapEntry(name, &script_detail::CallNative<Function, script_detail::WrongCount::EndsScript>, 0);
 }
 
 /// A constructor of a scriptable class that takes these arguments.

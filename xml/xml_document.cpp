@@ -1,0 +1,229 @@
+#include "xml/xml_document.h"
+
+#include "script/class_module.h"
+#include "script/native_function.h"
+#include "script/script.h"
+#include "xml/tree_links_detail.h"
+
+#include <wx/log.h>
+#include <wx/sstream.h>
+#include <wx/xml/xml.h>
+
+#include <utility>
+
+wxIMPLEMENT_CLASS(CXmlDocument, wxObject);
+
+JSMapEntry CXmlDocument::m_JSMapEntries[] = {
+    JSConstructor<CXmlDocument>(),
+    JSMethodWithoutArguments<&CXmlDocument::GetRoot>("GetRoot"),
+    JSMethod<&CXmlDocument::SetContent>("SetContent"),
+    JSMethodWithoutArguments<&CXmlDocument::GetVersion>("GetVersion"),
+    JSMapEntry(),
+};
+const JSMap CXmlDocument::m_JSMap{"XmlDocument", &CJScriptLink::ms_JSClass, m_JSMapEntries};
+CJScriptLinkClass CXmlDocument::ms_JSClass(&CXmlDocument::m_JSMap);
+
+JS_REGISTER_CLASS_MODULE(CXmlDocument)
+
+namespace
+{
+
+constexpr wxLogLevel NoticeLevel = wxLOG_User + 2;
+
+constexpr int IndentationStep = 1;
+
+/// What a tree takes in memory for each byte of its file, roughly: a node's own size and four bytes a character.
+constexpr std::size_t MemoryPerByte = 10;
+
+} // namespace
+
+void xml_detail::TreeDeleter::operator()(wxXmlDocument* tree) const
+{
+    DeleteTree(tree->DetachDocumentNode(), [](const wxXmlNode*) {});
+    delete tree;
+}
+
+CXmlDocument::CXmlDocument() : m_emptyNode(this, nullptr), m_script(nullptr), m_constructionFlag(true)
+{
+    m_link.Link(this, &ms_JSClass);
+}
+
+CXmlDocument::CXmlDocument(CJScript* script, const wxString& name, CJScriptLink* parent)
+    : CXmlDocument(script, name, parent, &ms_JSClass)
+{}
+
+CXmlDocument::CXmlDocument(CJScript* script, const wxString& name, CJScriptLink* parent, CJScriptLinkClass* cls)
+    : m_emptyNode(this, nullptr), m_script(script), m_constructionFlag(false)
+{
+    m_link.Link(this, cls);
+    if (!m_script)
+        return;
+    m_script->CreateChild(&m_link, parent, name, true, false);
+    MakeChildObject(m_emptyNode);
+}
+
+CXmlDocument::~CXmlDocument()
+{
+    m_link.CallJS_OnDestroy();
+    m_script = nullptr;
+    Clear();
+}
+
+/// Gives a handle its script object.
+void CXmlDocument::MakeChildObject(CXmlNode& handle)
+{
+    if (m_link.IsCreated())
+        handle.m_link.CreateObject(m_link.GetContext(), &m_link, wxString(), true, false);
+    else
+        wxLogGeneric(NoticeLevel, wxS("No parent"));
+}
+
+/// Puts another tree (null: none) in the place of this one, whose handles are handed out.
+CXmlDocument::EndedHandles CXmlDocument::ReplaceTree(Tree tree)
+{
+    EndedHandles ended;
+    ended.reserve(m_nodes.size());
+    for (const auto& [node, handle] : m_nodes) {
+        handle->SetXmlNode(nullptr);
+        ended.emplace_back(handle);
+    }
+    m_nodes.clear();
+    m_tree = std::move(tree);
+    return ended;
+}
+
+void CXmlDocument::Clear()
+{
+    ReplaceTree(nullptr);
+}
+
+bool CXmlDocument::Load(wxInputStream& stream, const wxString& encoding, int flags)
+{
+    const EndedHandles ended = ReplaceTree(Tree(new wxXmlDocument));
+    if (!m_script)
+        m_script = m_link.GetScript();
+    if (m_script && !m_emptyNode.m_link.IsCreated())
+        MakeChildObject(m_emptyNode);
+    const bool loaded = m_tree->Load(stream, encoding, flags);
+    m_link.AnnounceMemory(static_cast<std::size_t>(stream.TellI()) * MemoryPerByte);
+    return loaded;
+}
+
+bool CXmlDocument::SetContent(const wxString& text)
+{
+    wxStringInputStream stream(text);
+    return Load(stream, wxS("UTF-8"), wxXMLDOC_NONE);
+}
+
+bool CXmlDocument::Save(wxOutputStream& stream)
+{
+    return m_tree && m_tree->Save(stream, IndentationStep);
+}
+
+void CXmlDocument::RemoveComments()
+{
+    wxXmlNode* const root = m_tree ? m_tree->GetRoot() : nullptr;
+    unsigned int depth = 0;
+    for (wxXmlNode* node = root; node;) {
+        wxXmlNode* const comment = node->GetType() == wxXML_COMMENT_NODE ? node : nullptr;
+        node = xml_detail::NextInTree(node, root, depth);
+        if (comment && comment != root) {
+            Unlink(comment);
+            DeleteUnlinked(comment);
+        }
+    }
+}
+
+CJScriptLink* CXmlDocument::GetRoot()
+{
+    CXmlNode* const root = GetRawRoot();
+    return root ? root->GetJSLink() : nullptr;
+}
+
+CXmlNode* CXmlDocument::GetRawRoot()
+{
+    wxXmlNode* const root = m_tree ? m_tree->GetRoot() : nullptr;
+    return root ? GetAttachNode(root) : nullptr;
+}
+
+CXmlNode* CXmlDocument::GetAttachNode(wxXmlNode* node)
+{
+    if (!node)
+        return &m_emptyNode;
+    CXmlNode*& entry = m_nodes[node];
+    if (entry) {
+        // The handle on a node that has gone is that of the one which took its place in memory.
+        entry->m_node = node;
+        return entry;
+    }
+    CXmlNode* const handle = entry = new CXmlNode(this, node);
+    if (m_script)
+        MakeChildObject(*handle);
+    return handle;
+}
+
+std::unique_ptr<CXmlNode> CXmlDocument::TakeHandle(wxXmlNode* node)
+{
+    const auto entry = m_nodes.find(node);
+    if (entry == m_nodes.end())
+        return nullptr;
+    std::unique_ptr<CXmlNode> handle(entry->second);
+    handle->SetXmlNode(nullptr);
+    m_nodes.erase(entry);
+    return handle;
+}
+
+/// Takes a node out of the tree.
+void CXmlDocument::Unlink(wxXmlNode* node)
+{
+    wxXmlNode* const parent = node->GetParent();
+    if (!parent)
+        return;
+    if (m_tree && node == m_tree->GetRoot())
+        m_tree->DetachRoot();
+    else
+        parent->RemoveChild(node);
+    const auto entry = m_nodes.find(parent);
+    if (entry != m_nodes.end())
+        entry->second->m_known = CXmlNode::KnownChildren();
+}
+
+/// Deletes a node that is in no tree; the handles on it and on what is below it are empty from then on.
+void CXmlDocument::DeleteUnlinked(wxXmlNode* node)
+{
+    xml_detail::DeleteTree(node, [this](wxXmlNode* gone) {
+        const auto entry = m_nodes.empty() ? m_nodes.end() : m_nodes.find(gone);
+        if (entry != m_nodes.end())
+            entry->second->SetXmlNode(nullptr);
+    });
+}
+
+void CXmlDocument::DeleteNode(wxXmlNode* node)
+{
+    if (!node)
+        return;
+    const std::unique_ptr<CXmlNode> ended = TakeHandle(node);
+    Unlink(node);
+    DeleteUnlinked(node);
+}
+
+wxString CXmlDocument::GetVersion() const
+{
+    return m_tree ? m_tree->GetVersion() : wxString();
+}
+
+void CXmlDocument::SetRoot(const wxString& name)
+{
+    Tree tree(new wxXmlDocument);
+    tree->SetRoot(new wxXmlNode(wxXML_ELEMENT_NODE, name));
+    ReplaceTree(std::move(tree));
+}
+
+/// Whether an element may stand so deep; when not, the log says so.
+bool CXmlDocument::AllowsDepth(unsigned int depth) const
+{
+    if (depth <= m_maxDepth)
+        return true;
+    wxLogError(wxS("XML elements are nested deeper than %u"), m_maxDepth);
+    return false;
+}

@@ -1,0 +1,125 @@
+#pragma once
+
+#include "base/api.h"
+#include "script/script_class.h"
+#include "script/script_link.h"
+#include "xml/xml_node.h"
+
+#include <wx/hashmap.h>
+#include <wx/object.h>
+#include <wx/stream.h>
+#include <wx/string.h>
+
+#include <memory>
+#include <vector>
+
+class CJScript;
+class WXDLLIMPEXP_FWD_XML wxXmlDocument;
+
+namespace xml_detail
+{
+
+/// Deletes a tree of any depth.
+struct TreeDeleter
+{
+    VC_QXPARSER_API void operator()(wxXmlDocument* tree) const;
+};
+
+} // namespace xml_detail
+
+WX_DECLARE_HASH_MAP(wxXmlNode*, CXmlNode*, wxPointerHash, wxPointerEqual, CHashPXmlNode);
+
+/// An XML tree, and the handles on its nodes: the script class "XmlDocument".
+///
+/// With a script context, every handle gets a script object as a child of the document's own. Failures are false or
+/// null, with a message in the log; nothing is thrown. A document is used by one thread at a time.
+class VC_QXPARSER_API CXmlDocument : public wxObject
+{
+public:
+    /// How deep elements may be nested when nothing else is said; the root element counts as 1.
+    static constexpr unsigned int DefaultMaxDepth = 1000;
+
+    /// A document without script, until Load finds that it has a script object.
+    CXmlDocument();
+    /// A document whose script object is the child `name` of `parent`; without a parent it has none, and the log says
+    /// "No parent".
+    /// @param script not owned, may be null; it must live as long as the document's script object.
+    CXmlDocument(CJScript* script, const wxString& name, CJScriptLink* parent);
+    ~CXmlDocument() override;
+
+    CXmlDocument(const CXmlDocument&) = delete;
+    CXmlDocument& operator=(const CXmlDocument&) = delete;
+
+    /// Deletes the tree and every handle on it. The empty node stays.
+    void Clear();
+    /// Replaces the tree by what the stream holds. The handles on the old one end in any case.
+    /// @param encoding how text is kept in memory where that is not Unicode: "UTF-8".
+    /// @param flags wxXMLDOC_KEEP_WHITESPACE_NODES or wxXMLDOC_NONE.
+    /// @return false, with an error in the log and a tree without root, when it is not well-formed XML or is nested too
+    /// deep.
+    bool Load(wxInputStream& stream, const wxString& encoding, int flags);
+    /// Loads a text.
+    bool SetContent(const wxString& text);
+    /// Writes the tree, indented by one blank a level. False without a tree, when writing fails, and for a tree that is
+    /// nested too deep, of which nothing is written.
+    bool Save(wxOutputStream& stream);
+
+    /// Deletes every comment below the root element. Handles on them are empty afterwards.
+    void RemoveComments();
+
+    /// The link of the root element's handle; null without a root.
+    CJScriptLink* GetRoot();
+    /// The root element's handle; null, not the empty node, without a root.
+    CXmlNode* GetRawRoot();
+    /// The handle of a node of the tree, made on first request; the empty node for null.
+    CXmlNode* GetAttachNode(wxXmlNode* node);
+    /// Deletes a node with all below it, and its handle. The root element leaves a tree without root.
+    void DeleteNode(wxXmlNode* node);
+    /// The version in the XML declaration; empty without a tree.
+    wxString GetVersion() const;
+    /// Replaces the tree by one whose only element is an empty root of this name.
+    void SetRoot(const wxString& name);
+
+    CXmlNode* GetEmptyNode() { return &m_emptyNode; }
+    CJScript* GetScript() const { return m_script; }
+
+    /// Bounds the depth of elements for what comes: loading, saving, adding, inserting and merging.
+    void SetMaxDepth(unsigned int depth) { m_maxDepth = depth; }
+    unsigned int GetMaxDepth() const { return m_maxDepth; }
+
+    virtual const CJScriptLink* GetJSLink() const { return &m_link; }
+    virtual CJScriptLink* GetJSLink() { return &m_link; }
+    virtual const JSMap* GetJSMap() const { return &m_JSMap; }
+
+    static const JSMap m_JSMap;
+    static JSMapEntry m_JSMapEntries[];
+    static CJScriptLinkClass ms_JSClass;
+
+protected:
+    /// For a scriptable class derived from this one.
+    CXmlDocument(CJScript* script, const wxString& name, CJScriptLink* parent, CJScriptLinkClass* cls);
+
+private:
+    friend class CXmlNode;
+
+    using Tree = std::unique_ptr<wxXmlDocument, xml_detail::TreeDeleter>;
+    /// Handles that are to end. They do so last in an operation: script that hears of it may do anything.
+    using EndedHandles = std::vector<std::unique_ptr<CXmlNode>>;
+
+    void MakeChildObject(CXmlNode& handle);
+    EndedHandles ReplaceTree(Tree tree);
+    void Unlink(wxXmlNode* node);
+    void DeleteUnlinked(wxXmlNode* node);
+    std::unique_ptr<CXmlNode> TakeHandle(wxXmlNode* node);
+    bool AllowsDepth(unsigned int depth) const;
+
+    Tree m_tree;
+    CXmlNode m_emptyNode;
+    CHashPXmlNode m_nodes{100};
+    CJScript* m_script;
+    bool m_constructionFlag;
+    unsigned int m_maxDepth = DefaultMaxDepth;
+    CJScriptLink m_link;
+
+    wxDECLARE_CLASS(CXmlDocument);
+};

@@ -1,0 +1,297 @@
+#include "xml/xml_node.h"
+
+#include "xml/tree_links_detail.h"
+#include "xml/xml_document.h"
+
+#include <wx/xml/xml.h>
+
+#include <vector>
+
+wxIMPLEMENT_CLASS(CXmlNode, wxObject);
+
+using xml_detail::NextOf;
+using xml_detail::ParentOf;
+
+namespace
+{
+
+wxXmlNode* FindByName(wxXmlNode* first, const wxString& name)
+{
+    while (first && first->GetName() != name)
+        first = first->GetNext();
+    return first;
+}
+
+const wxXmlAttribute* FindProp(const wxXmlNode& node, const wxString& name, bool matchCase)
+{
+    const wxXmlAttribute* prop = node.GetAttributes();
+    while (prop && !prop->GetName().IsSameAs(name, matchCase))
+        prop = prop->GetNext();
+    return prop;
+}
+
+/// The properties from `from` up to `end` (not included; null: up to the last) as text.
+wxString FormatProps(const wxXmlAttribute* from, const wxXmlAttribute* end)
+{
+    wxString text;
+    for (; from != end; from = from->GetNext())
+        text << wxS(' ') << from->GetName() << wxS("=\"") << from->GetValue() << wxS('"');
+    return text;
+}
+
+int IndexOf(const wxXmlNode& parent, const wxXmlNode& child)
+{
+    int index = 0;
+    for (const wxXmlNode* node = parent.GetChildren(); node != &child; node = node->GetNext())
+        ++index;
+    return index;
+}
+
+} // namespace
+
+CXmlNode::CXmlNode(CXmlDocument* document, wxXmlNode* node) : m_document(document), m_node(node)
+{
+    m_link.Link(this, &ms_JSClass);
+}
+
+CXmlNode::~CXmlNode()
+{
+    // While there is still a node to ask: script may run here.
+    m_link.CallJS_OnDestroy();
+}
+
+CXmlNode* CXmlNode::Attach(wxXmlNode* node) const
+{
+    return m_document->GetAttachNode(node);
+}
+
+void CXmlNode::SetXmlNode(wxXmlNode* node)
+{
+    m_node = node;
+    m_known = KnownChildren();
+}
+
+CXmlNode* CXmlNode::GetRawChildren()
+{
+    return Attach(m_node ? m_node->GetChildren() : nullptr);
+}
+
+CXmlNode* CXmlNode::GetRawNext()
+{
+    return Attach(m_node ? NextOf(*m_node) : nullptr);
+}
+
+CXmlNode* CXmlNode::GetRawPrevious()
+{
+    const wxXmlNode* const parent = m_node ? ParentOf(*m_node) : nullptr;
+    wxXmlNode* previous = parent ? parent->GetChildren() : nullptr;
+    while (previous && previous->GetNext() != m_node)
+        previous = previous->GetNext();
+    return Attach(previous);
+}
+
+CXmlNode* CXmlNode::GetRawParent()
+{
+    return Attach(m_node ? ParentOf(*m_node) : nullptr);
+}
+
+CXmlNode* CXmlNode::GetRawNode(const wxString& name)
+{
+    return Attach(m_node ? FindByName(m_node->GetChildren(), name) : nullptr);
+}
+
+CXmlNode* CXmlNode::GetRawNextByName(const wxString& name)
+{
+    return Attach(m_node ? FindByName(NextOf(*m_node), name) : nullptr);
+}
+
+CXmlNode* CXmlNode::GetRawPreviousByName(const wxString& name)
+{
+    const wxXmlNode* const parent = m_node ? ParentOf(*m_node) : nullptr;
+    wxXmlNode* found = nullptr;
+    for (wxXmlNode* node = parent ? parent->GetChildren() : nullptr; node && node->GetNext() != m_node;
+         node = node->GetNext()) {
+        if (node != m_node && node->GetName() == name)
+            found = node;
+    }
+    return Attach(found);
+}
+
+CXmlNode* CXmlNode::GetRawItem(int index)
+{
+    if (!m_node || index < 0)
+        return Attach(nullptr);
+    const bool goOn = m_known.item && m_known.index <= index;
+    wxXmlNode* node = goOn ? m_known.item : m_node->GetChildren();
+    for (int left = index - (goOn ? m_known.index : 0); node && left > 0; --left)
+        node = node->GetNext();
+    if (node) {
+        m_known.item = node;
+        m_known.index = index;
+    }
+    return Attach(node);
+}
+
+bool CXmlNode::HasNode(const wxString& name)
+{
+    return m_node && FindByName(m_node->GetChildren(), name);
+}
+
+wxString CXmlNode::GetName() const
+{
+    return m_node ? m_node->GetName() : wxString();
+}
+
+void CXmlNode::SetName(const wxString& name)
+{
+    if (m_node)
+        m_node->SetName(name);
+}
+
+wxString CXmlNode::GetNodeContent() const
+{
+    return m_node ? m_node->GetNodeContent() : wxString();
+}
+
+bool CXmlNode::HasProp(const wxString& name) const
+{
+    return m_node && m_node->HasAttribute(name);
+}
+
+wxString CXmlNode::GetPropW(const wxString& name, const wxString& def) const
+{
+    return m_node ? m_node->GetAttribute(name, def) : def;
+}
+
+long CXmlNode::GetPropLong(const wxString& name, long def) const
+{
+    wxString text;
+    long number = 0;
+    return m_node && m_node->GetAttribute(name, &text) && text.ToLong(&number, 10) ? number : def;
+}
+
+void CXmlNode::AddProp(const wxString& name, const wxString& value)
+{
+    if (m_node)
+        m_node->AddAttribute(name, value);
+}
+
+void CXmlNode::AddProp(const wxString& name, long value)
+{
+    AddProp(name, wxString::Format(wxS("%ld"), value));
+}
+
+void CXmlNode::AddOrChangeProp(const wxString& name, const wxString& value)
+{
+    wxXmlAttribute* prop = m_node ? m_node->GetAttributes() : nullptr;
+    while (prop && prop->GetName() != name)
+        prop = prop->GetNext();
+    if (prop)
+        prop->SetValue(value);
+    else
+        AddProp(name, value);
+}
+
+void CXmlNode::AddOrChangeProp(const wxString& name, long value)
+{
+    AddOrChangeProp(name, wxString::Format(wxS("%ld"), value));
+}
+
+bool CXmlNode::DelProp(const wxString& name)
+{
+    return m_node && m_node->DeleteAttribute(name);
+}
+
+void CXmlNode::ClearProps()
+{
+    wxXmlAttribute* prop = m_node ? m_node->GetAttributes() : nullptr;
+    if (m_node)
+        m_node->SetAttributes(nullptr);
+    while (prop) {
+        const wxXmlAttribute* const done = prop;
+        prop = prop->GetNext();
+        delete done;
+    }
+}
+
+wxString CXmlNode::GetAllProps() const
+{
+    return m_node ? FormatProps(m_node->GetAttributes(), nullptr) : wxString();
+}
+
+wxString CXmlNode::GetAllPropsAfter(const wxString& name) const
+{
+    const wxXmlAttribute* const prop = m_node ? FindProp(*m_node, name, false) : nullptr;
+    return prop ? FormatProps(prop->GetNext(), nullptr) : wxString();
+}
+
+wxString CXmlNode::GetAllPropsBefore(const wxString& name) const
+{
+    return m_node ? FormatProps(m_node->GetAttributes(), FindProp(*m_node, name, false)) : wxString();
+}
+
+int CXmlNode::GetChildrenCount()
+{
+    if (!m_node)
+        return 0;
+    if (m_known.count < 0) {
+        m_known.count = 0;
+        for (wxXmlNode* node = m_node->GetChildren(); node; node = node->GetNext(), ++m_known.count)
+            m_known.last = node;
+    }
+    return m_known.count;
+}
+
+int CXmlNode::GetChildrenCountOf(const wxString& name) const
+{
+    int count = 0;
+    for (const wxXmlNode* node = m_node ? m_node->GetChildren() : nullptr; node; node = node->GetNext())
+        count += node->GetName() == name;
+    return count;
+}
+
+int CXmlNode::GetChildrenDepth() const
+{
+    return m_node ? static_cast<int>(xml_detail::HeightOf(*m_node, [](const wxXmlNode&) { return true; })) : 0;
+}
+
+int CXmlNode::GetIndex() const
+{
+    const wxXmlNode* const parent = m_node ? ParentOf(*m_node) : nullptr;
+    return parent ? IndexOf(*parent, *m_node) : -1;
+}
+
+wxString CXmlNode::GetNodeString() const
+{
+    std::vector<int> path;
+    const wxXmlNode* node = m_node;
+    while (const wxXmlNode* const parent = node ? ParentOf(*node) : nullptr) {
+        path.push_back(IndexOf(*parent, *node));
+        node = parent;
+    }
+    wxString text;
+    for (auto index = path.rbegin(); index != path.rend(); ++index)
+        text << (text.empty() ? wxS("") : wxS(".")) << wxString::Format(wxS("Item(%d)"), *index);
+    return text;
+}
+
+bool CXmlNode::IsFirst() const
+{
+    const wxXmlNode* const parent = m_node ? ParentOf(*m_node) : nullptr;
+    return !m_node || (parent && parent->GetChildren() == m_node);
+}
+
+bool CXmlNode::IsLast() const
+{
+    return !m_node || !NextOf(*m_node);
+}
+
+bool CXmlNode::IsAlone() const
+{
+    return IsFirst() && IsLast();
+}
+
+bool CXmlNode::IsMiddle() const
+{
+    return !IsFirst() && !IsLast();
+}
