@@ -28,3 +28,6 @@
 #include "script/value_conversion.h"
 #include "xml/xml_document.h"
 #include "xml/xml_node.h"
+#include "tags/tag_block.h"
+#include "tags/tag_header_block.h"
+#include "tags/tag_parser.h"
