@@ -26,6 +26,12 @@ bool ValueFollows(const CLI::App& command, const std::string& word)
     return false;
 }
 
+/// Strings are passed over in the search for tags, so what begins like one would never be found.
+std::string CanBeTag(const std::string& text)
+{
+    return text.empty() || text[0] == '"' || text[0] == '\'' ? "a tag cannot be empty or begin with a quote" : "";
+}
+
 } // namespace
 
 void AddCommonOptions(CLI::App& command, CommonOptions& options)
@@ -35,6 +41,24 @@ void AddCommonOptions(CLI::App& command, CommonOptions& options)
         ->type_name("WHEN");
     command.add_flag("--quiet", options.quiet, "Show no progress");
     command.add_flag("--verbose", options.verbose, "Show the library's verbose output");
+}
+
+void AddOutputOption(CLI::App& command, std::string& file)
+{
+    command.add_option("-o,--output", file, "Write the result there")->type_name("FILE")->check(NonEmptyFile);
+}
+
+void AddTagOptions(CLI::App& command, std::string& begin, std::string& end)
+{
+    command.add_option("--begin", begin, "What tags begin with instead of " + begin)
+        ->type_name("TEXT")
+        ->check(CanBeTag);
+    command.add_option("--end", end, "What tags end with instead of " + end)->type_name("TEXT")->check(CanBeTag);
+}
+
+std::string NonEmptyFile(const std::string& text)
+{
+    return text.empty() ? "a file name is missing" : "";
 }
 
 std::vector<std::pair<bool, std::string>> InOrderGiven(const CLI::App& command, const CLI::Option* first,

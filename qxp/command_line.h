@@ -19,6 +19,15 @@ struct CommonOptions
 
 void AddCommonOptions(CLI::App& command, CommonOptions& options);
 
+/// Adds -o, the file that the result goes to.
+void AddOutputOption(CLI::App& command, std::string& file);
+
+/// Adds --begin and --end. The texts are the ones used without them.
+void AddTagOptions(CLI::App& command, std::string& begin, std::string& end);
+
+/// A check of option values. An unset variable of a makefile must not send the result somewhere else.
+std::string NonEmptyFile(const std::string& text);
+
 /// The values of two repeatable options in the order in which they were given: true with those of `first`.
 std::vector<std::pair<bool, std::string>> InOrderGiven(const CLI::App& command, const CLI::Option* first,
                                                        const CLI::Option* second);

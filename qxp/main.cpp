@@ -1,6 +1,7 @@
 #include "qxp/command_line.h"
 #include "qxp/preprocess_command.h"
 #include "qxp/script_command.h"
+#include "qxp/tags_command.h"
 
 #include <CLI/CLI.hpp>
 #include <wx/init.h>
@@ -65,6 +66,7 @@ int main(int argc, char** argv)
 
     std::function<int()> run;
     AddPreprocessCommand(app, run);
+    AddTagsCommand(app, run);
     std::vector<std::string> scriptArguments;
     const CLI::App& script = AddScriptCommand(app, run, scriptArguments);
 

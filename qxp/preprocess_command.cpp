@@ -4,6 +4,7 @@
 #include "qxp/dependencies.h"
 #include "qxp/diagnostics.h"
 #include "qxp/output.h"
+#include "qxp/parser_options.h"
 #include "vc_qxparser.h"
 
 #include <algorithm>
@@ -14,15 +15,11 @@
 namespace
 {
 
-constexpr const wchar_t* StandardInputName = L"<stdin>";
-
 struct PreprocessOptions
 {
     CommonOptions common;
+    ParserOptions parser;
     std::vector<std::string> files;
-    std::vector<std::pair<bool, std::string>>
-        defines; ///< true with NAME[=VALUE] to define, false with a NAME to forget
-    std::string dir;
     std::string output;
     std::vector<std::string> remove;
     bool keepEmptyLines = false;
@@ -60,9 +57,7 @@ public:
 
 private:
     bool SetUp();
-    void AddDefines();
     bool Preprocess(const std::string& file);
-    bool ReadText(const std::string& file, wxString& text);
     void NoteRead(const wxString& path);
     std::string Result();
     void AppendBlock(const CParserBlock& block);
@@ -75,7 +70,6 @@ private:
     Diagnostics m_diagnostics;
     TrackingPreprocessor m_pp;
     CParser m_parser;
-    CDir m_dir;
     std::vector<wxString> m_removeNames;
     std::vector<const wchar_t*> m_removeList;
     Dependencies m_dependencies;
@@ -88,14 +82,8 @@ private:
 
 bool PreprocessRun::SetUp()
 {
-    m_pp.SetParser(&m_parser);
-    if (!m_options.dir.empty())
-        m_dir = CDir(FromSystemName(m_options.dir));
-    if (!m_dir.Ok()) {
-        m_diagnostics.Error(wxString::Format(wxS("Directory not found '%s'"), FromSystemName(m_options.dir)));
+    if (!SetUpParser(m_options.parser, m_parser, m_diagnostics))
         return false;
-    }
-    m_parser.SetDir(m_dir);
     m_pp.SetTrim(!m_options.noTrim);
     m_pp.SetPartialMode(m_options.partial);
     if (m_options.keepEmptyLines)
@@ -107,51 +95,13 @@ bool PreprocessRun::SetUp()
     m_removeList.push_back(nullptr);
     if (!m_removeNames.empty())
         m_parser.SetRemoveDefines(m_removeList.data());
-    AddDefines();
-    return true;
-}
-
-void PreprocessRun::AddDefines()
-{
-    for (const auto& [isDefine, text] : m_options.defines) {
-        wxString value;
-        const wxString argument = FromSystemName(text);
-        const wxString name = isDefine ? argument.BeforeFirst(wxS('='), &value) : argument;
-        if (!isDefine) {
-            m_pp.RemoveDefine(name);
-            continue;
-        }
-        m_pp.AddDefine(name, argument.find(wxS('=')) == wxString::npos ? wxString(wxS("1")) : value, wxArrayString());
-        wxString message;
-        m_parser.GetLastErrorStr(&message);
-        if (!message.empty())
-            m_diagnostics.Warning(message);
-        m_parser.ClearError();
-    }
-}
-
-bool PreprocessRun::ReadText(const std::string& file, wxString& text)
-{
-    const bool isStandardInput = file == "-";
-    const wxString name = isStandardInput ? wxString(StandardInputName) : FromSystemName(file);
-    CFile source = isStandardInput ? CFile::StandardInput() : m_dir.OpenFile(name, wxFile::read);
-    if (!source.IsOpened() && !isStandardInput) {
-        m_diagnostics.Error(wxString::Format(wxS("File not found '%s' from '%s'"), name, m_dir.GetFullPath()));
-        return false;
-    }
-    if (!source.IsOpened() || !source.Read(text, CFile::convDefault)) {
-        m_diagnostics.Error(wxString::Format(wxS("File not readable '%s'"), name));
-        return false;
-    }
-    if (!isStandardInput)
-        NoteRead(name);
     return true;
 }
 
 void PreprocessRun::NoteRead(const wxString& path)
 {
     const bool isRelative = !path.StartsWith(wxS("/"));
-    wxString prefix = isRelative ? FromSystemName(m_options.dir) : wxString();
+    wxString prefix = isRelative ? FromSystemName(m_options.parser.dir) : wxString();
     if (!prefix.empty() && !prefix.EndsWith(wxS("/")))
         prefix += wxS("/");
     m_dependencies.Add(prefix + path);
@@ -161,9 +111,12 @@ void PreprocessRun::NoteRead(const wxString& path)
 bool PreprocessRun::Preprocess(const std::string& file)
 {
     wxString text;
-    if (!ReadText(file, text))
+    CDir dir = m_pp.GetDir();
+    if (!ReadInput(file, dir, text, m_diagnostics))
         return false;
-    const wxString name = file == "-" ? wxString(StandardInputName) : FromSystemName(file);
+    const wxString name = InputName(file);
+    if (file != "-")
+        NoteRead(name);
     if (m_parser.Parse(text, name, nullptr, true) != 0) {
         m_diagnostics.ReportFailure(m_parser);
         return false;
@@ -259,17 +212,6 @@ int PreprocessRun::Run()
     return StatusSuccess;
 }
 
-std::string NonEmptyName(const std::string& text)
-{
-    return text.empty() || text[0] == '=' ? "a NAME is missing" : "";
-}
-
-/// An unset variable of a makefile must not send the result somewhere else.
-std::string NonEmptyFile(const std::string& text)
-{
-    return text.empty() ? "a file name is missing" : "";
-}
-
 } // namespace
 
 void AddPreprocessCommand(CLI::App& app, std::function<int()>& run)
@@ -281,23 +223,8 @@ void AddPreprocessCommand(CLI::App& app, std::function<int()>& run)
     command->add_option("FILE", options->files, "Texts, preprocessed in turn; - is standard input")
         ->option_text("...")
         ->required();
-    const CLI::Option* const define =
-        command->add_option("-D,--define", "Add a define before the first file; 1 without VALUE")
-            ->type_name("NAME[=VALUE]")
-            ->allow_extra_args(false)
-            ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
-            ->check(NonEmptyName);
-    const CLI::Option* const undef = command->add_option("-U,--undef", "Remove a define, in order with -D")
-                                         ->type_name("NAME")
-                                         ->allow_extra_args(false)
-                                         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
-                                         ->check(NonEmptyName);
-    command->add_option("-C,--dir", options->dir, "Search directory of files and includes")
-        ->type_name("DIR")
-        ->check(NonEmptyFile);
-    command->add_option("-o,--output", options->output, "Write the result there")
-        ->type_name("FILE")
-        ->check(NonEmptyFile);
+    AddParserOptions(*command, options->parser);
+    AddOutputOption(*command, options->output);
     command->add_flag("--keep-empty-lines", options->keepEmptyLines, "Keep empty lines");
     command->add_flag("--no-trim", options->noTrim, "Keep blanks at both ends of lines, and lines left empty");
     command->add_flag("--partial", options->partial, "Keep what cannot be decided yet");
@@ -316,8 +243,5 @@ void AddPreprocessCommand(CLI::App& app, std::function<int()>& run)
         ->type_name("DEPFILE")
         ->check(NonEmptyFile);
     AddCommonOptions(*command, options->common);
-    command->callback([command, options, define, undef, &run] {
-        options->defines = InOrderGiven(*command, define, undef);
-        run = [options] { return PreprocessRun(*options).Run(); };
-    });
+    command->callback([options, &run] { run = [options] { return PreprocessRun(*options).Run(); }; });
 }

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <wx/string.h>
+
+#include <string>
+#include <utility>
+#include <vector>
+
+class CDir;
+class CParser;
+class Diagnostics;
+
+namespace CLI
+{
+class App;
+}
+
+/// What -D, -U and -C say about the parser of a command.
+struct ParserOptions
+{
+    std::vector<std::pair<bool, std::string>>
+        defines; ///< true with NAME[=VALUE] to define, false with a NAME to forget
+    std::string dir;
+};
+
+/// Adds -D, -U and -C. Takes the command's parse-complete callback; `options` must live as long as the command.
+void AddParserOptions(CLI::App& command, ParserOptions& options);
+
+/// Gives a parser with a preprocessor of its host the search directory and the defines.
+/// @return false after an error that has been reported.
+bool SetUpParser(const ParserOptions& options, CParser& parser, Diagnostics& diagnostics);
+
+/// What an input is called in diagnostics: as typed, "<stdin>" for "-".
+wxString InputName(const std::string& file);
+
+/// Reads a text file, named from `dir`, or standard input for "-".
+/// @return false after an error that has been reported.
+bool ReadInput(const std::string& file, CDir& dir, wxString& text, Diagnostics& diagnostics);
