@@ -1,6 +1,5 @@
 #include "base/utf8_detail.h"
 
-#include <cstdint>
 #include <cstring>
 
 namespace vcq::detail
@@ -76,17 +75,6 @@ size_t TakeCharacter(const wchar_t* text, size_t i, size_t length, SurrogatePair
     return 2;
 }
 
-/// Writes one character that is not ASCII and returns the place behind it.
-char* PutCharacter(char* to, uint32_t c)
-{
-    const int tails = c < 0x800 ? 1 : (c < 0x10000 ? 2 : 3);
-    static constexpr unsigned leads[] = {0, 0xc0, 0xe0, 0xf0};
-    *to++ = static_cast<char>(leads[tails] | (c >> 6 * tails));
-    for (int i = tails - 1; i >= 0; --i)
-        *to++ = static_cast<char>(0x80 | ((c >> 6 * i) & 0x3f));
-    return to;
-}
-
 } // namespace
 
 Utf8Progress DecodeUtf8(const char* from, size_t size, wchar_t* to)
@@ -118,6 +106,16 @@ void DecodeLatin1(const char* from, size_t size, wchar_t* to)
         to[i] = static_cast<unsigned char>(from[i]);
 }
 
+char* EncodeCharacter(uint32_t c, char* to)
+{
+    const int tails = c < 0x800 ? 1 : (c < 0x10000 ? 2 : 3);
+    static constexpr unsigned leads[] = {0, 0xc0, 0xe0, 0xf0};
+    *to++ = static_cast<char>(leads[tails] | (c >> 6 * tails));
+    for (int i = tails - 1; i >= 0; --i)
+        *to++ = static_cast<char>(0x80 | ((c >> 6 * i) & 0x3f));
+    return to;
+}
+
 std::string EncodeUtf8(const wchar_t* text, size_t length, SurrogatePairs pairs)
 {
     // Appending byte by byte to the string costs several times as much as appending pieces.
@@ -133,7 +131,7 @@ std::string EncodeUtf8(const wchar_t* text, size_t length, SurrogatePairs pairs)
             ++i;
         } else {
             i += TakeCharacter(text, i, length, pairs, character);
-            at = PutCharacter(at, character);
+            at = EncodeCharacter(character, at);
         }
         if (static_cast<size_t>(piece + sizeof(piece) - at) < longestCharacter) {
             bytes.append(piece, at);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <wx/string.h>
 
@@ -37,6 +38,9 @@ enum class SurrogatePairs
     combine, ///< write the character that the pair stands for
     keep     ///< write each half, the exact inverse of DecodeUtf8
 };
+
+/// Writes the two to four bytes of a character that is not ASCII and returns the place behind them.
+char* EncodeCharacter(uint32_t character, char* to);
 
 std::string EncodeUtf8(const wchar_t* text, size_t length, SurrogatePairs pairs);
 

@@ -1,0 +1,514 @@
+#include "xml/tree_reader_detail.h"
+
+#include "base/utf8_detail.h"
+#include "xml/entity_table_detail.h"
+#include "xml/tree_charset_detail.h"
+#include "xml/tree_links_detail.h"
+
+#include <wx/log.h>
+
+#include <expat.h>
+
+#include <algorithm>
+#include <cstring>
+#include <memory>
+#include <new>
+#include <string>
+#include <string_view>
+
+namespace xml_detail
+{
+
+namespace
+{
+
+/// The parser gets its input in the pieces that wxXmlDocument gives it: white space at the beginning of a text is
+/// dropped up to where a piece ends, so that other pieces would give another tree.
+constexpr size_t pieceSize = 1024;
+constexpr size_t blockSize = 64 * pieceSize;
+
+/// The size from which on a token is no longer looked at again for each piece of it.
+constexpr size_t longToken = 64 * 1024;
+
+/// What default values of attributes may add to a document: as much as entities may.
+constexpr unsigned long long defaultsAllowed = 8 << 20;
+constexpr unsigned long long defaultsPerByte = 100;
+
+/// Code points in a buffer that is kept from text to text.
+class WideBuffer
+{
+public:
+    const wchar_t* Data() const { return m_data.get(); }
+    size_t Size() const { return m_size; }
+    void Clear() { m_size = 0; }
+
+    void AppendUtf8(const char* bytes, size_t size)
+    {
+        if (m_capacity - m_size < size)
+            Grow(size);
+        m_size += vcq::detail::DecodeUtf8(bytes, size, m_data.get() + m_size).written;
+    }
+
+private:
+    void Grow(size_t more)
+    {
+        const size_t capacity = std::max(m_size + more, m_capacity * 2);
+        std::unique_ptr<wchar_t[]> data(new wchar_t[capacity]);
+        std::copy_n(m_data.get(), m_size, data.get());
+        m_data = std::move(data);
+        m_capacity = capacity;
+    }
+
+    std::unique_ptr<wchar_t[]> m_data;
+    size_t m_size = 0;
+    size_t m_capacity = 0;
+};
+
+bool IsBlank(const char* text, size_t size)
+{
+    return std::string_view(text, size).find_first_not_of(" \t\n\r") == std::string_view::npos;
+}
+
+/// Builds a tree from the parser's events.
+class TreeReader
+{
+public:
+    TreeReader(int flags, unsigned int maxDepth);
+
+    bool Read(wxInputStream& stream);
+    void MoveTo(wxXmlDocument& document);
+    const ReadProblem& Problem() const { return m_problem; }
+
+private:
+    struct FreeParser
+    {
+        void operator()(XML_Parser parser) const { XML_ParserFree(parser); }
+    };
+    struct DeleteNodes
+    {
+        void operator()(wxXmlNode* node) const
+        {
+            DeleteTree(node, [](const wxXmlNode*) {});
+        }
+    };
+
+    void ListenTo(XML_Parser parser);
+    bool FeedBlock(const char* block, size_t size, bool last);
+    bool FeedPiece(const char* piece, size_t size, bool last);
+    bool Parse(const char* bytes, size_t size, bool last);
+
+    void StartElement(const XML_Char* name, const XML_Char** attributes);
+    void EndElement(const XML_Char* name);
+    void Text(const XML_Char* text, int size);
+    void StartCdata();
+    void EndCdata();
+    void Comment(const XML_Char* text);
+    void Instruction(const XML_Char* target, const XML_Char* data);
+    void StartDoctype(const XML_Char* name, const XML_Char* systemId, const XML_Char* publicId, int hasSubset);
+    void EndDoctype();
+    void EntityDeclared(const XML_Char* name, int isParameter, const XML_Char* text, int size, const XML_Char* base,
+                        const XML_Char* systemId, const XML_Char* publicId, const XML_Char* notation);
+    void EntitySkipped(const XML_Char* name, int isParameter);
+    void ExternalUsed(const XML_Char* systemId);
+    void AnythingElse(const XML_Char* text, int size);
+
+    void AddAttributes(wxXmlNode& element, const XML_Char** attributes);
+    void CheckAttributes(const XML_Char** attributes);
+    void CheckReferences(std::string_view text);
+    void ReadDeclaration(const XML_Char* text, size_t size);
+    void StartText(wxXmlNodeType type);
+    void FinishText();
+    void Append(wxXmlNode* node);
+    int Line() const { return static_cast<int>(XML_GetCurrentLineNumber(m_parser.get())); }
+    const wxString& Decode(const XML_Char* text, size_t size, wxString& into);
+    const wxString& Decode(const XML_Char* text, wxString& into) { return Decode(text, std::strlen(text), into); }
+
+    bool HasFailed() const { return !m_problem.message.empty(); }
+    void Fail(const wxString& message);
+
+    /// Passes an event on to a function of the reader. Some events still come after a failure.
+    template <auto Function> struct Handler;
+    template <typename... Arguments, void (TreeReader::*Function)(Arguments...)> struct Handler<Function>
+    {
+        static void XMLCALL Call(void* self, Arguments... arguments)
+        {
+            auto& reader = *static_cast<TreeReader*>(self);
+            if (reader.HasFailed())
+                return;
+            try {
+                (reader.*Function)(arguments...);
+            } catch (const std::bad_alloc&) {
+                reader.Fail(wxS("out of memory"));
+            }
+        }
+    };
+    static int XMLCALL RefuseExternal(XML_Parser self, const XML_Char*, const XML_Char*, const XML_Char*,
+                                      const XML_Char*);
+
+    const bool m_keepBlanks;
+    const unsigned int m_maxDepth;
+    ReadProblem m_problem;
+
+    std::unique_ptr<wxXmlNode, DeleteNodes> m_tree;
+    std::unique_ptr<XML_ParserStruct, FreeParser> m_parser;
+    wxXmlNode* m_node;           ///< whose children are being read
+    wxXmlNode* m_last = nullptr; ///< the last of them so far
+    unsigned int m_depth = 0;
+
+    wxXmlNodeType m_textType = wxXML_DOCUMENT_NODE; ///< that of the text being read; that of a document for none
+    int m_textLine = 0;
+    WideBuffer m_text;
+
+    wxString m_version;
+    wxString m_encoding = wxS("UTF-8");
+    wxXmlDoctype m_doctype;
+    bool m_hasDoctype = false;
+    bool m_inDoctype = false;
+    bool m_declarationsMissing = false; ///< some declarations stand where they are not read
+    EntityTable m_entities;
+    unsigned long long m_defaultsSize = 0;
+    std::string* m_rawTag = nullptr;
+
+    std::string m_held; ///< pieces that belong to a token whose end is not in sight
+    unsigned long long m_fed = 0;
+
+    WideBuffer m_wide;
+    wxString m_first;
+    wxString m_second;
+};
+
+TreeReader::TreeReader(int flags, unsigned int maxDepth)
+    : m_keepBlanks((flags & wxXMLDOC_KEEP_WHITESPACE_NODES) != 0), m_maxDepth(maxDepth),
+      m_tree(new wxXmlNode(wxXML_DOCUMENT_NODE, wxString())), m_parser(XML_ParserCreate(nullptr)), m_node(m_tree.get())
+{
+    if (!m_parser)
+        throw std::bad_alloc();
+    ListenTo(m_parser.get());
+}
+
+void TreeReader::ListenTo(XML_Parser parser)
+{
+    XML_SetUserData(parser, this);
+    XML_SetElementHandler(parser, Handler<&TreeReader::StartElement>::Call, Handler<&TreeReader::EndElement>::Call);
+    XML_SetCharacterDataHandler(parser, Handler<&TreeReader::Text>::Call);
+    XML_SetCdataSectionHandler(parser, Handler<&TreeReader::StartCdata>::Call, Handler<&TreeReader::EndCdata>::Call);
+    XML_SetCommentHandler(parser, Handler<&TreeReader::Comment>::Call);
+    XML_SetProcessingInstructionHandler(parser, Handler<&TreeReader::Instruction>::Call);
+    XML_SetDoctypeDeclHandler(parser, Handler<&TreeReader::StartDoctype>::Call, Handler<&TreeReader::EndDoctype>::Call);
+    XML_SetEntityDeclHandler(parser, Handler<&TreeReader::EntityDeclared>::Call);
+    XML_SetSkippedEntityHandler(parser, Handler<&TreeReader::EntitySkipped>::Call);
+    XML_SetDefaultHandlerExpand(parser, Handler<&TreeReader::AnythingElse>::Call);
+    XML_SetExternalEntityRefHandlerArg(parser, this);
+    XML_SetExternalEntityRefHandler(parser, RefuseExternal);
+    XML_SetUnknownEncodingHandler(parser, DescribeCharset, nullptr);
+}
+
+bool TreeReader::Read(wxInputStream& stream)
+{
+    const std::unique_ptr<char[]> block(new char[blockSize]);
+    for (bool last = false; !last;) {
+        size_t size = 0;
+        while (size < blockSize && !last) {
+            const size_t read = stream.Read(block.get() + size, blockSize - size).LastRead();
+            size += read;
+            last = read == 0;
+        }
+        if (stream.GetLastError() == wxSTREAM_READ_ERROR) {
+            Fail(wxS("the input cannot be read"));
+            return false;
+        }
+        if (!FeedBlock(block.get(), size, last))
+            return false;
+    }
+    return true;
+}
+
+bool TreeReader::FeedBlock(const char* block, size_t size, bool last)
+{
+    size_t at = 0;
+    for (; size - at >= pieceSize; at += pieceSize)
+        if (!FeedPiece(block + at, pieceSize, false))
+            return false;
+    return !last || FeedPiece(block + at, size - at, true);
+}
+
+/// The parser starts a token that it has not seen the end of again with each piece, which takes quadratic time for long
+/// ones. So pieces without any end of a token, and later so many that the size of the token doubles, are held back.
+bool TreeReader::FeedPiece(const char* piece, size_t size, bool last)
+{
+    const unsigned long long pending = m_fed - static_cast<unsigned long long>(XML_GetCurrentByteIndex(m_parser.get()));
+    if (m_held.empty() && (last || pending < pieceSize))
+        return Parse(piece, size, last);
+    m_held.append(piece, size);
+    const bool mayEnd = std::memchr(piece, '>', size) != nullptr;
+    if (!last && (!mayEnd || (pending > longToken && m_held.size() < pending)))
+        return true;
+    const std::string bytes = std::move(m_held);
+    m_held.clear();
+    return Parse(bytes.data(), bytes.size(), last);
+}
+
+bool TreeReader::Parse(const char* bytes, size_t size, bool last)
+{
+    m_fed += size;
+    if (XML_Parse(m_parser.get(), bytes, static_cast<int>(size), last) == XML_STATUS_OK)
+        return true;
+    if (!HasFailed())
+        Fail(wxString::FromAscii(XML_ErrorString(XML_GetErrorCode(m_parser.get()))));
+    return false;
+}
+
+void TreeReader::Fail(const wxString& message)
+{
+    XML_Parser parser = m_parser.get();
+    m_problem.message = message;
+    m_problem.line = static_cast<long>(XML_GetCurrentLineNumber(parser));
+    m_problem.column = static_cast<long>(XML_GetCurrentColumnNumber(parser)) + 1;
+    XML_StopParser(parser, XML_FALSE);
+}
+
+void TreeReader::MoveTo(wxXmlDocument& document)
+{
+    if (!m_version.empty())
+        document.SetVersion(m_version);
+    if (!m_encoding.empty())
+        document.SetFileEncoding(m_encoding);
+    if (m_hasDoctype)
+        document.SetDoctype(m_doctype);
+    m_parser.reset();
+    DeleteNodes()(document.DetachDocumentNode());
+    document.SetDocumentNode(m_tree.release());
+}
+
+const wxString& TreeReader::Decode(const XML_Char* text, size_t size, wxString& into)
+{
+    m_wide.Clear();
+    m_wide.AppendUtf8(text, size);
+    return into.assign(m_wide.Data(), m_wide.Size());
+}
+
+void TreeReader::Append(wxXmlNode* node)
+{
+    node->SetParent(m_node);
+    if (m_last)
+        m_last->SetNext(node);
+    else
+        m_node->SetChildren(node);
+    m_last = node;
+}
+
+void TreeReader::StartElement(const XML_Char* name, const XML_Char** attributes)
+{
+    FinishText();
+    if (m_depth >= m_maxDepth)
+        return Fail(wxString::Format(wxS("elements are nested deeper than %u"), m_maxDepth));
+    if (m_hasDoctype)
+        CheckAttributes(attributes);
+    ++m_depth;
+    auto* const element = new wxXmlNode(wxXML_ELEMENT_NODE, Decode(name, m_first), wxString(), Line());
+    Append(element);
+    m_node = element;
+    m_last = nullptr;
+    AddAttributes(*element, attributes);
+}
+
+/// wxXmlNode::AddAttribute walks to the end of the list each time.
+void TreeReader::AddAttributes(wxXmlNode& element, const XML_Char** attributes)
+{
+    wxXmlAttribute* last = nullptr;
+    for (; *attributes; attributes += 2) {
+        auto* const attribute = new wxXmlAttribute(Decode(attributes[0], m_first), Decode(attributes[1], m_second));
+        if (last)
+            last->SetNext(attribute);
+        else
+            element.SetAttributes(attribute);
+        last = attribute;
+    }
+}
+
+/// Fails when references in values were dropped, and when default values blow the document up.
+void TreeReader::CheckAttributes(const XML_Char** attributes)
+{
+    XML_Parser parser = m_parser.get();
+    if (m_declarationsMissing && *attributes) {
+        std::string tag;
+        m_rawTag = &tag;
+        XML_DefaultCurrent(parser);
+        m_rawTag = nullptr;
+        CheckReferences(tag);
+    }
+    for (attributes += XML_GetSpecifiedAttributeCount(parser); *attributes; ++attributes)
+        m_defaultsSize += std::strlen(*attributes) + 2;
+    const auto read = static_cast<unsigned long long>(XML_GetCurrentByteIndex(parser));
+    if (m_defaultsSize > std::max(defaultsAllowed, read * defaultsPerByte) && !HasFailed())
+        Fail(wxS("default values of attributes make the document too large"));
+}
+
+void TreeReader::CheckReferences(std::string_view text)
+{
+    const std::string name = m_entities.FindUndeclared(text);
+    if (!name.empty())
+        EntitySkipped(name.c_str(), false);
+}
+
+void TreeReader::EndElement(const XML_Char*)
+{
+    FinishText();
+    --m_depth;
+    m_last = m_node;
+    m_node = m_node->GetParent();
+}
+
+void TreeReader::Text(const XML_Char* text, int size)
+{
+    const auto length = static_cast<size_t>(size);
+    if (m_textType == wxXML_DOCUMENT_NODE) {
+        if (!m_keepBlanks && IsBlank(text, length))
+            return;
+        StartText(wxXML_TEXT_NODE);
+    }
+    m_text.AppendUtf8(text, length);
+}
+
+void TreeReader::StartText(wxXmlNodeType type)
+{
+    m_textType = type;
+    m_textLine = Line();
+}
+
+/// The parser gives a text in many parts; joining them in the node would copy its beginning again and again.
+void TreeReader::FinishText()
+{
+    static const wxString textName = wxS("text");
+    static const wxString cdataName = wxS("cdata");
+    if (m_textType == wxXML_DOCUMENT_NODE)
+        return;
+    m_first.assign(m_text.Data(), m_text.Size());
+    Append(new wxXmlNode(m_textType, m_textType == wxXML_TEXT_NODE ? textName : cdataName, m_first, m_textLine));
+    m_textType = wxXML_DOCUMENT_NODE;
+    m_text.Clear();
+}
+
+void TreeReader::StartCdata()
+{
+    FinishText();
+    StartText(wxXML_CDATA_SECTION_NODE);
+}
+
+void TreeReader::EndCdata()
+{
+    FinishText();
+}
+
+void TreeReader::Comment(const XML_Char* text)
+{
+    static const wxString commentName = wxS("comment");
+    FinishText();
+    Append(new wxXmlNode(wxXML_COMMENT_NODE, commentName, Decode(text, m_first), Line()));
+}
+
+void TreeReader::Instruction(const XML_Char* target, const XML_Char* data)
+{
+    FinishText();
+    Append(new wxXmlNode(wxXML_PI_NODE, Decode(target, m_first), Decode(data, m_second), Line()));
+}
+
+void TreeReader::StartDoctype(const XML_Char* name, const XML_Char* systemId, const XML_Char* publicId, int)
+{
+    m_hasDoctype = true;
+    m_inDoctype = true;
+    m_declarationsMissing = systemId != nullptr;
+    m_doctype = wxXmlDoctype(Decode(name, m_first), systemId ? Decode(systemId, m_second) : wxString(),
+                             publicId ? wxString::FromUTF8(publicId) : wxString());
+}
+
+void TreeReader::EndDoctype()
+{
+    m_inDoctype = false;
+}
+
+void TreeReader::EntityDeclared(const XML_Char* name, int isParameter, const XML_Char* text, int size, const XML_Char*,
+                                const XML_Char*, const XML_Char*, const XML_Char*)
+{
+    if (isParameter)
+        return;
+    const std::string_view value = text ? std::string_view(text, static_cast<size_t>(size)) : std::string_view();
+    if (!m_entities.Declare(name, value))
+        Fail(wxString::Format(wxS("entities are nested deeper than %u"), EntityTable::maxNesting));
+}
+
+void TreeReader::EntitySkipped(const XML_Char* name, int isParameter)
+{
+    if (isParameter)
+        m_declarationsMissing = true;
+    else
+        Fail(wxString::Format(wxS("undefined entity '%s'"), Decode(name, m_first)));
+}
+
+void TreeReader::ExternalUsed(const XML_Char* systemId)
+{
+    Fail(wxString::Format(wxS("external entity '%s' is not read"), Decode(systemId ? systemId : "", m_first)));
+}
+
+/// The declaration of the document, and parts of the document type that have no event of their own.
+void TreeReader::AnythingElse(const XML_Char* text, int size)
+{
+    const std::string_view part(text, static_cast<size_t>(size));
+    if (m_rawTag) {
+        m_rawTag->append(part);
+    } else if (m_inDoctype) {
+        m_declarationsMissing |= part.front() == '%';
+        if (m_declarationsMissing && (part.front() == '"' || part.front() == '\''))
+            CheckReferences(part);
+    } else {
+        ReadDeclaration(text, part.size());
+    }
+}
+
+/// Looks for version and encoding in the same simple way as wxXmlDocument: written with a blank around "=", or in a
+/// declaration that begins with a tab, they are not seen.
+void TreeReader::ReadDeclaration(const XML_Char* text, size_t size)
+{
+    const std::string_view declaration(text, size);
+    constexpr std::string_view opening = "<?xml ";
+    if (size <= opening.size() || declaration.substr(0, opening.size()) != opening)
+        return;
+    const auto read = [&](std::string_view name, wxString& value) {
+        const size_t at = declaration.find(name);
+        if (at == declaration.npos)
+            return;
+        const size_t quote = at + name.size();
+        const size_t end = declaration.find(declaration[quote], quote + 1);
+        Decode(text + quote + 1, std::min(end, size) - quote - 1, value);
+    };
+    read("encoding=", m_encoding);
+    read("version=", m_version);
+}
+
+int XMLCALL TreeReader::RefuseExternal(XML_Parser self, const XML_Char*, const XML_Char*, const XML_Char* systemId,
+                                       const XML_Char*)
+{
+    Handler<&TreeReader::ExternalUsed>::Call(static_cast<void*>(self), systemId);
+    return XML_STATUS_ERROR;
+}
+
+} // namespace
+
+bool ReadTree(wxInputStream& stream, wxXmlDocument& document, const wxString&, int flags, unsigned int maxDepth,
+              ReadProblem& problem)
+{
+    try {
+        TreeReader reader(flags, maxDepth);
+        if (reader.Read(stream)) {
+            reader.MoveTo(document);
+            return true;
+        }
+        problem = reader.Problem();
+    } catch (const std::bad_alloc&) {
+        problem = {wxS("out of memory"), 0, 0};
+    }
+    wxLogError(wxS("XML parsing error: '%s' at line %ld"), problem.message, problem.line);
+    return false;
+}
+
+} // namespace xml_detail
