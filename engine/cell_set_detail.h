@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
 #include <memory>
 #include <unordered_map>
 
@@ -43,6 +44,19 @@ public:
         --m_size;
         if (--region->count == 0)
             Drop(p);
+    }
+
+    // Calls `fn` with the address of each; the set must not change meanwhile.
+    template <typename Fn> void ForEach(Fn fn) const
+    {
+        for (const auto& region : m_regions) {
+            for (std::size_t word = 0; word < std::size(region.second->bits); ++word) {
+                for (std::uint64_t bits = region.second->bits[word]; bits != 0; bits &= bits - 1) {
+                    const std::uintptr_t place = word * 64 + static_cast<unsigned>(__builtin_ctzll(bits));
+                    fn(reinterpret_cast<void*>((region.first << kRegionShift) | (place << kPlaceShift)));
+                }
+            }
+        }
     }
 
 private:

@@ -192,6 +192,12 @@ JSBool JS_ConvertStub(JSContext*, JSObject*, JSType, jsval*)
 
 void JS_FinalizeStub(JSContext*, JSObject*) {}
 
+const JSClass* JS_GetClass(JSContext* cx, JSObject* obj)
+{
+    const HostClass* host_class = UsableInFinalizer(cx, __func__) && obj ? ClassOf(Inner(obj)) : nullptr;
+    return host_class ? &host_class->members : nullptr;
+}
+
 void* JS_GetPrivate(JSContext* cx, JSObject* obj)
 {
     if (!UsableInFinalizer(cx, __func__) || !obj || !ClassOf(Inner(obj)))

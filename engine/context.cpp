@@ -40,6 +40,16 @@ void DeleteContext(JSContext* cx)
     delete cx;
 }
 
+// Nothing may run or be made meanwhile, as in a collection: what the hook puts off waits for a safe point.
+void ShowSurvivors(ThreadState& t, JSContext& cx)
+{
+    if (!cx.survivor_hook)
+        return;
+    t.collecting = true;
+    t.host_objects.ForEach([&](void* obj) { cx.survivor_hook(&cx, static_cast<JSObject*>(obj)); });
+    t.collecting = false;
+}
+
 } // namespace
 
 JSContext::JSContext() = default;
@@ -147,6 +157,7 @@ void DestroyContextNow(ThreadState& t, JSContext* cx)
     t.current = cx;
     SweepStringChars(t);
     ::JS_GC(t.engine);
+    ShowSurvivors(t, *cx);
     t.current = before;
     t.contexts.erase(std::remove(t.contexts.begin(), t.contexts.end(), cx), t.contexts.end());
     DeleteContext(cx);
@@ -222,6 +233,14 @@ JSErrorReporter JS_SetErrorReporter(JSContext* cx, JSErrorReporter reporter)
         return nullptr;
     std::swap(cx->reporter, reporter);
     return reporter;
+}
+
+JSSurvivorHook JS_SetSurvivorHook(JSContext* cx, JSSurvivorHook hook)
+{
+    if (!cx)
+        return nullptr;
+    std::swap(cx->survivor_hook, hook);
+    return hook;
 }
 
 // --- The global object ------------------------------------------------------------------------------------------

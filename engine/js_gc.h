@@ -50,6 +50,13 @@ VC_QXPARSER_API void JS_CallAtSafePoint(JSContext* cx, void (*fn)(void* data), v
 // and drops objects would keep all of them. Errors in `fn` are reported, the script goes on.
 VC_QXPARSER_API void JS_CallAfterNative(JSContext* cx, void (*fn)(void* data), void* data);
 
+// Objects that a context has made live on behind it while others hold them. Has `hook` called when the context is
+// destroyed, behind its last collection, for each object of hosts' classes that the thread's engine holds then, of
+// whatever context; it may do what a finalizer may (js_types.h). Not called when the thread's engine ends first, which
+// finalizes all objects. Returns the previous hook; null, as at first, for none.
+using JSSurvivorHook = void (*)(JSContext* cx, JSObject* obj);
+VC_QXPARSER_API JSSurvivorHook JS_SetSurvivorHook(JSContext* cx, JSSurvivorHook hook);
+
 // Tells the collector that `obj` keeps so many bytes of native memory alive, so that it collects in time. Taken back
 // with the same number, at the latest in the finalizer.
 VC_QXPARSER_API void JS_AddNativeMemory(JSContext* cx, JSObject* obj, std::size_t bytes);

@@ -85,6 +85,9 @@ VC_QXPARSER_API JSObject* JS_NewObject(JSContext* cx, const JSClass* clasp, JSOb
 VC_QXPARSER_API JSObject* JS_DefineObject(JSContext* cx, JSObject* obj, const char* name, const JSClass* clasp,
                                           JSObject* proto, uintN attrs);
 
+// The class of an object of a host's class, which lives as long as the thread's engine; null for all other objects.
+VC_QXPARSER_API const JSClass* JS_GetClass(JSContext* cx, JSObject* obj);
+
 // The pointer a host keeps in an object of a class of its own: null at first and for all other objects.
 VC_QXPARSER_API void* JS_GetPrivate(JSContext* cx, JSObject* obj);
 // False for objects that are not of a host's class.

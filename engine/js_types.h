@@ -196,8 +196,8 @@ using JSConvertOp = JSBool (*)(JSContext* cx, JSObject* obj, JSType type, jsval*
 // Called exactly once for each object of the class, by the collection that found it dead or when its thread's engine
 // goes away. `cx` is the context that was running or collecting, not necessarily the object's own; when the engine goes
 // away it is one that no host made, whose private pointer is null. A finalizer may read and set the private data of
-// `obj`, change roots, use JS_CallAtSafePoint and JS_CallAfterNative. Everything else is refused: no other object may be
-// looked at, none made, no script run.
+// `obj`, change roots, use JS_CallAtSafePoint and JS_CallAfterNative. Everything else is refused: no other object may
+// be looked at, none made, no script run.
 using JSFinalizeOp = void (*)(JSContext* cx, JSObject* obj);
 
 inline jsval JS_ARGV_CALLEE(const jsval* argv)

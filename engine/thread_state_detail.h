@@ -16,6 +16,7 @@
 #include "engine/installed_engine_detail.h"
 #include "engine/interrupt_detail.h"
 #include "engine/js_error.h"
+#include "engine/js_gc.h"
 #include "engine/js_object.h"
 #include "engine/js_runtime.h"
 #include "engine/local_roots_detail.h"
@@ -69,6 +70,7 @@ struct JSContext
 
     void* host_data = nullptr;
     JSErrorReporter reporter = nullptr;
+    JSSurvivorHook survivor_hook = nullptr;
     ::JSObject* global = nullptr;
     unsigned depth = 0; // calls in progress that may run script
     bool dying = false; // to be destroyed as soon as depth is 0

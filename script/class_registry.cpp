@@ -46,13 +46,12 @@ std::vector<Queued>& ScopeList()
     return *links;
 }
 
-/// Whether the object can go: no script that may use it runs, and none can reach it.
+/// Whether the object can go when no script runs: it is this thread's, and nothing of the host holds it.
 bool IsDue(const Queued& queued)
 {
     const CJScriptLink& link = *queued.link;
     return queued.thread == std::this_thread::get_id() &&
-           (!link.GetJSObject() || (!CJScript::IsRunning(link.GetContext()) &&
-                                    JS_IsAboutToBeFinalized(link.GetContext(), link.GetJSObject())));
+           (!link.GetJSObject() || JS_IsAboutToBeFinalized(link.GetContext(), link.GetJSObject()));
 }
 
 template <typename Item> void Remove(std::vector<Item>& items, const Item& item)
@@ -156,6 +155,18 @@ void CJScriptLinkClass::Finalize(JSContext* cx, JSObject* object)
     link->ObjectFinalized(cx, object);
 }
 
+void CJScriptLinkClass::CutFromEndedContext(JSContext* cx, JSObject* object)
+{
+    if (JS_GetClass(cx, object)->finalize != &CJScriptLinkClass::Finalize)
+        return;
+    auto* const link = static_cast<CJScriptLink*>(JS_GetPrivate(cx, object));
+    if (!link || link->GetContext() != cx)
+        return;
+    // Also where the class keeps the link: nobody would take it away any more.
+    JS_SetPrivate(cx, object, nullptr);
+    link->ObjectFinalized(cx, object);
+}
+
 bool CJScriptLinkClass::DeleteObject(CJScriptLink* link)
 {
     if (!link->GetJSObject())
@@ -249,6 +260,10 @@ void CJScriptLinkClass::RemoveFromScopeList(CJScriptLink* link)
 void CJScriptLinkClass::GCScopeList()
 {
     const wxThreadCriticalSectionLocker lock(CJScript::EngineLock());
+    // Contexts of a thread share objects, and a native below any running script may be using one that has no script
+    // object (any more).
+    if (CJScript::IsRunning())
+        return;
     // Deleting an owner may run code that changes the list, so each round looks at it afresh.
     auto& links = ScopeList();
     for (auto due = std::find_if(links.begin(), links.end(), IsDue); due != links.end();

@@ -3,6 +3,8 @@
 #include "script/script_link.h"
 #include "script/value_conversion.h"
 
+#include <wx/weakref.h>
+
 #include <algorithm>
 #include <utility>
 
@@ -98,12 +100,17 @@ void CJScriptLink::JS_RegisterCallOnDestroy(JSFunction* function)
 
 void CJScriptLink::CallJS_OnDestroy()
 {
+    const wxWeakRef<CJScriptLink> self(this);
     // What is registered from here on comes too late: a function that registers itself would be called for ever.
     for (std::size_t left = m_onDestroy.size(); left > 0 && !m_onDestroy.empty() && m_functionScript; --left) {
         JSFunction* const function = m_onDestroy.front();
         m_onDestroy.erase(m_onDestroy.begin());
+        if (m_functionScript->HasOutlivedItsEnd())
+            return;
         // Behind the script object, `this` is the global object.
         m_functionScript->CallWithRet(function, m_jsObject ? this : nullptr, nullptr, 0, nullptr);
+        if (!self)
+            return;
         RemoveFunction(function);
     }
 }

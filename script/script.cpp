@@ -7,6 +7,8 @@
 #include <wx/log.h>
 
 #include <algorithm>
+#include <iterator>
+#include <utility>
 #include <vector>
 
 wxIMPLEMENT_CLASS(CJScript, wxObject);
@@ -89,6 +91,7 @@ void CJScript::Attach()
     m_previousPrivate = JS_GetContextPrivate(m_context);
     JS_SetContextPrivate(m_context, this);
     JS_SetErrorReporter(m_context, &CJScript::MyJSErrorReporter);
+    JS_SetSurvivorHook(m_context, &CJScriptLinkClass::CutFromEndedContext);
     JSRuntime* const runtime = m_runtime ? m_runtime : JS_GetRuntime(m_context);
     if (runtime)
         JS_SetThrowHook(runtime, &CJScript::MyJSTrapHandler, nullptr);
@@ -116,8 +119,11 @@ bool CJScript::CleanAll()
     if (!m_context)
         return true;
     const wxThreadCriticalSectionLocker lock(m_ThreadCriticalSection);
-    while (!m_functionKeepers.empty())
-        (*m_functionKeepers.begin())->ForgetFunctions();
+    if (m_ownsContext)
+        CallOnDestroyFunctions();
+    if (!m_context)
+        return true; // one of them has done this already
+    ForgetKeptFunctions();
     if (m_script) {
         JS_DestroyScript(m_context, m_script);
         m_script = nullptr;
@@ -129,13 +135,13 @@ bool CJScript::CleanAll()
     }
     m_global = nullptr;
     Detach();
-    JSContext* const context = m_context;
-    m_context = nullptr;
+    JSContext* const context = std::exchange(m_context, nullptr);
     if (!m_ownsContext)
         return true;
     for (CJScript* handle : Handles()) {
         if (handle->m_context != context)
             continue;
+        handle->ForgetKeptFunctions();
         handle->m_context = nullptr;
         handle->m_global = nullptr;
         handle->m_ownsGlobal = false;
@@ -206,6 +212,31 @@ void CJScript::KeepsFunctions(CJScriptLink* link, bool keeps)
         m_functionKeepers.erase(link);
 }
 
+/// Script's own objects end with the context, so what is to be called then is called while script still can be run.
+void CJScript::CallOnDestroyFunctions()
+{
+    std::vector<CJScriptLink*> ending;
+    std::copy_if(m_functionKeepers.begin(), m_functionKeepers.end(), std::back_inserter(ending),
+                 [](const CJScriptLink* link) { return link->IsDynamic(); });
+    m_end = std::chrono::steady_clock::now();
+    for (CJScriptLink* link : ending) {
+        // A function called before may have ended this one.
+        if (m_functionKeepers.count(link) > 0)
+            link->CallJS_OnDestroy();
+    }
+}
+
+bool CJScript::HasOutlivedItsEnd() const
+{
+    return m_end && m_timeLimit.count() > 0 && std::chrono::steady_clock::now() - *m_end > m_timeLimit;
+}
+
+void CJScript::ForgetKeptFunctions()
+{
+    while (!m_functionKeepers.empty())
+        (*m_functionKeepers.begin())->ForgetFunctions();
+}
+
 void CJScript::ForgetGlobal(const CJScriptLink* link)
 {
     const wxThreadCriticalSectionLocker lock(m_ThreadCriticalSection);
@@ -215,11 +246,12 @@ void CJScript::ForgetGlobal(const CJScriptLink* link)
     }
 }
 
-bool CJScript::IsRunning(JSContext* cx)
+bool CJScript::IsRunning()
 {
     const wxThreadCriticalSectionLocker lock(m_ThreadCriticalSection);
-    return std::any_of(Handles().begin(), Handles().end(),
-                       [&](const CJScript* handle) { return handle->m_context == cx && handle->m_scopeLevel > 0; });
+    return std::any_of(Handles().begin(), Handles().end(), [](const CJScript* handle) {
+        return handle->m_scopeLevel > 0 && handle->m_thread == std::this_thread::get_id();
+    });
 }
 
 void CJScript::ClearScope(CJScriptLink* link)
@@ -266,6 +298,7 @@ void CJScript::DecScopeLevel()
 
 void CJScript::SetTimeLimit(long milliseconds)
 {
+    m_timeLimit = std::chrono::milliseconds(milliseconds);
     if (m_context)
         JS_SetTimeLimit(m_context, milliseconds);
 }

@@ -8,7 +8,9 @@
 #include <wx/string.h>
 #include <wx/thread.h>
 
+#include <chrono>
 #include <cstddef>
+#include <optional>
 #include <thread>
 #include <unordered_set>
 #include <vector>
@@ -151,11 +153,15 @@ public:
     /// The handle on an engine context, null when it has none.
     static CJScript* FromContext(JSContext* cx);
 
-    /// Whether an evaluation or call is in progress on the context, through whichever handle.
-    static bool IsRunning(JSContext* cx);
+    /// Whether an evaluation or call is in progress on the calling thread, in whichever context.
+    static bool IsRunning();
 
     /// Notes whether a link keeps functions of this context alive, so that it hears of the context's end.
     void KeepsFunctions(CJScriptLink* link, bool keeps);
+
+    /// Whether the on-destroy functions that the end of the context calls have used up the time limit of one call: each
+    /// has its own, so many of them could take for ever.
+    bool HasOutlivedItsEnd() const;
 
     /// Has every handle give up `link` as its global. For links that end.
     static void ForgetGlobal(const CJScriptLink* link);
@@ -167,6 +173,8 @@ private:
     bool ExchangeReported(bool reported);
     void Attach();
     void Detach();
+    void CallOnDestroyFunctions();
+    void ForgetKeptFunctions();
     void BindName(CJScriptLink* link, const wxString& name);
     template <typename Convert> bool EvaluateWith(const wxString& text, CJScriptLink* link, Convert convert);
     JSFunction* LookUpFunction(const wxString& name, CJScriptLink* link);
@@ -189,6 +197,8 @@ private:
     int m_scopeLevel = 0;
     std::thread::id m_thread = std::this_thread::get_id();
     bool m_ownsGlobal = false;
+    std::chrono::milliseconds m_timeLimit{0};
+    std::optional<std::chrono::steady_clock::time_point> m_end; ///< When the end of the context began.
     void* m_previousPrivate = nullptr;
     std::unordered_set<CJScriptLink*> m_functionKeepers;
 

@@ -101,6 +101,9 @@ public:
     static void DeclareError(JSContext* cx, wxString message);
 
     static void Finalize(JSContext* cx, JSObject* object);
+    /// An object that others hold when its context has ended becomes an empty shell; the context's native objects end
+    /// with it all the same.
+    static void CutFromEndedContext(JSContext* cx, JSObject* object);
     /// Cuts a link from its script object: removes it from its parent's and, unless the class keeps it, makes it an
     /// empty shell. False when it has none.
     bool DeleteObject(CJScriptLink* link);

@@ -20,7 +20,12 @@ class CJScriptLinkClass;
 /// constructor. It is also the base of all script classes: its table holds the functions that every script object has.
 ///
 /// A native object made by the host is the host's: when it goes, its script object stays as an empty shell. One made by
-/// script belongs to its script object and is deleted after the collection that found that dead.
+/// script belongs to its script object and is deleted after the collection that found that dead, at the latest with the
+/// context in which it was made, whoever holds it then.
+///
+/// Declare the link behind all fields that script can read: its destructor calls the on-destroy functions, which see
+/// the object as it is then. A class that cannot have it there, or whose own destructor changes the object, calls
+/// CallJS_OnDestroy first thing in its destructor.
 class VC_QXPARSER_API CJScriptLink : public wxEvtHandler
 {
 public:
@@ -35,6 +40,8 @@ public:
     void Link(wxObject* owner, CJScriptLinkClass* cls);
 
     bool IsCreated() const { return m_jsObject != nullptr; }
+    /// Whether the script object owns the native object.
+    bool IsDynamic() const { return m_dynamic && m_jsObject; }
     /// The handle on the context in which the script object lives; null without one.
     CJScript* GetScript() const;
     const wxString& GetName() const { return m_name; }
@@ -99,7 +106,9 @@ public:
     void AddFunction(JSFunction* function);
     void RemoveFunction(JSFunction* function);
 
-    /// Has a function called, with the script object as `this` where there still is one, when the native object goes.
+    /// Has a function called, with the script object as `this` where there still is one, when the native object goes:
+    /// for script's own objects at the latest when their context ends, right before. A host's object that goes after
+    /// the context of its functions calls nothing any more.
     void JS_RegisterCallOnDestroy(JSFunction* function);
     /// Calls them, each once.
     void CallJS_OnDestroy();

@@ -388,4 +388,26 @@ TEST_F(EngineGc, EverythingWorksWithACollectionAtEveryStep)
     JS_SetStress(false);
 }
 
+std::vector<JSObject*> g_survivors;
+
+TEST_F(EngineGc, WhatOutlivesAContextIsShownWhenItEnds)
+{
+    static constexpr JSClass kClass = {"Held",  0,       nullptr, nullptr, nullptr,
+                                       nullptr, nullptr, nullptr, nullptr, nullptr};
+    g_survivors.clear();
+    JSContext* other = NewContext();
+    JS_SetSurvivorHook(other, [](JSContext* context, JSObject* obj) {
+        if (const JSClass* found = JS_GetClass(context, obj); found && std::string(found->name) == "Held")
+            g_survivors.push_back(obj);
+        EXPECT_EQ(JS_NewObject(context, nullptr, nullptr, nullptr), nullptr) << "as in a collection";
+    });
+    JSObject* held = JS_DefineObject(other, JS_GetGlobalObject(other), "held", &kClass, nullptr, 0);
+    JS_DefineObject(other, JS_GetGlobalObject(other), "dropped", &kClass, nullptr, 0);
+    ASSERT_TRUE(JS_DefineProperty(cx, JS_GetGlobalObject(cx), "held", OBJECT_TO_JSVAL(held), nullptr, nullptr, 0));
+    JS_DestroyContext(other);
+    EXPECT_EQ(g_survivors, std::vector<JSObject*>{held});
+    TakeMisuse();
+    EXPECT_EQ(Show("typeof held"), "object");
+}
+
 } // namespace

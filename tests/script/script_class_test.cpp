@@ -1,7 +1,6 @@
-#include "script/class_module.h"
-#include "script/native_function.h"
 #include "script/script.h"
 #include "script/script_minimal.h"
+#include "tests/support/lamp.h"
 #include "tests/support/log_capture.h"
 
 #include <gtest/gtest.h>
@@ -11,79 +10,6 @@
 
 namespace
 {
-
-/// A class with one row of every kind.
-class Lamp : public wxObject
-{
-public:
-    Lamp() { Init(); }
-    explicit Lamp(int level) : m_level(level) { Init(); }
-    ~Lamp() override { --ms_alive; }
-
-    int Brighten(int by) { return m_level += by; }
-    wxString Describe(const wxString& prefix) const { return prefix + m_name; }
-    void Off() { m_level = 0; }
-    Lamp* GetNext() { return m_next; }
-    void SetNext(Lamp* next) { m_next = next; }
-    static int Twice(int number) { return 2 * number; }
-
-    CJScriptLink* GetJSLink() { return &m_link; }
-    const JSMap* GetJSMap() const { return &m_JSMap; }
-
-    int m_level = 1;
-    double m_voltage = 1.5;
-    wxString m_name = wxS("lamp");
-    bool m_on = false;
-    wxArrayInt m_steps;
-    wxArrayString m_labels;
-    Lamp* m_next = nullptr;
-    wxObject* m_raw = nullptr;
-    qxjsMinimal m_socket;
-    CJScriptLink m_link;
-
-    static int ms_alive;
-    static const JSMap m_JSMap;
-    static JSMapEntry m_JSMapEntries[];
-    static CJScriptLinkClass ms_JSClass;
-
-private:
-    void Init()
-    {
-        ++ms_alive;
-        m_link.Link(this, &ms_JSClass);
-    }
-
-    wxDECLARE_CLASS(Lamp);
-};
-
-wxIMPLEMENT_CLASS(Lamp, wxObject);
-
-int Lamp::ms_alive = 0;
-
-JSMapEntry Lamp::m_JSMapEntries[] = {
-    JSPrimaryConstructor<Lamp>(),
-    JSConstructor<Lamp>(),
-    JSConstructor<Lamp, int>(),
-    JSField<Lamp>("level", &Lamp::m_level),
-    JSField<Lamp>("voltage", &Lamp::m_voltage),
-    JSField<Lamp>("name", &Lamp::m_name),
-    JSField<Lamp>("on", &Lamp::m_on),
-    JSField<Lamp>("steps", &Lamp::m_steps),
-    JSField<Lamp>("labels", &Lamp::m_labels),
-    JSObjectField<Lamp>("next", &Lamp::m_next, &Lamp::m_link),
-    JSMapEntry("MAX", 100),
-    JSMethod<&Lamp::Brighten>("Brighten"),
-    JSMethod<&Lamp::Describe>("Describe"),
-    JSMethod<&Lamp::Off>("Off"),
-    JSMethod<&Lamp::GetNext>("GetNext"),
-    JSMethod<&Lamp::SetNext>("SetNext"),
-    JSMethod<&Lamp::Twice>("Twice"),
-    JSMapEntry(4242, "OnSwitch"),
-    JSMapEntry(),
-};
-const JSMap Lamp::m_JSMap{"Lamp", &CJScriptLink::ms_JSClass, m_JSMapEntries};
-CJScriptLinkClass Lamp::ms_JSClass(&Lamp::m_JSMap);
-JS_REGISTER_CLASS_MODULE(Lamp);
 
 class ScriptClassTest : public testing::Test
 {
@@ -190,7 +116,7 @@ TEST_F(ScriptClassTest, AnEventCallsTheFunctionThatTheTableNames)
 {
     Lamp lamp;
     ASSERT_TRUE(m_script.CreateChild(lamp.GetJSLink(), m_global.GetJSLink(), wxS("lamp"), false, false));
-    wxThreadEvent event(4242);
+    wxThreadEvent event(Lamp::EventType);
     EXPECT_FALSE(lamp.GetJSLink()->ProcessEvent(event));
     Text(wxS("var seen = 0; lamp.OnSwitch = function () { ++seen; return seen != 2; }"));
     EXPECT_TRUE(lamp.GetJSLink()->ProcessEvent(event));

@@ -1,1 +1,1 @@
-while (true) new FuzzObject();
+while (true) new Lamp();
