@@ -7,11 +7,33 @@
 #include <wx/weakref.h>
 
 #include <algorithm>
+#include <cstdint>
+#include <iterator>
 #include <memory>
 #include <utility>
 
 const JSMap CJScriptLink::m_JSMap{"CJScriptLink", nullptr, m_JSMapEntries};
 CJScriptLinkClass CJScriptLink::ms_JSClass(&CJScriptLink::m_JSMap);
+
+namespace
+{
+
+/// "P%p" of an address. Documents name one object a node this way, so no format is interpreted for each.
+wxString MadeUpName(const wxObject* owner)
+{
+    constexpr wchar_t digits[] = L"0123456789abcdef";
+    wchar_t buffer[3 + 2 * sizeof(owner)];
+    wchar_t* const end = std::end(buffer);
+    wchar_t* start = end;
+    for (auto address = reinterpret_cast<std::uintptr_t>(owner); address; address >>= 4)
+        *--start = digits[address & 0xf];
+    *--start = L'x';
+    *--start = L'0';
+    *--start = L'P';
+    return wxString(start, end);
+}
+
+} // namespace
 
 CJScriptLink::~CJScriptLink()
 {
@@ -85,7 +107,7 @@ bool CJScriptLink::CreateObject(JSContext* cx, CJScriptLink* parent, wxString na
     if (!parent || !parent->GetJSObject())
         return false;
     if (name.empty())
-        name = wxString::Format(wxS("P%p"), static_cast<void*>(m_owner));
+        name = MadeUpName(m_owner);
     const wxThreadCriticalSectionLocker lock(CJScript::EngineLock());
     if (m_jsObject)
         return m_context == cx &&

@@ -4,6 +4,8 @@
 #include "script/native_function.h"
 #include "script/script.h"
 #include "xml/tree_links_detail.h"
+#include "xml/tree_reader_detail.h"
+#include "xml/tree_writer_detail.h"
 
 #include <wx/log.h>
 #include <wx/sstream.h>
@@ -59,7 +61,8 @@ CXmlDocument::CXmlDocument(CJScript* script, const wxString& name, CJScriptLink*
     if (!m_script)
         return;
     m_script->CreateChild(&m_link, parent, name, true, false);
-    MakeChildObject(m_emptyNode);
+    NoticeMissingParent();
+    MakeScriptObject(m_emptyNode);
 }
 
 CXmlDocument::~CXmlDocument()
@@ -69,13 +72,18 @@ CXmlDocument::~CXmlDocument()
     Clear();
 }
 
-/// Gives a handle its script object.
-void CXmlDocument::MakeChildObject(CXmlNode& handle)
+/// Says in the log that handles which should have script objects get none.
+void CXmlDocument::NoticeMissingParent() const
 {
-    if (m_link.IsCreated())
-        handle.m_link.CreateObject(m_link.GetContext(), &m_link, wxString(), true, false);
-    else
+    if (m_script && !m_link.IsCreated())
         wxLogGeneric(NoticeLevel, wxS("No parent"));
+}
+
+/// Gives a handle its script object, if it can have one.
+void CXmlDocument::MakeScriptObject(CXmlNode& handle)
+{
+    if (m_script && m_link.IsCreated())
+        handle.m_link.CreateObject(m_link.GetContext(), &m_link, wxString(), true, false);
 }
 
 /// Puts another tree (null: none) in the place of this one, whose handles are handed out.
@@ -102,9 +110,12 @@ bool CXmlDocument::Load(wxInputStream& stream, const wxString& encoding, int fla
     const EndedHandles ended = ReplaceTree(Tree(new wxXmlDocument));
     if (!m_script)
         m_script = m_link.GetScript();
-    if (m_script && !m_emptyNode.m_link.IsCreated())
-        MakeChildObject(m_emptyNode);
-    const bool loaded = m_tree->Load(stream, encoding, flags);
+    NoticeMissingParent();
+    if (!m_emptyNode.m_link.IsCreated())
+        MakeScriptObject(m_emptyNode);
+    xml_detail::ReadProblem problem;
+    const bool loaded = xml_detail::ReadTree(stream, *m_tree, encoding, flags, m_maxDepth, problem);
+    m_loadError = {problem.message, problem.line, problem.column};
     m_link.AnnounceMemory(static_cast<std::size_t>(stream.TellI()) * MemoryPerByte);
     return loaded;
 }
@@ -117,7 +128,7 @@ bool CXmlDocument::SetContent(const wxString& text)
 
 bool CXmlDocument::Save(wxOutputStream& stream)
 {
-    return m_tree && m_tree->Save(stream, IndentationStep);
+    return m_tree && xml_detail::WriteTree(*m_tree, stream, IndentationStep, m_maxDepth);
 }
 
 void CXmlDocument::RemoveComments()
@@ -157,8 +168,7 @@ CXmlNode* CXmlDocument::GetAttachNode(wxXmlNode* node)
         return entry;
     }
     CXmlNode* const handle = entry = new CXmlNode(this, node);
-    if (m_script)
-        MakeChildObject(*handle);
+    NoticeMissingParent();
     return handle;
 }
 

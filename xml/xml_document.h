@@ -31,11 +31,20 @@ WX_DECLARE_HASH_MAP(wxXmlNode*, CXmlNode*, wxPointerHash, wxPointerEqual, CHashP
 
 /// An XML tree, and the handles on its nodes: the script class "XmlDocument".
 ///
-/// With a script context, every handle gets a script object as a child of the document's own. Failures are false or
+/// With a script context, every handle has a script object, a child of the document's own; it is made when something
+/// asks for it. Failures are false or
 /// null, with a message in the log; nothing is thrown. A document is used by one thread at a time.
 class VC_QXPARSER_API CXmlDocument : public wxObject
 {
 public:
+    /// Why a text was not loaded.
+    struct LoadError
+    {
+        wxString message; ///< The reason alone; empty when there is none.
+        long line = 0;    ///< Counted from 1, as is the column.
+        long column = 0;
+    };
+
     /// How deep elements may be nested when nothing else is said; the root element counts as 1.
     static constexpr unsigned int DefaultMaxDepth = 1000;
 
@@ -58,6 +67,8 @@ public:
     /// @return false, with an error in the log and a tree without root, when it is not well-formed XML or is nested too
     /// deep.
     bool Load(wxInputStream& stream, const wxString& encoding, int flags);
+    /// What was wrong when the last Load failed; no message after one that did not.
+    const LoadError& GetLoadError() const { return m_loadError; }
     /// Loads a text.
     bool SetContent(const wxString& text);
     /// Writes the tree, indented by one blank a level. False without a tree, when writing fails, and for a tree that is
@@ -106,7 +117,8 @@ private:
     /// Handles that are to end. They do so last in an operation: script that hears of it may do anything.
     using EndedHandles = std::vector<std::unique_ptr<CXmlNode>>;
 
-    void MakeChildObject(CXmlNode& handle);
+    void NoticeMissingParent() const;
+    void MakeScriptObject(CXmlNode& handle);
     EndedHandles ReplaceTree(Tree tree);
     void Unlink(wxXmlNode* node);
     void DeleteUnlinked(wxXmlNode* node);
@@ -119,6 +131,7 @@ private:
     CJScript* m_script;
     bool m_constructionFlag;
     unsigned int m_maxDepth = DefaultMaxDepth;
+    LoadError m_loadError;
     CJScriptLink m_link;
 
     wxDECLARE_CLASS(CXmlDocument);

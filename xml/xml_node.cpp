@@ -60,6 +60,13 @@ CXmlNode::~CXmlNode()
     m_link.CallJS_OnDestroy();
 }
 
+CJScriptLink* CXmlNode::GetJSLink()
+{
+    if (!m_link.IsCreated())
+        m_document->MakeScriptObject(*this);
+    return &m_link;
+}
+
 CXmlNode* CXmlNode::Attach(wxXmlNode* node) const
 {
     return m_document->GetAttachNode(node);

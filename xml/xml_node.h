@@ -127,7 +127,8 @@ public:
     bool IsMiddle() const;
 
     virtual const CJScriptLink* GetJSLink() const { return &m_link; }
-    virtual CJScriptLink* GetJSLink() { return &m_link; }
+    /// In a document with script, also makes the script object if there is none yet.
+    virtual CJScriptLink* GetJSLink();
     virtual const JSMap* GetJSMap() const { return &m_JSMap; }
 
     static const JSMap m_JSMap;
