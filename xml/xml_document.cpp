@@ -193,9 +193,7 @@ void CXmlDocument::Unlink(wxXmlNode* node)
         m_tree->DetachRoot();
     else
         parent->RemoveChild(node);
-    const auto entry = m_nodes.find(parent);
-    if (entry != m_nodes.end())
-        entry->second->m_known = CXmlNode::KnownChildren();
+    ForgetChildren(parent);
 }
 
 /// Deletes a node that is in no tree; the handles on it and on what is below it are empty from then on.

@@ -91,6 +91,23 @@ public:
     /// Replaces the tree by one whose only element is an empty root of this name.
     void SetRoot(const wxString& name);
 
+    /// Overlays this document with another one, which is written in the merge vocabulary: see docs/merge.md. What is
+    /// merged leaves the overlay; it can be cleared or destroyed afterwards, but what is left in it says nothing.
+    /// @return false, with nothing changed, when a document has no root, when the names of the roots differ, when both
+    /// are the same document, and, with an error in the log, when the overlay is nested deeper than this document
+    /// allows.
+    bool MergeWith(CXmlDocument* overlay);
+    /// Copies another document into this one: what has the same name, in any case, is the same element and gets the
+    /// attributes of the other, and so on below it; what is not there is added with its attributes, but without its
+    /// children. The other document stays as it is.
+    /// @param keepExisting whether attributes that are there keep their values.
+    /// @return false, with nothing changed, when a document has no root, when the names of the roots differ, and, with
+    /// an error in the log, when the other is nested deeper than this document allows.
+    bool MergeXML(CXmlDocument* other, bool keepExisting);
+    /// The same for what is below `src` and `dest`, whose own names and attributes do not matter. False as well when
+    /// there is a node missing, and when one of them is below the other.
+    bool MergeXML(CXmlNode* dest, CXmlNode* src, bool keepExisting);
+
     CXmlNode* GetEmptyNode() { return &m_emptyNode; }
     CJScript* GetScript() const { return m_script; }
 
@@ -124,6 +141,13 @@ private:
     void DeleteUnlinked(wxXmlNode* node);
     std::unique_ptr<CXmlNode> TakeHandle(wxXmlNode* node);
     bool AllowsDepth(unsigned int depth) const;
+
+    bool MergeWith(CXmlNode* base, CXmlNode* overlay, CXmlNode* anchor, bool after);
+    static CXmlNode* SearchNode(const wxString& name, CXmlNode* src, CXmlNode* parent, bool nameOnly);
+    static CXmlNode* SearchNode(const wxString& nodeName, const wxString& propName, const wxString& propValue,
+                                CXmlNode* parent);
+    void ForgetChildren(wxXmlNode* node);
+    void HandOver(const std::vector<wxXmlNode*>& nodes, CXmlDocument* document);
 
     Tree m_tree;
     CXmlNode m_emptyNode;
