@@ -182,7 +182,10 @@ char* OutputBlocks::Reserve(size_t size)
 
 void OutputBlocks::Commit(const char* end)
 {
-    m_blocks.back().size = static_cast<size_t>(end - m_blocks.back().bytes.get());
+    Block& block = m_blocks.back();
+    const size_t size = static_cast<size_t>(end - block.bytes.get());
+    m_size += size - block.size;
+    block.size = size;
 }
 
 void OutputBlocks::Append(std::string_view bytes)
@@ -190,11 +193,22 @@ void OutputBlocks::Append(std::string_view bytes)
     Commit(std::copy(bytes.begin(), bytes.end(), Reserve(bytes.size())));
 }
 
-bool OutputBlocks::WriteTo(wxOutputStream& stream) const
+bool OutputBlocks::WriteTo(wxOutputStream& stream)
 {
-    return std::all_of(m_blocks.begin(), m_blocks.end(), [&](const Block& block) {
-        return stream.WriteAll(block.bytes.get(), block.size) && stream.IsOk();
+    const bool written = std::all_of(m_blocks.begin(), m_blocks.end(), [&](const Block& block) {
+        return block.size == 0 || (stream.WriteAll(block.bytes.get(), block.size) && stream.IsOk());
     });
+    Clear();
+    return written;
+}
+
+void OutputBlocks::Clear()
+{
+    if (m_blocks.size() > 1)
+        m_blocks.resize(1);
+    if (!m_blocks.empty())
+        m_blocks.front().size = 0;
+    m_size = 0;
 }
 
 std::unique_ptr<OutputEncoder> OutputEncoder::Create(const wxString& encoding)

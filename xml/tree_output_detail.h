@@ -21,7 +21,11 @@ public:
     void Commit(const char* end);
 
     void Append(std::string_view bytes);
-    bool WriteTo(wxOutputStream& stream) const;
+    size_t Size() const { return m_size; }
+
+    /// Writes what there is. False when not all of it could be; it is gone in any case.
+    bool WriteTo(wxOutputStream& stream);
+    void Clear();
 
 private:
     struct Block
@@ -32,6 +36,7 @@ private:
     };
 
     std::vector<Block> m_blocks;
+    size_t m_size = 0;
 };
 
 /// What in a text is written otherwise than it is.
@@ -56,7 +61,7 @@ public:
     bool Put(const wxString& text, Escapes escapes) { return Put(text.wx_str(), text.length(), escapes); }
     bool Put(std::wstring_view text) { return Put(text.data(), text.size(), Escapes::none); }
 
-    const OutputBlocks& Blocks() const { return m_blocks; }
+    OutputBlocks& Blocks() { return m_blocks; }
 
 protected:
     OutputBlocks m_blocks;

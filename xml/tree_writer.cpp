@@ -15,16 +15,29 @@ namespace xml_detail
 namespace
 {
 
+/// What is held back before anything is written, so that a document that cannot be written leaves nothing behind. The
+/// rest of a larger one is tried beforehand instead, as holding it would take more memory than wxXmlDocument takes.
+constexpr size_t mostHeld = 16 << 20;
+
+/// Writes a document step by step. A copy goes on from where it was made, into an output of its own.
 class TreeWriter
 {
 public:
     TreeWriter(const wxXmlDocument& document, OutputEncoder& output, int indentation, unsigned int maxDepth)
         : m_document(document), m_output(output), m_indentation(indentation), m_maxDepth(maxDepth),
-          m_lineEnd(document.GetEOL())
+          m_next(document.GetDocumentNode()->GetChildren()), m_margin(document.GetEOL()),
+          m_lineEndSize(m_margin.length())
+    {}
+    TreeWriter(const TreeWriter& other, OutputEncoder& output)
+        : m_document(other.m_document), m_output(output), m_indentation(other.m_indentation),
+          m_maxDepth(other.m_maxDepth), m_next(other.m_next), m_open(other.m_open), m_margin(other.m_margin),
+          m_lineEndSize(other.m_lineEndSize)
     {}
 
-    /// False, with the reason in Problem(), when the document cannot be written.
-    bool Run();
+    /// The steps return false, with the reason in Problem(), for what cannot be written.
+    bool PutHead();
+    bool PutNext();
+    bool AtEnd() const { return m_open.empty() && !m_next; }
     const wxString& Problem() const { return m_problem; }
 
 private:
@@ -36,14 +49,14 @@ private:
         bool behindText;
     };
 
-    bool PutHead();
-    bool PutSubtree(const wxXmlNode& top);
+    bool PutTop();
     bool PutChild();
     bool PutNode(const wxXmlNode& node);
     bool PutElement(const wxXmlNode& element);
     bool PutAttributes(const wxXmlNode& element);
     bool PutEndTag();
-    bool PutLineEnd();
+    bool PutLineEnd(size_t blanks);
+    bool PutMargin() { return m_indentation < 0 || PutLineEnd(m_open.size() * static_cast<size_t>(m_indentation)); }
     bool Put(const wxString& text, Escapes escapes = Escapes::none);
     bool PutMarkup(std::wstring_view markup) { return m_output.Put(markup); }
     bool Fail(const wxString& problem);
@@ -52,35 +65,32 @@ private:
     OutputEncoder& m_output;
     const int m_indentation;
     const unsigned int m_maxDepth;
-    const wxString m_lineEnd;
+    const wxXmlNode* m_next; ///< behind the root, or another node beside it, that is being written
     std::vector<Level> m_open;
+    wxString m_margin; ///< a line end and as many blanks as were needed so far
+    const size_t m_lineEndSize;
     wxString m_problem;
 };
-
-bool TreeWriter::Run()
-{
-    if (!PutHead())
-        return false;
-    for (const wxXmlNode* node = m_document.GetDocumentNode()->GetChildren(); node; node = node->GetNext())
-        if (!PutSubtree(*node) || !Put(m_lineEnd))
-            return false;
-    return true;
-}
 
 bool TreeWriter::PutHead()
 {
     const wxString doctype = m_document.GetDoctype().GetFullString();
     return Put(wxS("<?xml version=\"") + m_document.GetVersion() + wxS("\" encoding=\"") +
-               m_document.GetFileEncoding() + wxS("\"?>") + m_lineEnd) &&
-           (doctype.empty() || Put(wxS("<!DOCTYPE ") + doctype + wxS(">") + m_lineEnd));
+               m_document.GetFileEncoding() + wxS("\"?>") + m_document.GetEOL()) &&
+           (doctype.empty() || Put(wxS("<!DOCTYPE ") + doctype + wxS(">") + m_document.GetEOL()));
 }
 
-bool TreeWriter::PutSubtree(const wxXmlNode& top)
+bool TreeWriter::PutNext()
 {
-    bool done = PutNode(top);
-    while (done && !m_open.empty())
-        done = m_open.back().next ? PutChild() : PutEndTag();
-    return done;
+    const bool done = m_open.empty() ? PutTop() : (m_open.back().next ? PutChild() : PutEndTag());
+    return done && (!m_open.empty() || PutLineEnd(0));
+}
+
+bool TreeWriter::PutTop()
+{
+    const wxXmlNode& node = *m_next;
+    m_next = node.GetNext();
+    return PutNode(node);
 }
 
 bool TreeWriter::PutChild()
@@ -89,7 +99,7 @@ bool TreeWriter::PutChild()
     const wxXmlNode& child = *level.next;
     level.next = child.GetNext();
     level.behindText = child.GetType() == wxXML_TEXT_NODE;
-    return (level.behindText || PutLineEnd()) && PutNode(child);
+    return (level.behindText || PutMargin()) && PutNode(child);
 }
 
 bool TreeWriter::PutNode(const wxXmlNode& node)
@@ -135,14 +145,15 @@ bool TreeWriter::PutEndTag()
 {
     const Level level = m_open.back();
     m_open.pop_back();
-    return (level.behindText || PutLineEnd()) && PutMarkup(L"</") && Put(level.element->GetName()) && PutMarkup(L">");
+    return (level.behindText || PutMargin()) && PutMarkup(L"</") && Put(level.element->GetName()) && PutMarkup(L">");
 }
 
-bool TreeWriter::PutLineEnd()
+bool TreeWriter::PutLineEnd(size_t blanks)
 {
-    if (m_indentation < 0)
-        return true;
-    return Put(m_lineEnd) && Put(wxString(wxS(' '), m_open.size() * static_cast<size_t>(m_indentation)));
+    const size_t size = m_lineEndSize + blanks;
+    if (m_margin.length() < size)
+        m_margin.append(size - m_margin.length(), wxS(' '));
+    return m_output.Put(std::wstring_view(m_margin.wx_str(), size));
 }
 
 bool TreeWriter::Put(const wxString& text, Escapes escapes)
@@ -162,16 +173,40 @@ bool TreeWriter::Fail(const wxString& problem)
     return false;
 }
 
+/// Why what `writer` has not written yet cannot be; empty when it can.
+wxString ProblemAhead(const TreeWriter& writer, const wxString& encoding)
+{
+    const std::unique_ptr<OutputEncoder> nowhere = OutputEncoder::Create(encoding);
+    TreeWriter ahead(writer, *nowhere);
+    for (bool done = true; done && !ahead.AtEnd(); nowhere->Blocks().Clear())
+        done = ahead.PutNext();
+    return ahead.Problem();
+}
+
 /// The reason why not all of the document was written; empty when it was.
 wxString Write(const wxXmlDocument& document, wxOutputStream& stream, int indentation, unsigned int maxDepth)
 {
-    const std::unique_ptr<OutputEncoder> output = OutputEncoder::Create(document.GetFileEncoding());
+    const wxString outputProblem = wxS("the output cannot be written");
+    const wxString encoding = document.GetFileEncoding();
+    const std::unique_ptr<OutputEncoder> output = OutputEncoder::Create(encoding);
     if (!output)
-        return wxS("documents cannot be written in the encoding ") + document.GetFileEncoding();
+        return wxS("documents cannot be written in the encoding ") + encoding;
     TreeWriter writer(document, *output, indentation, maxDepth);
-    if (!writer.Run())
+    bool isTried = false;
+    for (bool done = writer.PutHead(); done && !writer.AtEnd();) {
+        done = writer.PutNext();
+        if (!done || output->Blocks().Size() < mostHeld)
+            continue;
+        const wxString problem = isTried ? wxString() : ProblemAhead(writer, encoding);
+        isTried = true;
+        if (!problem.empty())
+            return problem;
+        if (!output->Blocks().WriteTo(stream))
+            return outputProblem;
+    }
+    if (!writer.Problem().empty())
         return writer.Problem();
-    return output->Blocks().WriteTo(stream) ? wxString() : wxString(wxS("the output cannot be written"));
+    return output->Blocks().WriteTo(stream) ? wxString() : outputProblem;
 }
 
 } // namespace
