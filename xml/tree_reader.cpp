@@ -113,8 +113,10 @@ private:
     void AnythingElse(const XML_Char* text, int size);
 
     void AddAttributes(wxXmlNode& element, const XML_Char** attributes);
-    void CheckAttributes(const XML_Char** attributes);
-    void CheckReferences(std::string_view text);
+    void CheckReferences();
+    void CheckDefault(std::string_view value);
+    void CountDefaults(const XML_Char** defaults);
+    wxString UndefinedEntity(const XML_Char* name);
     void ReadDeclaration(const XML_Char* text, size_t size);
     void StartText(wxXmlNodeType type);
     void FinishText();
@@ -124,7 +126,9 @@ private:
     const wxString& Decode(const XML_Char* text, wxString& into) { return Decode(text, std::strlen(text), into); }
 
     bool HasFailed() const { return !m_problem.message.empty(); }
-    void Fail(const wxString& message);
+    ReadProblem ProblemHere(const wxString& message) const;
+    void Fail(const ReadProblem& problem);
+    void Fail(const wxString& message) { Fail(ProblemHere(message)); }
 
     /// Passes an event on to a function of the reader. Some events still come after a failure.
     template <auto Function> struct Handler;
@@ -258,13 +262,17 @@ bool TreeReader::Parse(const char* bytes, size_t size, bool last)
     return false;
 }
 
-void TreeReader::Fail(const wxString& message)
+ReadProblem TreeReader::ProblemHere(const wxString& message) const
 {
     XML_Parser parser = m_parser.get();
-    m_problem.message = message;
-    m_problem.line = static_cast<long>(XML_GetCurrentLineNumber(parser));
-    m_problem.column = static_cast<long>(XML_GetCurrentColumnNumber(parser)) + 1;
-    XML_StopParser(parser, XML_FALSE);
+    return {message, static_cast<long>(XML_GetCurrentLineNumber(parser)),
+            static_cast<long>(XML_GetCurrentColumnNumber(parser)) + 1};
+}
+
+void TreeReader::Fail(const ReadProblem& problem)
+{
+    m_problem = problem;
+    XML_StopParser(m_parser.get(), XML_FALSE);
 }
 
 void TreeReader::MoveTo(wxXmlDocument& document)
@@ -302,14 +310,16 @@ void TreeReader::StartElement(const XML_Char* name, const XML_Char** attributes)
     FinishText();
     if (m_depth >= m_maxDepth)
         return Fail(wxString::Format(wxS("elements are nested deeper than %u"), m_maxDepth));
-    if (m_hasDoctype)
-        CheckAttributes(attributes);
-    ++m_depth;
     auto* const element = new wxXmlNode(wxXML_ELEMENT_NODE, Decode(name, m_first), wxString(), Line());
     Append(element);
     m_node = element;
     m_last = nullptr;
+    ++m_depth;
     AddAttributes(*element, attributes);
+    if (m_declarationsMissing && *attributes)
+        CheckReferences();
+    if (m_hasDoctype)
+        CountDefaults(attributes + XML_GetSpecifiedAttributeCount(m_parser.get()));
 }
 
 /// wxXmlNode::AddAttribute walks to the end of the list each time.
@@ -326,29 +336,28 @@ void TreeReader::AddAttributes(wxXmlNode& element, const XML_Char** attributes)
     }
 }
 
-/// Fails when references in values were dropped, and when default values blow the document up.
-void TreeReader::CheckAttributes(const XML_Char** attributes)
+/// Looks at the tag as it stands in the document, as the parser leaves references that it does not know out of the
+/// values. Where it converts the tag for that, it is at its end afterwards.
+void TreeReader::CheckReferences()
 {
-    XML_Parser parser = m_parser.get();
-    if (m_declarationsMissing && *attributes) {
-        std::string tag;
-        m_rawTag = &tag;
-        XML_DefaultCurrent(parser);
-        m_rawTag = nullptr;
-        CheckReferences(tag);
-    }
-    for (attributes += XML_GetSpecifiedAttributeCount(parser); *attributes; ++attributes)
-        m_defaultsSize += std::strlen(*attributes) + 2;
-    const auto read = static_cast<unsigned long long>(XML_GetCurrentByteIndex(parser));
-    if (m_defaultsSize > std::max(defaultsAllowed, read * defaultsPerByte) && !HasFailed())
-        Fail(wxS("default values of attributes make the document too large"));
+    const ReadProblem here = ProblemHere(wxString());
+    std::string tag;
+    m_rawTag = &tag;
+    XML_DefaultCurrent(m_parser.get());
+    m_rawTag = nullptr;
+    const std::string missing = m_entities.FindUndeclared(tag);
+    if (!missing.empty())
+        Fail(ReadProblem{UndefinedEntity(missing.c_str()), here.line, here.column});
 }
 
-void TreeReader::CheckReferences(std::string_view text)
+/// Default values come with every element of a name.
+void TreeReader::CountDefaults(const XML_Char** defaults)
 {
-    const std::string name = m_entities.FindUndeclared(text);
-    if (!name.empty())
-        EntitySkipped(name.c_str(), false);
+    for (; *defaults; ++defaults)
+        m_defaultsSize += std::strlen(*defaults) + 2;
+    const auto read = static_cast<unsigned long long>(XML_GetCurrentByteIndex(m_parser.get()));
+    if (m_defaultsSize > std::max(defaultsAllowed, read * defaultsPerByte) && !HasFailed())
+        Fail(wxS("default values of attributes make the document too large"));
 }
 
 void TreeReader::EndElement(const XML_Char*)
@@ -442,7 +451,12 @@ void TreeReader::EntitySkipped(const XML_Char* name, int isParameter)
     if (isParameter)
         m_declarationsMissing = true;
     else
-        Fail(wxString::Format(wxS("undefined entity '%s'"), Decode(name, m_first)));
+        Fail(UndefinedEntity(name));
+}
+
+wxString TreeReader::UndefinedEntity(const XML_Char* name)
+{
+    return wxString::Format(wxS("undefined entity '%s'"), Decode(name, m_first));
 }
 
 void TreeReader::ExternalUsed(const XML_Char* systemId)
@@ -459,10 +473,18 @@ void TreeReader::AnythingElse(const XML_Char* text, int size)
     } else if (m_inDoctype) {
         m_declarationsMissing |= part.front() == '%';
         if (m_declarationsMissing && (part.front() == '"' || part.front() == '\''))
-            CheckReferences(part);
+            CheckDefault(part);
     } else {
         ReadDeclaration(text, part.size());
     }
+}
+
+/// As in a tag, references that are not known are left out of a default value.
+void TreeReader::CheckDefault(std::string_view value)
+{
+    const std::string missing = m_entities.FindUndeclared(value);
+    if (!missing.empty())
+        Fail(UndefinedEntity(missing.c_str()));
 }
 
 /// Looks for version and encoding in the same simple way as wxXmlDocument: written with a blank around "=", or in a
