@@ -1,6 +1,7 @@
 #include "engine/entry_detail.h"
 
 #include "engine/class_detail.h"
+#include "engine/jobs_detail.h"
 #include "engine/stack_detail.h"
 #include "engine/text_detail.h"
 
@@ -144,6 +145,8 @@ void Entry::RunJobs()
         t.discarding_jobs = false;
     }
     ::JS_ClearPendingException(t.engine);
+    if (!t.rejected.empty())
+        ShowRejections(t, *m_cx);
 }
 
 JSBool Entry::Fail(ReportStyle style)

@@ -104,6 +104,13 @@ void ReportPending(JSContext& cx, ::JSContext* engine, ReportStyle style)
     ::JS_ClearPendingException(engine);
 }
 
+std::wstring DescribeException(::JSContext* engine, JS::HandleValue exception)
+{
+    ReportStorage storage;
+    const JS::ExceptionStack stack(engine, exception, nullptr);
+    return Fill(engine, storage, stack, ReportStyle::Exception) ? storage.wide_message : L"uncaught exception";
+}
+
 void ReportMessage(JSContext& cx, std::u16string_view text, const char* file, unsigned line)
 {
     ReportStorage storage;

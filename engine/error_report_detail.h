@@ -29,6 +29,8 @@ enum class ReportStyle
 
 // Hands the pending exception to the context's reporter and clears it.
 void ReportPending(JSContext& cx, ::JSContext* engine, ReportStyle style);
+// The message an uncaught exception has.
+std::wstring DescribeException(::JSContext* engine, JS::HandleValue exception);
 // Hands a plain message to the context's reporter.
 void ReportMessage(JSContext& cx, std::u16string_view text, const char* file, unsigned line);
 // Lets the throw hook see the pending exception.

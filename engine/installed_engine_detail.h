@@ -19,6 +19,7 @@
 #include <js/MemoryFunctions.h>
 #include <js/Object.h>
 #include <js/Principals.h>
+#include <js/Promise.h>
 #include <js/PropertyAndElement.h>
 #include <js/Realm.h>
 #include <js/SavedFrameAPI.h>

@@ -8,6 +8,7 @@ namespace qxjs
 {
 
 struct ThreadState;
+struct JSContext;
 
 // Whether jobs of promises can be waiting, or objects be kept for the running job's weak references. Asking the engine
 // takes a lock and costs a third of a short evaluation, and nearly no script has any. So the ways to the first of them
@@ -17,5 +18,9 @@ void NoteSource(ThreadState& t, std::u16string_view text);
 // The engine's resolve hook for globals, with the names watched.
 bool ResolveGlobalName(::JSContext* engine, JS::HandleObject global, JS::HandleId id, bool* resolved);
 void WatchScriptMadeSource(ThreadState& t);
+
+void WatchRejections(ThreadState& t);
+// Tells the context's hook of the promises that were rejected and are handled by nothing.
+void ShowRejections(ThreadState& t, JSContext& cx);
 
 } // namespace qxjs

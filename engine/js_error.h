@@ -41,6 +41,12 @@ using JSErrorReporter = void (*)(JSContext* cx, const char* message, JSErrorRepo
 // Returns the previous reporter; null, as at first, for none: errors are then dropped.
 VC_QXPARSER_API JSErrorReporter JS_SetErrorReporter(JSContext* cx, JSErrorReporter reporter);
 
+// Called at the end of an outermost call, once for each promise that was rejected and that nothing handles, with the
+// message an uncaught exception would have. The call itself does not fail for it. Returns the previous hook; null, as
+// at first, for none.
+using JSRejectionHook = void (*)(JSContext* cx, const wchar_t* message);
+VC_QXPARSER_API JSRejectionHook JS_SetRejectionHook(JSContext* cx, JSRejectionHook hook);
+
 // Inside a native: throws an Error with this message. With no script running: calls the reporter. The text is UTF-8.
 VC_QXPARSER_API void JS_ReportError(JSContext* cx, const char* format, ...) __attribute__((format(printf, 2, 3)));
 VC_QXPARSER_API void JS_ReportErrorWide(JSContext* cx, const wchar_t* message, std::size_t length);

@@ -104,6 +104,10 @@ VC_QXPARSER_API JSBool JS_SetParent(JSContext* cx, JSObject* obj, JSObject* pare
 VC_QXPARSER_API JSObject* JS_GetPrototype(JSContext* cx, JSObject* obj);
 VC_QXPARSER_API JSBool JS_SetPrototype(JSContext* cx, JSObject* obj, JSObject* proto);
 
+// Keeps `held` alive as long as `holder`, which must be of a host's class: at most one for each `index`, the last one
+// given. Script does not see it; JS_ClearScope lets go of all.
+VC_QXPARSER_API JSBool JS_HoldObject(JSContext* cx, JSObject* holder, jsint index, JSObject* held);
+
 // --- Properties -------------------------------------------------------------------------------------------------
 
 // Narrow names are Latin-1. Lengths count UTF-16 units or wide characters. A property that is not there reads as

@@ -25,6 +25,44 @@ JSBool JS_SetParent(JSContext* cx, JSObject* obj, JSObject* parent)
     return JS_TRUE;
 }
 
+namespace
+{
+
+// The array that keeps what an object holds, under a symbol of its own: a slot for it would cost every object memory.
+bool FindHeld(Entry& entry, JS::HandleObject holder, JS::MutableHandleObject held)
+{
+    ThreadState& t = entry.Thread();
+    if (!t.held_symbol && !(t.held_symbol = JS::NewSymbol(t.engine, nullptr)))
+        return false;
+    JS::RootedId id(t.engine, JS::PropertyKey::Symbol(t.held_symbol));
+    JS::RootedValue value(t.engine);
+    bool has = false;
+    if (!::JS_HasOwnPropertyById(t.engine, holder, id, &has) ||
+        (has && !::JS_GetPropertyById(t.engine, holder, id, &value)))
+        return false;
+    if (value.isObject()) {
+        held.set(&value.toObject());
+        return true;
+    }
+    held.set(JS::NewArrayObject(t.engine, 0));
+    return held && ::JS_DefinePropertyById(t.engine, holder, id, held, JSPROP_READONLY);
+}
+
+} // namespace
+
+JSBool JS_HoldObject(JSContext* cx, JSObject* holder, jsint index, JSObject* held)
+{
+    Entry entry(cx, __func__);
+    if (!entry)
+        return JS_FALSE;
+    JS::RootedObject object(entry.Engine(), Inner(holder));
+    JS::RootedObject element(entry.Engine(), Inner(held));
+    JS::RootedObject all(entry.Engine());
+    const bool done = FindHeld(entry, object, &all) &&
+                      ::JS_DefineElement(entry.Engine(), all, static_cast<std::uint32_t>(index), element, 0);
+    return done ? JS_TRUE : entry.Fail();
+}
+
 JSObject* JS_GetPrototype(JSContext* cx, JSObject* obj)
 {
     Entry entry(cx, __func__);

@@ -52,6 +52,10 @@ void TraceRoots(JSTracer* trc, void* thread)
         TraceWord(trc, v);
     for (const auto& root : t.roots)
         TraceWord(trc, WordAt(t, root.first));
+    for (::JSObject*& promise : t.rejected)
+        js::gc::TraceExternalEdge(trc, &promise, "rejected promise");
+    if (t.held_symbol)
+        js::gc::TraceExternalEdge(trc, &t.held_symbol, "symbol of held objects");
     for (::JSString*& str : t.interned)
         js::gc::TraceExternalEdge(trc, &str, "interned string");
     // The table is keyed by address: what is in it must live, or another string could take the place.

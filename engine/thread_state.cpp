@@ -152,6 +152,7 @@ bool ThreadState::Start()
     ::JS_AddExtraGCRootsTracer(engine, TraceRoots, this);
     ::JS_SetGCCallback(engine, OnCollection, this);
     WatchScriptMadeSource(*this);
+    WatchRejections(*this);
     stack = MeasureStack();
     SetStackQuota(*this);
     HostClass* host_class = FindClass(*this, kDefaultGlobal, true);
@@ -181,6 +182,8 @@ void ThreadState::Stop()
     default_global = nullptr;
     locals.Truncate(0);
     roots.Clear();
+    rejected.clear();
+    held_symbol = nullptr;
     interned.clear();
     string_chars.clear();
     id_arrays.clear();

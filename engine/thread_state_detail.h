@@ -71,6 +71,7 @@ struct JSContext
     void* host_data = nullptr;
     JSErrorReporter reporter = nullptr;
     JSSurvivorHook survivor_hook = nullptr;
+    JSRejectionHook rejection_hook = nullptr;
     ::JSObject* global = nullptr;
     unsigned depth = 0; // calls in progress that may run script
     bool dying = false; // to be destroyed as soon as depth is 0
@@ -155,6 +156,7 @@ struct ThreadState final : DoublePool::Marker
     RootTable roots;
     CellSet host_objects;
 
+    JS::Symbol* held_symbol = nullptr; // see JS_HoldObject
     std::vector<::JSString*> interned;
     PointerSet interned_set;
     std::unordered_map<::JSString*, std::unique_ptr<char16_t[]>> string_chars;
@@ -175,6 +177,7 @@ struct ThreadState final : DoublePool::Marker
     LimitWatch watch;
     bool watched = false;
     bool may_have_jobs = false;
+    std::vector<::JSObject*> rejected; // promises that nothing handles (yet)
     bool running_jobs = false;
     bool discarding_jobs = false;
 };

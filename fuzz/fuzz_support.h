@@ -30,12 +30,15 @@ public:
     static constexpr wxLogLevel ScriptErrorLevel = 103;
 
     int reports = 0;
+    wxString lastReport;
 
 protected:
-    void DoLogRecord(wxLogLevel level, const wxString&, const wxLogRecordInfo&) override
+    void DoLogRecord(wxLogLevel level, const wxString& text, const wxLogRecordInfo&) override
     {
-        if (level == ScriptErrorLevel)
-            ++reports;
+        if (level != ScriptErrorLevel)
+            return;
+        ++reports;
+        lastReport = text;
     }
 };
 

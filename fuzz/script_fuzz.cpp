@@ -37,6 +37,8 @@ void Run(const wxString& text, CountingLog& log)
     wxString result;
     const bool done = script.Evaluate(text, nullptr, result);
     Require(done || log.reports > reports, "a failure is reported");
+    Require(done || script.GetErrorCount() > 0 || log.lastReport.Contains(wxS("\n Call stack is:\n")),
+            "a failure has an error, or a native that failed without one");
     Require(done || result.empty(), "a failure has no result");
     CheckErrors(script);
 

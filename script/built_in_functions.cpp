@@ -1,3 +1,4 @@
+#include "script/log_detail.h"
 #include "script/native_function.h"
 #include "script/script.h"
 #include "script/script_link.h"
@@ -29,13 +30,15 @@ wxString JoinArguments(JSContext* cx, uintN argc, const jsval* argv)
 
 JSBool LogVerboseNative(JSContext* cx, JSObject*, uintN argc, jsval* argv, jsval*)
 {
-    wxLogVerbose(wxS("%s"), JoinArguments(cx, argc, argv));
+    const wxString line = JoinArguments(cx, argc, argv);
+    if (wxLog::GetVerbose())
+        LogWhole(wxLOG_Info, line);
     return JS_TRUE;
 }
 
 JSBool LogErrorNative(JSContext* cx, JSObject*, uintN argc, jsval* argv, jsval*)
 {
-    wxLogError(wxS("%s"), JoinArguments(cx, argc, argv));
+    LogWhole(wxLOG_Error, JoinArguments(cx, argc, argv));
     return JS_TRUE;
 }
 

@@ -1,9 +1,11 @@
+#include "script/script.h"
 #include "script/script_class.h"
 #include "script/script_link.h"
 #include "script/value_conversion.h"
 
 #include <wx/log.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <type_traits>
 
@@ -28,13 +30,15 @@ template <typename Field> Field& WriteField(CJScriptLink* link, const JSMapEntry
     return *reinterpret_cast<Field*>(const_cast<char*>(FieldAddress(link, entry)));
 }
 
-/// The script object of a scriptable native object whose link stands at `linkPosition`.
-jsval ObjectAt(JSContext* cx, const void* object, std::uint32_t linkPosition)
+/// The script object of a scriptable native object that is a property of another; made when it has none.
+jsval ObjectAt(JSContext* cx, const void* object, const JSMapEntry& entry, const CJScriptLink* holder)
 {
     if (!object)
         return JSVAL_NULL;
-    const auto* const link = reinterpret_cast<const CJScriptLink*>(static_cast<const char*>(object) + linkPosition);
-    return pCJScriptLink_to_jsval(cx, const_cast<CJScriptLink*>(link));
+    const char* const place = static_cast<const char*>(object) + entry.extra;
+    auto* const link = const_cast<CJScriptLink*>(reinterpret_cast<const CJScriptLink*>(place));
+    link->CreateObjectOf(cx, const_cast<CJScriptLink*>(holder), entry.index);
+    return pCJScriptLink_to_jsval(cx, link);
 }
 
 /// An address as the number that is exactly it.
@@ -124,6 +128,16 @@ bool IsIdNumber(jsval id)
     return JSVAL_IS_INT(id);
 }
 
+/// A read or write that fails without a message: says in the report of what.
+int FailSilently(JSContext* cx, JSObject* object, const JSMapEntry* entry)
+{
+    const JSClass* const cls = JS_GetClass(cx, object);
+    const wxString owner = cls ? wxString(cls->name, wxConvUTF8) : wxString(wxS("an object"));
+    CJScript::NoteSilentFailure(cx, entry ? owner + wxS(".") + wxString(entry->name, wxConvUTF8)
+                                          : wxS("a property of ") + owner);
+    return JS_FALSE;
+}
+
 } // namespace
 
 JSMapEntry* CJScriptLinkClass::FindEntry(jsval id, bool byTinyId) const
@@ -160,7 +174,7 @@ bool CJScriptLinkClass::GetEntryValue(JSContext* cx, JSMapEntry* entry, const CJ
     case JSMapEntry::ObjectPointer: {
         const wxObject* const object = ReadField<wxObject*>(link, *entry);
         wxLogTrace(TraceMask, wxS("Get Prop WXOBJECT =%p"), static_cast<const void*>(object));
-        *value = ObjectAt(cx, object, entry->extra);
+        *value = ObjectAt(cx, object, *entry, link);
         break;
     }
     case JSMapEntry::Integer:
@@ -186,7 +200,7 @@ bool CJScriptLinkClass::GetEntryValue(JSContext* cx, JSMapEntry* entry, const CJ
     case JSMapEntry::Object: {
         const void* const object = FieldAddress(link, *entry);
         wxLogTrace(TraceMask, wxS("Get Prop WXOBJECTREF =%p"), object);
-        *value = ObjectAt(cx, object, entry->extra);
+        *value = ObjectAt(cx, object, *entry, link);
         break;
     }
     case JSMapEntry::RawObject: {
@@ -207,12 +221,20 @@ bool CJScriptLinkClass::GetEntryValue(JSContext* cx, JSMapEntry* entry, const CJ
     return true;
 }
 
+bool CJScriptLinkClass::CreatePropertiesObject(JSContext* cx, CJScriptLink* link)
+{
+    const bool parentsMade = !GetParent() || GetParent()->CreatePropertiesObject(cx, link);
+    return parentsMade && std::all_of(m_embedded.begin(), m_embedded.end(), [&](const JSMapEntry* row) {
+               return !JSVAL_IS_NULL(ObjectAt(cx, FieldAddress(link, *row), *row, link));
+           });
+}
+
 int CJScriptLinkClass::GetPropW(JSContext* cx, JSObject* object, jsval id, jsval* vp)
 {
     const auto* const link = static_cast<CJScriptLink*>(JS_GetPrivate(cx, object));
     const CJScriptLinkClass* const cls = link ? link->GetClass() : nullptr;
     JSMapEntry* const entry = cls ? cls->FindEntry(id, true) : nullptr;
-    return entry && cls->GetEntryValue(cx, entry, link, vp);
+    return entry ? cls->GetEntryValue(cx, entry, link, vp) : FailSilently(cx, object, nullptr);
 }
 
 int CJScriptLinkClass::GetPropW(const CJScriptLink* link, JSMapEntry* entry, jsval* vp)
@@ -225,17 +247,17 @@ int CJScriptLinkClass::SetPropW(JSContext* cx, JSObject* object, jsval id, jsval
     auto* const link = static_cast<CJScriptLink*>(JS_GetPrivate(cx, object));
     const CJScriptLinkClass* const cls = link ? link->GetClass() : nullptr;
     if (!cls)
-        return JS_FALSE;
+        return FailSilently(cx, object, nullptr);
     const int number = IsIdNumber(id) ? JSVAL_TO_INT(id) : IdOfNames;
     const JSMapEntry* const entry = cls->FindEntry(id, true);
     if (!entry) {
         wxLogError(wxS("CJScriptLinkClass::SetProp id %d not found"), number);
-        return JS_FALSE;
+        return FailSilently(cx, object, nullptr);
     }
     if (!IsWritable(entry->kind))
-        return JS_FALSE;
+        return FailSilently(cx, object, entry);
     const Stored stored = StoreEntryValue(cx, {object, link}, *entry, *vp);
     if (stored == Stored::NotConverted)
         wxLogError(wxS("CJScriptLinkClass::SetProp id %d failed"), number);
-    return stored == Stored::Yes;
+    return stored == Stored::Yes ? JS_TRUE : FailSilently(cx, object, entry);
 }

@@ -129,14 +129,11 @@ JSObject* CJScriptLinkClass::CreateGlobalObject(JSContext* cx, CJScriptLink* lin
     return nullptr;
 }
 
-JSObject* CJScriptLinkClass::CreateFreeObject(JSContext* cx, CJScriptLink* link)
+/// A script object of the class that nothing refers to yet. Null on failure.
+JSObject* CJScriptLinkClass::CreateFreeObject(JSContext* cx)
 {
     JSObject* const prototype = CreateProto(cx, false);
-    JSObject* const object = prototype ? JS_NewObject(cx, EngineClass(cx), prototype, nullptr) : nullptr;
-    if (object)
-        JS_SetPrivate(cx, object, link);
-    m_keepPrivate = false;
-    return object;
+    return prototype ? JS_NewObject(cx, EngineClass(cx), prototype, nullptr) : nullptr;
 }
 
 void CJScriptLinkClass::DeclareError(JSContext* cx, wxString message)
@@ -222,7 +219,8 @@ void CJScriptLinkClass::UnregisterJSClass(CJScriptLinkClass* cls)
 bool CJScriptLinkClass::DeclareJSClass(JSContext* cx, CJScriptLinkClass* cls)
 {
     const wxThreadCriticalSectionLocker lock(CJScript::EngineLock());
-    return cls->CreateProto(cx, !JS_GetGlobalObject(cx)) != nullptr;
+    const bool declareOnly = !JS_GetGlobalObject(cx);
+    return cls->CreateProto(cx, declareOnly) || declareOnly;
 }
 
 bool CJScriptLinkClass::DeclareGlobal(CJScriptLink* global)

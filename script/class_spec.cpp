@@ -82,6 +82,8 @@ bool CJScriptLinkClass::AddRow(JSMapEntry& row)
     } else if (!AddProperty(row))
         return false;
     row.index = m_nextIndex++;
+    if (row.kind == JSMapEntry::Object)
+        m_embedded.push_back(&row);
     if (m_nextIndex != 0)
         return true;
     wxLogError(wxS("CJScriptLinkClass::CreateSpec Too many Properties/Methods/Ctor for %s"), m_map->name);

@@ -1,14 +1,32 @@
 #include "script/native_function.h"
 
+#include "script/script.h"
+
 namespace script_detail
 {
 
-JSBool FailCount(JSContext* cx, const jsval* argv, uintN count, unsigned int expected)
+namespace
+{
+
+wxString RunningFunction(JSContext* cx, const jsval* argv)
 {
     JSFunction* const function = JS_ValueToFunction(cx, JS_ARGV_CALLEE(argv));
-    const wxString name = function ? wxString(JS_GetFunctionName(function), wxConvUTF8) : wxString();
+    return function ? wxString(JS_GetFunctionName(function), wxConvUTF8) : wxString();
+}
+
+} // namespace
+
+JSBool FailCount(JSContext* cx, const jsval* argv, uintN count, unsigned int expected)
+{
     CJScriptLinkClass::DeclareError(cx, wxString::Format(wxS("Bad argument count for function '%s' (%d instead of %d)"),
-                                                         name, static_cast<int>(count), static_cast<int>(expected)));
+                                                         RunningFunction(cx, argv), static_cast<int>(count),
+                                                         static_cast<int>(expected)));
+    return JS_FALSE;
+}
+
+JSBool FailWithoutObject(JSContext* cx, const jsval* argv)
+{
+    CJScript::NoteSilentFailure(cx, RunningFunction(cx, argv));
     return JS_FALSE;
 }
 

@@ -15,6 +15,7 @@
 #include <tuple>
 #include <type_traits>
 #include <utility>
+#include <vector>
 
 // Rows of class tables made from native functions:
 //
@@ -42,6 +43,8 @@ VC_QXPARSER_API JSBool FailCount(JSContext* cx, const jsval* argv, uintN count, 
 VC_QXPARSER_API JSBool FailArgument(JSContext* cx, unsigned int position, const wchar_t* type);
 /// Throws "Object is not of class 'NAME'"; returns JS_FALSE.
 VC_QXPARSER_API JSBool FailClass(JSContext* cx, const CJScriptLinkClass& expected);
+/// Notes for the report that the running function has failed without a message; returns JS_FALSE.
+VC_QXPARSER_API JSBool FailWithoutObject(JSContext* cx, const jsval* argv);
 /// Ties a native object made by script to its script object: the fresh one of `new`, or else a new one. The script
 /// object owns it from then on. False when there can be none.
 VC_QXPARSER_API bool AttachToScript(JSContext* cx, JSObject* object, CJScriptLink* link, std::size_t bytes,
@@ -52,9 +55,26 @@ constexpr std::size_t ObjectOverhead = 200;
 
 template <typename Type> using Plain = std::remove_cv_t<std::remove_reference_t<Type>>;
 
+/// An array argument and the objects that its links are those of, which live until the native returns.
+struct LinksArgument : wxArraypCJScriptLink
+{
+    std::vector<jsval> objects;
+};
+
+/// What an argument is kept in while the others are converted.
+template <typename Type> struct KeptAs
+{
+    using Kept = Type;
+};
+template <> struct KeptAs<wxArraypCJScriptLink>
+{
+    using Kept = LinksArgument;
+};
+template <typename Type> using Argument = typename KeptAs<Plain<Type>>::Kept;
+
 template <typename Result, typename... Arguments> struct Signature
 {
-    using ArgumentTuple = std::tuple<Plain<Arguments>...>;
+    using ArgumentTuple = std::tuple<Argument<Arguments>...>;
     static constexpr unsigned int count = sizeof...(Arguments);
 };
 
@@ -94,8 +114,12 @@ bool RefreshPointers(JSContext* cx, const jsval* argv, Tuple& arguments, std::in
     [[maybe_unused]] const auto refresh = [&](auto& argument, unsigned int position) {
         using Type = Plain<decltype(argument)>;
         if constexpr (std::is_pointer_v<Type> && !std::is_same_v<Type, JSFunction*>)
-            return !argument || JSConversion<Type>::From(cx, argv[position], argument);
-        else
+            return !argument || JSConversion<Type>::From(cx, argv[position], argument) ||
+                   FailArgument(cx, position + 1, JSConversion<Type>::name);
+        else if constexpr (std::is_same_v<Type, LinksArgument>) {
+            static_cast<wxArraypCJScriptLink&>(argument) = LinksOf(cx, argument.objects);
+            return true;
+        } else
             return true;
     };
     return sizeof...(I) < 2 || (refresh(std::get<I>(arguments), I) && ...);
@@ -147,7 +171,7 @@ JSBool CallNative(JSContext* cx, JSObject* object, uintN argc, jsval* argv, jsva
 {
     using Traits = FunctionTraits<decltype(Function)>;
     if (!JS_GetPrivate(cx, object))
-        return JS_FALSE;
+        return FailWithoutObject(cx, argv);
     if (argc != Traits::count)
         return Reaction == WrongCount::Throws && FailCount(cx, argv, argc, Traits::count);
     using Positions = std::make_index_sequence<Traits::count>;
@@ -157,7 +181,7 @@ JSBool CallNative(JSContext* cx, JSObject* object, uintN argc, jsval* argv, jsva
     // Only now: converting may have run script, and the native object may have gone meanwhile.
     auto* const link = static_cast<CJScriptLink*>(JS_GetPrivate(cx, object));
     if (!link)
-        return JS_FALSE;
+        return FailWithoutObject(cx, argv);
     if constexpr (std::is_void_v<typename Traits::Class>)
         return Invoke<Function, CJScriptLink>(cx, link, arguments, rval);
     else {
@@ -173,12 +197,12 @@ JSBool ConstructNative(JSContext* cx, JSObject* object, uintN argc, jsval* argv,
     if (argc != sizeof...(Arguments))
         return FailCount(cx, argv, argc, sizeof...(Arguments));
     using Positions = std::index_sequence_for<Arguments...>;
-    std::tuple<Plain<Arguments>...> arguments;
+    std::tuple<Argument<Arguments>...> arguments;
     if (!ConvertArguments(cx, argv, arguments, Positions()) || !RefreshPointers(cx, argv, arguments, Positions()))
         return JS_FALSE;
     auto made = std::apply([](auto&... argument) { return std::make_unique<Class>(argument...); }, arguments);
     if (!AttachToScript(cx, object, made->GetJSLink(), sizeof(Class) + ObjectOverhead, rval))
-        return JS_FALSE;
+        return FailWithoutObject(cx, argv);
     made.release();
     return JS_TRUE;
 }
@@ -251,6 +275,17 @@ template <>
 struct JSConversion<wxArrayString> : JSNamedConversion<wxArrayString, &jsval_to_wxArrayString, &wxArrayString_to_jsval>
 {
     static constexpr const wchar_t* name = L"wxArrayString";
+};
+template <> struct JSConversion<script_detail::LinksArgument>
+{
+    static constexpr const wchar_t* name = L"wxArraypCJScriptLink";
+    static bool From(JSContext* cx, jsval v, script_detail::LinksArgument& out)
+    {
+        if (!jsval_to_objects(cx, v, out.objects))
+            return false;
+        static_cast<wxArraypCJScriptLink&>(out) = LinksOf(cx, out.objects);
+        return true;
+    }
 };
 template <>
 struct JSConversion<wxArraypCJScriptLink>

@@ -91,6 +91,7 @@ void CJScript::Attach()
     m_previousPrivate = JS_GetContextPrivate(m_context);
     JS_SetContextPrivate(m_context, this);
     JS_SetErrorReporter(m_context, &CJScript::MyJSErrorReporter);
+    JS_SetRejectionHook(m_context, &CJScript::NoteRejection);
     JS_SetSurvivorHook(m_context, &CJScriptLinkClass::CutFromEndedContext);
     JSRuntime* const runtime = m_runtime ? m_runtime : JS_GetRuntime(m_context);
     if (runtime)

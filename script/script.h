@@ -117,6 +117,9 @@ public:
     void CleanError() { m_errors.clear(); }
     /// Text that follows the next formatted report, under " Call stack is:".
     void SetCallStack(const wxString& callStack) { m_callStack = callStack; }
+    /// For natives that fail without a message: puts `what` failed, and where script stands ("FILE (LINE)", innermost
+    /// first), into the call stack of the report that will follow, unless there is one already.
+    static void NoteSilentFailure(JSContext* cx, const wxString& what);
 
     wxString JSValToString(jsval& v);
     /// The pointer that a script object made by pwxObject_to_jsval carries; null when the value is none.
@@ -182,6 +185,8 @@ private:
     bool CallReported(JSFunction* fn, const wxString& name, CJScriptLink* link, jsval* ret, int argc, jsval* argv);
     void RecordPendingException();
 
+    static void NoteRejection(JSContext* cx, const wchar_t* message);
+    void LogRejections();
     static void MyJSErrorReporter(JSContext* cx, const char* message, JSErrorReport* report);
     static JSTrapStatus MyJSTrapHandler(JSContext* cx, JSScript* script, jsbytecode* pc, jsval* rval, void* closure);
 
@@ -195,6 +200,8 @@ private:
     bool m_ownsContext;
     JSRuntime* m_runtime = nullptr;
     int m_scopeLevel = 0;
+    CJScript* m_runner = nullptr; ///< Of a context's attached handle: the one whose operation is in progress.
+    std::vector<wxString> m_rejections;
     std::thread::id m_thread = std::this_thread::get_id();
     bool m_ownsGlobal = false;
     std::chrono::milliseconds m_timeLimit{0};

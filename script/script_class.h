@@ -70,8 +70,10 @@ public:
     JSObject* CreateObject(JSContext* cx, CJScriptLink* link, CJScriptLink* parent, wxString name);
     /// Makes the script object of `link` as the context's global object, with every registered class. Null on failure.
     JSObject* CreateGlobalObject(JSContext* cx, CJScriptLink* link);
-    /// Makes a script object for `link` that nothing refers to yet. Null on failure.
-    JSObject* CreateFreeObject(JSContext* cx, CJScriptLink* link);
+    /// Completes the properties of `link`'s script object: makes the script objects of the scriptable objects that its
+    /// native object embeds. (Pointers get theirs when script reads them; all else is inherited from the prototype.)
+    /// False when one cannot be made.
+    bool CreatePropertiesObject(JSContext* cx, CJScriptLink* link);
 
     /// The row with this index or tinyid (an integer word), here or in a parent class; null when there is none.
     JSMapEntry* FindEntry(jsval id, bool byTinyId) const;
@@ -121,7 +123,8 @@ public:
     /// registering once.
     static bool RegisterJSClass(CJScriptLinkClass* cls);
     static void UnregisterJSClass(CJScriptLinkClass* cls);
-    /// Makes a class known in a context that has a global object.
+    /// Makes a class known in a context: its constructor where there is a global object, else only what every object of
+    /// the class needs. False on failure.
     static bool DeclareJSClass(JSContext* cx, CJScriptLinkClass* cls);
     /// Makes all registered classes known in the context of a global object.
     static bool DeclareGlobal(CJScriptLink* global);
@@ -132,6 +135,9 @@ public:
     static void GCScopeList();
 
 private:
+    friend class CJScriptLink;
+
+    JSObject* CreateFreeObject(JSContext* cx);
     bool AddRow(JSMapEntry& row);
     bool AddProperty(JSMapEntry& row);
     void AddConstToObject(JSContext* cx, JSObject* object);
@@ -153,6 +159,7 @@ private:
     std::uint32_t m_nextTinyId = 0;
     std::vector<CJsCtorDescr> m_constructors;
     std::vector<const JSMapEntry*> m_constants;
+    std::vector<const JSMapEntry*> m_embedded; ///< The rows of embedded scriptable objects.
     JSNative m_primaryNative = nullptr;
     unsigned int m_maxArgs = 0;
     CHaspEvt m_events;

@@ -10,13 +10,15 @@
 class CJScript::ScopeLevel
 {
 public:
-    explicit ScopeLevel(CJScript& script) : m_script(script), m_reportedBefore(script.ExchangeReported(false))
+    explicit ScopeLevel(CJScript& script)
+        : m_script(script), m_reportedBefore(script.ExchangeReported(false)), m_runnerBefore(ExchangeRunner(&script))
     {
         m_script.IncScopeLevel();
     }
     ~ScopeLevel()
     {
         m_script.DecScopeLevel();
+        ExchangeRunner(m_runnerBefore);
         m_script.ExchangeReported(m_reportedBefore);
     }
     ScopeLevel(const ScopeLevel&) = delete;
@@ -27,8 +29,15 @@ public:
     bool HasReported() const { return m_script.ExchangeReported(false); }
 
 private:
+    CJScript* ExchangeRunner(CJScript* runner) const
+    {
+        CJScript* const attached = FromContext(m_script.m_context);
+        return attached ? std::exchange(attached->m_runner, runner) : nullptr;
+    }
+
     CJScript& m_script;
     bool m_reportedBefore;
+    CJScript* m_runnerBefore;
 };
 
 namespace
@@ -72,6 +81,7 @@ template <typename Convert> bool CJScript::EvaluateWith(const wxString& text, CJ
     }
     if (!evaluated)
         CommonReportError(link, text, nullptr, nullptr);
+    LogRejections();
     return evaluated;
 }
 
@@ -232,5 +242,6 @@ bool CJScript::CallReported(JSFunction* fn, const wxString& name, CJScriptLink* 
     }
     if (!called)
         CommonReportError(link, name, fn, nullptr);
+    LogRejections();
     return called;
 }

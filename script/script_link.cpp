@@ -109,14 +109,20 @@ bool CJScriptLink::CreateObject(JSContext* cx, CJScriptLink* parent, wxString na
     if (name.empty())
         name = MadeUpName(m_owner);
     const wxThreadCriticalSectionLocker lock(CJScript::EngineLock());
-    if (m_jsObject)
-        return m_context == cx &&
-               JS_DefineWideProperty(cx, parent->GetJSObject(), name.wx_str(), name.length(),
-                                     OBJECT_TO_JSVAL(m_jsObject), nullptr, nullptr, JSPROP_ENUMERATE);
-    m_jsObject = m_jsClass->CreateObject(cx, this, parent, name);
-    if (!m_jsObject)
-        return false;
-    m_context = cx;
+    if (m_jsObject) {
+        const bool bound =
+            m_context == cx && JS_DefineWideProperty(cx, parent->GetJSObject(), name.wx_str(), name.length(),
+                                                     OBJECT_TO_JSVAL(m_jsObject), nullptr, nullptr, JSPROP_ENUMERATE);
+        if (!bound || !m_isUnnamed)
+            return bound;
+        JS_SetParent(cx, m_jsObject, parent->GetJSObject());
+    } else {
+        m_jsObject = m_jsClass->CreateObject(cx, this, parent, name);
+        if (!m_jsObject)
+            return false;
+        m_context = cx;
+    }
+    m_isUnnamed = false;
     m_name = name;
     m_isChild = true;
     m_dynamic = dynamic;
@@ -128,19 +134,42 @@ bool CJScriptLink::CreateObjectDynamic(JSContext* cx)
     if (m_jsObject)
         return false;
     const wxThreadCriticalSectionLocker lock(CJScript::EngineLock());
-    JSObject* const object = m_jsClass->CreateFreeObject(cx, this);
-    return object && AttachObjectDynamic(cx, object);
+    JSObject* const object = m_jsClass->CreateFreeObject(cx);
+    if (!object || !AttachObjectDynamic(cx, object))
+        return false;
+    m_jsClass->SetKeepPrivate(false);
+    return true;
 }
 
 bool CJScriptLink::AttachObjectDynamic(JSContext* cx, JSObject* object)
+{
+    if (!Attach(cx, object))
+        return false;
+    m_dynamic = true;
+    return m_jsClass->CreatePropertiesObject(cx, this);
+}
+
+bool CJScriptLink::Attach(JSContext* cx, JSObject* object)
 {
     if (m_jsObject || !JS_SetPrivate(cx, object, this))
         return false;
     m_jsObject = object;
     m_context = cx;
-    m_isChild = false;
-    m_dynamic = true;
+    m_isChild = m_isUnnamed = m_dynamic = false;
     return true;
+}
+
+bool CJScriptLink::CreateObjectOf(JSContext* cx, CJScriptLink* holder, std::uint32_t index)
+{
+    if (m_jsObject)
+        return true;
+    if (!m_jsClass || !holder->m_jsObject)
+        return false;
+    JSObject* const object = m_jsClass->CreateFreeObject(cx);
+    if (!object || !JS_HoldObject(cx, holder->m_jsObject, static_cast<jsint>(index), object) || !Attach(cx, object))
+        return false;
+    m_isUnnamed = true;
+    return m_jsClass->CreatePropertiesObject(cx, this);
 }
 
 void CJScriptLink::ClearScope()

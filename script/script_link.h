@@ -10,6 +10,7 @@
 #include <wx/string.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <list>
 #include <vector>
 
@@ -68,6 +69,9 @@ public:
     bool CreateObjectDynamic(JSContext* cx);
     /// Takes an object of the class that script has just made, which then owns the native object.
     bool AttachObjectDynamic(JSContext* cx, JSObject* object);
+    /// Makes the script object, when there is none, that is the property `index` (JSMapEntry) of `holder`'s, which
+    /// keeps it alive. The native object stays whose it is.
+    bool CreateObjectOf(JSContext* cx, CJScriptLink* holder, std::uint32_t index);
     /// Removes the properties of the script object.
     void ClearScope();
     /// The link of the object that is the property `name`; null when there is none.
@@ -156,6 +160,7 @@ public:
 private:
     friend class CJScriptLinkClass;
 
+    bool Attach(JSContext* cx, JSObject* object);
     bool CallWith(JSFunction* function, bool& result, int argc, jsval* argv);
 
     wxObject* m_owner = nullptr;
@@ -163,6 +168,7 @@ private:
     wxString m_name;
     bool m_isChild = false; ///< A property of another link's object.
     CJScriptLinkClass* m_jsClass = nullptr;
+    bool m_isUnnamed = false; ///< Made because it is a property of another class: the first name given becomes its own.
     bool m_dynamic = false;
     bool m_scopeDelete = false;
     bool m_isEventHandler = false;

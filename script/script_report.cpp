@@ -1,11 +1,13 @@
+#include "script/log_detail.h"
 #include "script/script.h"
 
-#include <wx/log.h>
+#include <utility>
 
 namespace
 {
 
 constexpr wxLogLevel ScriptErrorLevel = 103;
+constexpr int MostFramesShown = 10;
 
 /// Names of the error types, by the flags of a report.
 constexpr const wchar_t* TypeNames[] = {L"Error",       L"Internal Error",  L"Evaluation Error",
@@ -40,6 +42,12 @@ wxString FormatSourceLine(const wxString& source, const CJScript::CJScriptError&
     return text;
 }
 
+wxString FormatPlace(JSContext* cx, JSScript* code, jsbytecode* pc)
+{
+    const wxString file(JS_GetScriptFilename(cx, code), wxConvLibc);
+    return wxString::Format(wxS("%s (%d)"), file, static_cast<int>(JS_PCToLineNumber(cx, code, pc)));
+}
+
 } // namespace
 
 wxString CJScript::CJScriptError::FullMsg() const
@@ -55,7 +63,25 @@ void CJScript::MyJSErrorReporter(JSContext* cx, const char* message, JSErrorRepo
         return;
     const wxCriticalSectionLocker reports(m_CriticalSection);
     script->m_reported = true;
-    script->ReportError(report->widemessage ? wxString(report->widemessage) : wxString::FromAscii(message), report);
+    // A copy, or a handle that has adopted the context, gets the errors of its own operations.
+    CJScript* const runner = script->m_runner ? script->m_runner : script;
+    runner->ReportError(report->widemessage ? wxString(report->widemessage) : wxString::FromAscii(message), report);
+}
+
+void CJScript::NoteRejection(JSContext* cx, const wchar_t* message)
+{
+    if (CJScript* const script = FromContext(cx))
+        script->m_rejections.push_back(message);
+}
+
+/// Not where they are noted, which is inside the engine lock.
+void CJScript::LogRejections()
+{
+    CJScript* const attached = FromContext(m_context);
+    if (!attached || attached->m_rejections.empty())
+        return;
+    for (const wxString& message : std::exchange(attached->m_rejections, {}))
+        LogWhole(wxLOG_Error, wxS("Unhandled promise rejection: ") + message);
 }
 
 JSTrapStatus CJScript::MyJSTrapHandler(JSContext*, JSScript*, jsbytecode*, jsval*, void*)
@@ -119,7 +145,24 @@ void CJScript::CommonReportError(CJScriptLink* WXUNUSED(link), const wxString& s
     }
     if (out)
         *out = report;
-    wxLogGeneric(ScriptErrorLevel, wxS("CJScript %s"), report);
+    LogWhole(ScriptErrorLevel, wxS("CJScript ") + report);
+}
+
+void CJScript::NoteSilentFailure(JSContext* cx, const wxString& what)
+{
+    CJScript* const script = FromContext(cx);
+    if (!script || !script->m_callStack.empty())
+        return;
+    wxString places;
+    JSStackFrame* frame = nullptr;
+    for (int shown = 0; shown < MostFramesShown && JS_FrameIterator(cx, &frame); ++shown) {
+        JSScript* const code = JS_GetFrameScript(cx, frame);
+        if (jsbytecode* const pc = code ? JS_GetFramePC(cx, frame) : nullptr)
+            places << FormatPlace(cx, code, pc) << wxS("\n");
+    }
+    // Without script there is no report to come.
+    if (!places.empty())
+        (script->m_runner ? script->m_runner : script)->m_callStack = what + wxS("\n") + places;
 }
 
 bool CJScript::GetCurrentLineInfo(int* line, wxString* file)

@@ -6,6 +6,7 @@
 
 #include <wx/log.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <memory>
@@ -15,6 +16,7 @@ namespace
 
 /// Longer arrays are refused: script can make one of any length without filling it.
 constexpr jsuint MostElements = 10'000'000;
+constexpr size_t ElementsAtOnce = 1000;
 
 void LogNativeObjectGone()
 {
@@ -35,7 +37,7 @@ template <typename Array, typename Convert> bool ReadArray(JSContext* cx, jsval 
     jsuint length = 0;
     if (!JS_GetArrayLength(cx, array, &length) || length > MostElements)
         return false;
-    out.Empty();
+    out.clear();
     for (jsuint i = 0; i < length; ++i) {
         jsval element = JSVAL_VOID;
         if (!JS_GetElement(cx, array, static_cast<jsint>(i), &element) || !convert(element))
@@ -44,16 +46,33 @@ template <typename Array, typename Convert> bool ReadArray(JSContext* cx, jsval 
     return true;
 }
 
+/// Keeps what is made meanwhile no longer than itself: of the elements of a long array, as recent results, the array
+/// itself would be forgotten before it is full.
+class LocalRoots
+{
+public:
+    explicit LocalRoots(JSContext* cx) : m_context(cx) { JS_EnterLocalRootScope(cx); }
+    ~LocalRoots() { JS_LeaveLocalRootScope(m_context); }
+    LocalRoots(const LocalRoots&) = delete;
+    LocalRoots& operator=(const LocalRoots&) = delete;
+
+private:
+    JSContext* m_context;
+};
+
 /// Makes a script array, each element by `convert(i)`.
 template <typename Convert> jsval MakeArray(JSContext* cx, size_t length, Convert convert)
 {
     JSObject* const array = JS_NewArrayObject(cx, 0, nullptr);
     if (!array)
         return JSVAL_NULL;
-    for (size_t i = 0; i < length; ++i) {
-        jsval element = convert(i);
-        if (!JS_SetElement(cx, array, static_cast<jsint>(i), &element))
-            return JSVAL_NULL;
+    for (size_t i = 0; i < length;) {
+        const LocalRoots elements(cx);
+        for (const size_t end = std::min(length, i + ElementsAtOnce); i < end; ++i) {
+            jsval element = convert(i);
+            if (!JS_SetElement(cx, array, static_cast<jsint>(i), &element))
+                return JSVAL_NULL;
+        }
     }
     return OBJECT_TO_JSVAL(array);
 }
@@ -199,13 +218,32 @@ bool jsval_to_wxArrayString(JSContext* cx, jsval v, wxArrayString& out)
 
 bool jsval_to_wxArraypCJScriptLink(JSContext* cx, jsval v, wxArraypCJScriptLink& out)
 {
+    if (JSVAL_IS_PRIMITIVE(v) || !JS_IsArrayObject(cx, JSVAL_TO_OBJECT(v)))
+        return false;
+    const LocalRoots elements(cx);
+    std::vector<jsval> objects;
+    const bool read = jsval_to_objects(cx, v, objects);
+    out = LinksOf(cx, objects);
+    return read;
+}
+
+bool jsval_to_objects(JSContext* cx, jsval v, std::vector<jsval>& out)
+{
     return ReadArray(cx, v, out, [&](jsval element) {
-        CJScriptLink* link = nullptr;
-        if (!jsval_to_pCJScriptLink(cx, element, link))
+        if (!JSVAL_IS_OBJECT(element))
             return false;
-        out.Add(link);
+        out.push_back(element);
         return true;
     });
+}
+
+wxArraypCJScriptLink LinksOf(JSContext* cx, const std::vector<jsval>& objects)
+{
+    wxArraypCJScriptLink links;
+    links.reserve(objects.size());
+    for (const jsval object : objects)
+        links.push_back(LinkOf(cx, object));
+    return links;
 }
 
 jsval jsval_to_jsval(JSContext*, jsval v)

@@ -9,6 +9,7 @@
 #include <wx/string.h>
 
 #include <cstdint>
+#include <vector>
 
 class CJScriptLink;
 
@@ -45,6 +46,10 @@ VC_QXPARSER_API bool jsval_to_wxArrayInt(JSContext* cx, jsval v, wxArrayInt& out
 VC_QXPARSER_API bool jsval_to_wxArrayString(JSContext* cx, jsval v, wxArrayString& out);
 /// As above; every element must be an object.
 VC_QXPARSER_API bool jsval_to_wxArraypCJScriptLink(JSContext* cx, jsval v, wxArraypCJScriptLink& out);
+/// The same in two steps, for when script may run in between and delete native objects: the elements, and later their
+/// links.
+VC_QXPARSER_API bool jsval_to_objects(JSContext* cx, jsval v, std::vector<jsval>& out);
+VC_QXPARSER_API wxArraypCJScriptLink LinksOf(JSContext* cx, const std::vector<jsval>& objects);
 
 VC_QXPARSER_API jsval jsval_to_jsval(JSContext* cx, jsval v);
 /// Always a double word, also for whole numbers.

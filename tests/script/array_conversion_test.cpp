@@ -181,6 +181,20 @@ TEST_F(ArrayConversionTest, ManyElementsAreReadAndMade)
               "100000 true");
 }
 
+TEST_F(ArrayConversionTest, MoreElementsThanThereAreRecentResultsAreMade)
+{
+    constexpr std::size_t count = 1'200'000;
+    wxArrayInt numbers;
+    numbers.SetCount(count, 7);
+    const jsval array = wxArrayInt_to_jsval(Context(), numbers);
+    jsuint length = 0;
+    ASSERT_TRUE(JS_GetArrayLength(Context(), JSVAL_TO_OBJECT(array), &length));
+    EXPECT_EQ(length, count);
+    wxArrayInt back;
+    ASSERT_TRUE(jsval_to_wxArrayInt(Context(), array, back));
+    EXPECT_EQ(back.size(), count);
+}
+
 TEST_F(ArrayConversionTest, LinksAreThoseOfTheObjects)
 {
     qxjsMinimal child;

@@ -155,6 +155,17 @@ TEST_F(ClassConstructorTest, PreparingAClassMakesNoPrototype)
     EXPECT_EQ(Show("typeof Prepared"), "undefined");
 }
 
+TEST_F(ClassConstructorTest, DeclaringAClassWithoutAGlobalPreparesIt)
+{
+    Table& table = Make("Declared", nullptr, NumberRows(1));
+    EXPECT_TRUE(CJScriptLinkClass::DeclareJSClass(Context(), &table.cls));
+    EXPECT_EQ(Show("typeof Declared"), "object");
+    CJScript bare(nullptr);
+    Table& prepared = Make("Bare", nullptr, NumberRows(1));
+    EXPECT_TRUE(CJScriptLinkClass::DeclareJSClass(bare.GetContext(), &prepared.cls));
+    EXPECT_EQ(prepared.rows[0].tinyid, 1);
+}
+
 TEST_F(ClassConstructorTest, AFreshGlobalHasTheRegisteredClasses)
 {
     Table& table = Make("Late", nullptr, {JSMapEntry(&Say<4>, 0)});

@@ -138,6 +138,51 @@ TEST_F(ClassKindsTest, AnEmbeddedObjectReadsAsItsScriptObject)
     EXPECT_EQ(link, part.m_embedded.GetJSLink());
 }
 
+TEST_F(ClassKindsTest, AnObjectWithoutScriptObjectGetsOneWhenItIsRead)
+{
+    EXPECT_EQ(Show("part.embedded.mark = 5; part.embedded.mark"), "5");
+    JS_GC(Context());
+    EXPECT_EQ(Show("part.embedded.mark"), "5") << "it lives as long as the one it is a property of";
+    auto second = std::make_unique<Part>(table.cls);
+    part.m_pointer = second.get();
+    EXPECT_EQ(Show("var kept = part.other; kept.number + '|' + (part.other === kept)"), "3|true");
+    JS_GC(Context());
+    EXPECT_EQ(Show("part.other === kept"), "true");
+    part.m_pointer = nullptr;
+    second.reset();
+    EXPECT_EQ(Show("part.other === null"), "true");
+    EXPECT_FALSE(Runs("kept.number"));
+}
+
+TEST_F(ClassKindsTest, AnObjectMadeByReadingTakesTheFirstNameItGets)
+{
+    EXPECT_EQ(Show("part.embedded.mark = 5"), "5");
+    ASSERT_TRUE(script.CreateChild(part.m_embedded.GetJSLink(), part.GetJSLink(), "inner", false, false));
+    EXPECT_EQ(Show("part.inner === part.embedded"), "true");
+    EXPECT_EQ(part.m_embedded.GetJSLink()->GetCompleteName(), "part.inner");
+}
+
+TEST_F(ClassKindsTest, AnObjectMadeByReadingGoesWithItsHolder)
+{
+    Part& second = Child("second", table.cls);
+    const std::size_t before = JS_CountHostObjects();
+    EXPECT_EQ(Show("typeof second.embedded"), "object");
+    EXPECT_EQ(JS_CountHostObjects(), before + 1);
+    EXPECT_EQ(Show("delete this.second; typeof second"), "undefined");
+    JS_GC(Context());
+    EXPECT_FALSE(second.m_embedded.GetJSLink()->IsCreated());
+    EXPECT_EQ(JS_CountHostObjects(), before - 1);
+}
+
+TEST_F(ClassKindsTest, AnObjectGetsThoseItEmbedsWithItsOwn)
+{
+    auto* const made = new Part(table.cls);
+    ASSERT_TRUE(script.CreateChildDynamic(made->GetJSLink()));
+    EXPECT_TRUE(made->m_embedded.GetJSLink()->IsCreated());
+    EXPECT_TRUE(table.cls.CreatePropertiesObject(Context(), part.GetJSLink()));
+    EXPECT_TRUE(part.m_embedded.GetJSLink()->IsCreated());
+}
+
 TEST_F(ClassKindsTest, AnEmbeddedPlainObjectReadsAsItsAddress)
 {
     EXPECT_EQ(Show("part.plain"), wxString::Format("%llu", reinterpret_cast<unsigned long long>(&part.m_plain)));
@@ -205,6 +250,7 @@ TEST_F(ClassKindsTest, PointersAndEmbeddedObjectsCannotBeWritten)
         EXPECT_FALSE(Runs("part." + name + " = second")) << name.utf8_string();
         EXPECT_FALSE(Runs("part." + name + " = null")) << name.utf8_string();
     }
+    EXPECT_EQ(Reports().back(), "CJScript part.plain = null\n Call stack is:\nPart.plain\nlocal (0)\n");
     EXPECT_EQ(part.m_pointer, nullptr);
     EXPECT_EQ(part.m_raw, &second);
     EXPECT_TRUE(log.Errors().empty());

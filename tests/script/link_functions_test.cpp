@@ -105,6 +105,16 @@ TEST_F(LinkFunctionsTest, EveryArgumentIsLoggedAsText)
     EXPECT_EQ(log.Errors(), (Texts{"b%d 1,2", ""}));
 }
 
+TEST_F(LinkFunctionsTest, ANulDoesNotEndWhatIsLogged)
+{
+    const bool verbose = wxLog::GetVerbose();
+    wxLog::SetVerbose(true);
+    Show("print('a\\0b', 1); perror('c\\0d', 2)");
+    wxLog::SetVerbose(verbose);
+    EXPECT_EQ(log.Texts(wxLOG_Info), Texts{wxString(L"a\0b 1", 5)});
+    EXPECT_EQ(log.Errors(), Texts{wxString(L"c\0d 2", 5)});
+}
+
 TEST_F(LinkFunctionsTest, PauseTakesNoArgument)
 {
     EXPECT_EQ(Thrown("pause(1)"), "Error: Bad argument count for function 'pause' (1 instead of 0)");

@@ -2,6 +2,7 @@
 #include "script/native_function.h"
 #include "tests/script/script_fixture.h"
 
+#include <algorithm>
 #include <memory>
 
 namespace
@@ -35,6 +36,12 @@ public:
     static int Twice(int v) { return 2 * v; }
     wxString Describe(Tool* tool, int) { return tool ? "a tool" : "null"; }
 
+    wxString CountLinks(const wxArraypCJScriptLink& links, int)
+    {
+        const auto alive = std::count_if(links.begin(), links.end(), [](const CJScriptLink* link) { return link; });
+        return wxString() << static_cast<int>(alive) << " of " << static_cast<int>(links.size());
+    }
+
     CJScriptLink* GetJSLink() { return &m_link; }
     const JSMap* GetJSMap() const { return &m_JSMap; }
 
@@ -43,6 +50,7 @@ public:
     static CJScriptLinkClass ms_JSClass;
 
 private:
+    int m_number = 1;
     CJScriptLink m_link;
 
     wxDECLARE_CLASS(Tool);
@@ -52,6 +60,8 @@ wxIMPLEMENT_CLASS(Tool, wxObject);
 
 JSMapEntry Tool::m_JSMapEntries[] = {
     JSConstructor<Tool>(),
+    JSField<Tool>("number", &Tool::m_number),
+    JSMethod<&Tool::CountLinks>("CountLinks"),
     JSMethod<&Tool::Take0>("Take0"),
     JSMethod<&Tool::Take1>("Take1"),
     JSMethod<&Tool::Take2>("Take2"),
@@ -238,8 +248,30 @@ TEST_F(NativeFunctionTest, AnObjectWithoutANativeEndsTheScriptWithoutAMessage)
     tool.reset();
     EXPECT_EQ(Show("kept.Take0(1, 2)"), "(failed)");
     EXPECT_EQ(Show("try { kept.Take0() } catch (e) { 'caught' }"), "(failed)");
-    EXPECT_EQ(Reports().back(), "CJScript try { kept.Take0() } catch (e) { 'caught' }\n");
+    EXPECT_EQ(Reports().back(), "CJScript try { kept.Take0() } catch (e) { 'caught' }\n"
+                                " Call stack is:\nTake0\nlocal (0)\n");
     EXPECT_EQ(Show("typeof kept"), "object");
+}
+
+TEST_F(NativeFunctionTest, TheReportOfASilentFailureNamesWhatFailedAndWhere)
+{
+    wxString report;
+    EXPECT_FALSE(script.Execute("function f() {\n tool.Take0.call({});\n}\nf();", nullptr, &report));
+    EXPECT_EQ(Reports(), (Texts{"CJScript function f() {\n Call stack is:\nTake0\nlocal (1)\nlocal (3)\n",
+                                "CJScript function f() {\n"}));
+    ASSERT_TRUE(script.Evaluate("var kept = tool", nullptr));
+    tool.reset();
+    EXPECT_FALSE(script.Evaluate("kept.number", nullptr));
+    EXPECT_EQ(Reports().back(), "CJScript kept.number\n Call stack is:\na property of Tool\nlocal (0)\n");
+    EXPECT_FALSE(script.Evaluate("kept.number = 1", nullptr));
+    EXPECT_EQ(Reports().back(), "CJScript kept.number = 1\n Call stack is:\na property of Tool\nlocal (0)\n");
+    EXPECT_EQ(Show("typeof kept"), "object");
+}
+
+TEST_F(NativeFunctionTest, OfALongStackTheInnermostTenPlacesAreNamed)
+{
+    EXPECT_FALSE(script.Evaluate("function f(n) { n ? f(n - 1) : tool.Take0.call({}); } f(50)", nullptr));
+    EXPECT_EQ(Reports().back().Freq('\n'), 1 + 1 + 1 + 10);
 }
 
 TEST_F(NativeFunctionTest, ANativeThatGoesWhileItsArgumentsAreConvertedIsNotCalled)
@@ -262,6 +294,31 @@ TEST_F(NativeFunctionTest, AnArgumentThatGoesWhileAnotherIsConvertedIsNotPassed)
     EXPECT_EQ(Show("tool.Describe(other, 1)"), "a tool");
     EXPECT_EQ(Show("tool.Describe(other, {valueOf: function () { drop(); return 1; }})"), "null");
     EXPECT_EQ(log.Errors(), Texts{"Failed to convert jsobject to pointer. C object has been deleted ?"});
+}
+
+TEST_F(NativeFunctionTest, AnElementThatGoesWhileAnotherArgumentIsConvertedIsNotPassed)
+{
+    auto other = std::make_unique<Tool>();
+    ASSERT_TRUE(script.CreateChild(other->GetJSLink(), Global(), "other", false, false));
+    Define("drop", [&](JSContext*, uintN, jsval*, jsval*) {
+        other.reset();
+        return JS_TRUE;
+    });
+    EXPECT_EQ(Show("tool.CountLinks([other, tool, null], 1)"), "2 of 3");
+    EXPECT_EQ(Show("tool.CountLinks([other, tool], {valueOf: function () { drop(); return 1; }})"), "1 of 2");
+}
+
+TEST_F(NativeFunctionTest, AnElementThatGoesWhileAnotherIsReadIsNotPassed)
+{
+    auto other = std::make_unique<Tool>();
+    ASSERT_TRUE(script.CreateChild(other->GetJSLink(), Global(), "other", false, false));
+    Define("drop", [&](JSContext*, uintN, jsval*, jsval*) {
+        other.reset();
+        return JS_TRUE;
+    });
+    EXPECT_EQ(Show("var list = [other]; Object.defineProperty(list, 1, {get: function () { drop(); return tool; }});"
+                   "tool.CountLinks(list, 1)"),
+              "1 of 2");
 }
 
 TEST_F(NativeFunctionTest, AnUncaughtMessageStandsInTheReport)

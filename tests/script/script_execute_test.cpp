@@ -160,6 +160,24 @@ TEST_F(ScriptDeclareErrorTest, ANativeThatFailsSilentlyEndsTheScript)
     EXPECT_EQ(Show("after"), "0");
 }
 
+// --- Promises -------------------------------------------------------------------------------------------------------
+
+TEST_F(ScriptExecuteTest, ARejectionThatNothingHandlesIsLogged)
+{
+    EXPECT_TRUE(script.Execute("Promise.reject(new TypeError('no'));"
+                               "async function f() { throw 5; } f();"
+                               "Promise.reject(1).catch(function () {});"
+                               "var late = Promise.reject(2); Promise.resolve().then(function () {"
+                               "late.catch(function () {}); });",
+                               nullptr, &report));
+    EXPECT_EQ(log.Errors(), (Texts{"Unhandled promise rejection: TypeError: no",
+                                   "Unhandled promise rejection: uncaught exception: 5"}));
+    EXPECT_TRUE(Reports().empty());
+    log.Clear();
+    EXPECT_TRUE(script.Execute("1", nullptr, &report));
+    EXPECT_TRUE(log.Records().empty());
+}
+
 // --- What is thrown -------------------------------------------------------------------------------------------------
 
 struct ThrownRow

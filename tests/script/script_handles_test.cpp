@@ -36,6 +36,23 @@ TEST_F(ScriptHandlesTest, ACopyIsAHandleOnTheSameContext)
     EXPECT_EQ(Show(copy, "x + 1"), "6");
 }
 
+TEST_F(ScriptHandlesTest, AHandleGetsTheErrorsOfItsOwnOperations)
+{
+    qxjsMinimal global;
+    CJScript script(nullptr);
+    ASSERT_TRUE(script.SetGlobal(global.GetJSLink(), ""));
+    CJScript copy(script);
+    wxString report;
+    EXPECT_FALSE(copy.Execute("1;\nmissing;", nullptr, &report));
+    EXPECT_EQ(report, "missing;\n==> ReferenceError: missing is not defined\n");
+    EXPECT_EQ(copy.GetErrorCount(), 1);
+    EXPECT_EQ(script.GetErrorCount(), 0);
+    CJScript adopting(script.GetContext());
+    EXPECT_FALSE(script.Execute("1;\nabsent;", nullptr, &report));
+    EXPECT_EQ(report, "absent;\n==> ReferenceError: absent is not defined\n");
+    EXPECT_EQ(adopting.GetErrorCount(), 0);
+}
+
 TEST_F(ScriptHandlesTest, DestroyingACopyFirstLeavesTheContextAsItWas)
 {
     qxjsMinimal global;

@@ -7,7 +7,7 @@
 namespace
 {
 
-constexpr int Evaluations = 10000;
+constexpr int Evaluations = 100000;
 const char* const RefusalEnd = " called from another thread than the context's; refused";
 
 using ScriptThreadsTest = ScriptTest;
