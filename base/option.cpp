@@ -7,6 +7,9 @@ wxIMPLEMENT_DYNAMIC_CLASS(COption, wxObject);
 namespace
 {
 
+/// Up to so many are searched one by one.
+constexpr size_t FewEntries = 8;
+
 bool IsBlank(wchar_t c)
 {
     return c == ' ' || c == '\t' || c == '\n' || c == '\r';
@@ -73,16 +76,32 @@ private:
 
 CHashStringToString::const_iterator CHashStringToString::find(const wxString& key) const
 {
-    const auto place = m_places.find(key);
-    return place == m_places.end() ? end() : begin() + static_cast<std::ptrdiff_t>(place->second);
+    if (!m_places)
+        return std::find_if(begin(), end(), [&](const value_type& entry) { return entry.first == key; });
+    const auto place = m_places->find(key);
+    return place == m_places->end() ? end() : begin() + static_cast<std::ptrdiff_t>(place->second);
 }
 
 wxString& CHashStringToString::operator[](const wxString& key)
 {
-    const auto added = m_places.emplace(key, m_entries.size());
-    if (added.second)
-        m_entries.emplace_back(key, wxString());
-    return m_entries[added.first->second].second;
+    const auto found = find(key);
+    if (found != end())
+        return m_entries[static_cast<size_t>(found - begin())].second;
+    m_entries.emplace_back(key, wxString());
+    AddPlaces();
+    return m_entries.back().second;
+}
+
+void CHashStringToString::AddPlaces()
+{
+    const size_t added = m_entries.size() - 1;
+    if (m_places)
+        m_places->emplace(m_entries[added].first, added);
+    else if (added >= FewEntries) {
+        m_places.emplace();
+        for (size_t place = 0; place <= added; ++place)
+            m_places->emplace(m_entries[place].first, place);
+    }
 }
 
 COption::COption() = default;

@@ -2,6 +2,7 @@
 
 #include "base/api.h"
 
+#include <optional>
 #include <unordered_map>
 #include <utility>
 #include <vector>
@@ -30,8 +31,14 @@ public:
     wxString& operator[](const wxString& key);
 
 private:
+    using Places = std::unordered_map<wxString, size_t, wxStringHash, wxStringEqual>;
+
+    void AddPlaces();
+
     std::vector<value_type> m_entries;
-    std::unordered_map<wxString, size_t, wxStringHash, wxStringEqual> m_places;
+    /// The entries by their keys, once there are many. Most maps hold the few options of one tag, and there may be a
+    /// great many of them.
+    std::optional<Places> m_places;
 };
 
 /// A set of named options, as they stand in a tag. A value: a copy goes its own way.

@@ -213,22 +213,13 @@ wxString CPreprocessor::ExtractString(wxString& text, bool unescape)
 
 void CPreprocessor::TrimLeft(wxString& text, const wchar_t* set)
 {
-    const Span span(text);
-    const Span dropped(set, set + std::wcslen(set));
-    const wchar_t* at = span.begin;
-    while (at != span.end && dropped.Holds(*at))
-        ++at;
-    text.erase(0, static_cast<size_t>(at - span.begin));
+    const Span kept = WithoutLeft(Span(text), {set, set + std::wcslen(set)});
+    text.erase(0, text.length() - kept.Length());
 }
 
 void CPreprocessor::TrimRight(wxString& text, const wchar_t* set)
 {
-    const Span span(text);
-    const Span dropped(set, set + std::wcslen(set));
-    const wchar_t* behind = span.end;
-    while (behind != span.begin && dropped.Holds(behind[-1]))
-        --behind;
-    text.erase(static_cast<size_t>(behind - span.begin));
+    text.erase(WithoutRight(Span(text), {set, set + std::wcslen(set)}).Length());
 }
 
 wxString CPreprocessor::ConcatQuotes(const wxString& text)

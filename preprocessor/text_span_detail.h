@@ -15,14 +15,36 @@ namespace text_detail
 struct Span
 {
     explicit Span(const wxString& text) : begin(text.wx_str()), end(begin + text.length()) {}
-    Span(const wchar_t* first, const wchar_t* behind) : begin(first), end(behind) {}
+    constexpr Span(const wchar_t* first, const wchar_t* behind) : begin(first), end(behind) {}
+    template <size_t Size> constexpr Span(const wchar_t (&literal)[Size]) : Span(literal, literal + Size - 1) {}
 
     size_t Length() const { return static_cast<size_t>(end - begin); }
     bool Holds(wchar_t character) const { return FindChar(begin, end, character) != end; }
+    bool StartsWith(const Span& what) const
+    {
+        return Length() >= what.Length() && std::equal(what.begin, what.end, begin);
+    }
+    bool operator==(const Span& other) const { return Length() == other.Length() && StartsWith(other); }
+    bool operator!=(const Span& other) const { return !(*this == other); }
 
     const wchar_t* begin;
     const wchar_t* end;
 };
+
+/// The text without the characters of `set` at its start, or at its end.
+inline Span WithoutLeft(Span text, const Span& set)
+{
+    while (text.begin != text.end && set.Holds(*text.begin))
+        ++text.begin;
+    return text;
+}
+
+inline Span WithoutRight(Span text, const Span& set)
+{
+    while (text.begin != text.end && set.Holds(text.end[-1]))
+        --text.end;
+    return text;
+}
 
 inline void Append(wxString& out, const wchar_t* begin, const wchar_t* end)
 {

@@ -26,10 +26,16 @@ bool ValueFollows(const CLI::App& command, const std::string& word)
     return false;
 }
 
-/// Strings are passed over in the search for tags, so what begins like one would never be found.
-std::string CanBeTag(const std::string& text)
+// Blanks before tags are passed over in the search for them, and so are strings: these would never be found.
+
+std::string CanEndTag(const std::string& text)
 {
-    return text.empty() || text[0] == '"' || text[0] == '\'' ? "a tag cannot be empty or begin with a quote" : "";
+    return text.find_first_of("\"'") == 0 || text.empty() ? "a tag cannot be empty or begin with a quote" : "";
+}
+
+std::string CanBeginTag(const std::string& text)
+{
+    return text.find_first_of(" \t") == 0 ? "a tag cannot begin with a blank" : CanEndTag(text);
 }
 
 } // namespace
@@ -52,8 +58,8 @@ void AddTagOptions(CLI::App& command, std::string& begin, std::string& end)
 {
     command.add_option("--begin", begin, "What tags begin with instead of " + begin)
         ->type_name("TEXT")
-        ->check(CanBeTag);
-    command.add_option("--end", end, "What tags end with instead of " + end)->type_name("TEXT")->check(CanBeTag);
+        ->check(CanBeginTag);
+    command.add_option("--end", end, "What tags end with instead of " + end)->type_name("TEXT")->check(CanEndTag);
 }
 
 std::string NonEmptyFile(const std::string& text)

@@ -26,13 +26,19 @@ struct TagsOptions
     bool content = false;
 };
 
+/// A parser that lives until the process ends.
+CTagParser& NewParser(const TagsOptions& options)
+{
+    static CPreprocessor* const preprocessor = new CPreprocessor(nullptr, true);
+    static CTagParser* const parser =
+        new CTagParser(preprocessor, FromSystemName(options.begin).wc_str(), FromSystemName(options.end).wc_str());
+    return *parser;
+}
+
 class TagsRun
 {
 public:
-    explicit TagsRun(const TagsOptions& options)
-        : m_options(options), m_diagnostics(options.common),
-          m_parser(&m_pp, FromSystemName(options.begin).wc_str(), FromSystemName(options.end).wc_str())
-    {}
+    explicit TagsRun(const TagsOptions& options) : m_options(options), m_diagnostics(options.common) {}
 
     int Run();
 
@@ -44,8 +50,8 @@ private:
 
     const TagsOptions& m_options;
     Diagnostics m_diagnostics;
-    CPreprocessor m_pp{nullptr, true};
-    CTagParser m_parser;
+    /// Never taken apart: a large tree takes a fifth of the run for that, and the process ends anyway.
+    CTagParser& m_parser = NewParser(m_options);
     std::string m_text;
 };
 
@@ -55,8 +61,8 @@ bool TagsRun::Read()
     if (!SetUpParser(m_options.parser, m_parser, m_diagnostics))
         return false;
     if (!m_options.preprocess)
-        m_pp.Desactivate();
-    CDir dir = m_pp.GetDir();
+        m_parser.GetPP()->Desactivate();
+    CDir dir = m_parser.GetPP()->GetDir();
     if (!ReadInput(m_options.file, dir, text, m_diagnostics))
         return false;
     if (m_parser.Parse(text, InputName(m_options.file), nullptr, false) == 0 &&

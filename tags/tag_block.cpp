@@ -13,13 +13,10 @@ namespace
 
 const wxString NoTag;
 
-std::unique_ptr<CTagHeaderBlock> CopyHeader(const std::unique_ptr<CTagHeaderBlock>& header, CTagBlock* parent)
+void Adopt(std::optional<CTagHeaderBlock>& header, CTagBlock* parent)
 {
-    if (!header)
-        return nullptr;
-    std::unique_ptr<CTagHeaderBlock> copy(header->Clone());
-    copy->SetParent(parent);
-    return copy;
+    if (header)
+        header->SetParent(parent);
 }
 
 } // namespace
@@ -29,10 +26,12 @@ CTagBlock::CTagBlock(CParser* parser, CTagBlock* parent)
 {}
 
 CTagBlock::CTagBlock(const CTagBlock& other)
-    : CParserBlock(other), m_tagParser(nullptr), m_beginHeader(CopyHeader(other.m_beginHeader, this)),
-      m_endHeader(CopyHeader(other.m_endHeader, this)), m_parent(nullptr), m_type(other.m_type), m_name(other.m_name),
-      m_option(other.m_option), m_doubleTag(other.m_doubleTag)
+    : CParserBlock(other), m_tagParser(nullptr), m_beginHeader(other.m_beginHeader), m_endHeader(other.m_endHeader),
+      m_parent(nullptr), m_type(other.m_type), m_name(other.m_name), m_option(other.m_option),
+      m_doubleTag(other.m_doubleTag)
 {
+    Adopt(m_beginHeader, this);
+    Adopt(m_endHeader, this);
     m_subBlocks.reserve(other.m_subBlocks.size());
     for (const auto& block : other.m_subBlocks)
         AddSubBlock(std::unique_ptr<CTagBlock>(block->Clone()));
@@ -49,8 +48,10 @@ CTagBlock& CTagBlock::operator=(const CTagBlock& other)
     std::swap(m_subBlocks, copy.m_subBlocks);
     for (const auto& block : m_subBlocks)
         block->m_parent = this;
-    m_beginHeader = CopyHeader(copy.m_beginHeader, this);
-    m_endHeader = CopyHeader(copy.m_endHeader, this);
+    m_beginHeader = other.m_beginHeader;
+    m_endHeader = other.m_endHeader;
+    Adopt(m_beginHeader, this);
+    Adopt(m_endHeader, this);
     m_type = other.m_type;
     m_name = other.m_name;
     m_option = other.m_option;

@@ -9,9 +9,11 @@
 
 #include <cstddef>
 #include <memory>
+#include <optional>
 #include <vector>
 
 class CTagParser;
+struct TagTitle;
 
 /// A piece of text between an opening tag and its closing tag. Its units are its content; what stands in blocks nested
 /// in it is in its sub-blocks, and the lines of the two tags are in its headers.
@@ -115,9 +117,11 @@ public:
     CTagBlock* GetSubBlock(std::size_t index) const { return m_subBlocks[index].get(); }
 
     /// The lines of the opening tag, null for a block without tags.
-    CTagHeaderBlock* GetBeginHeader() const { return m_beginHeader.get(); }
+    const CTagHeaderBlock* GetBeginHeader() const { return m_beginHeader ? &*m_beginHeader : nullptr; }
+    CTagHeaderBlock* GetBeginHeader() { return m_beginHeader ? &*m_beginHeader : nullptr; }
     /// The lines of the closing tag, null for a single tag.
-    CTagHeaderBlock* GetEndHeader() const { return m_endHeader.get(); }
+    const CTagHeaderBlock* GetEndHeader() const { return m_endHeader ? &*m_endHeader : nullptr; }
+    CTagHeaderBlock* GetEndHeader() { return m_endHeader ? &*m_endHeader : nullptr; }
 
 private:
     struct Tag;
@@ -135,18 +139,19 @@ private:
 
     long ReadOpeningTag(CTagBlock& source, Tag& tag);
     long ReadType(const CTagBlock& source, const Tag& tag);
+    long TakeTitle(const TagTitle& title, const CParserUnit* unit);
     long ReadContent(CTagBlock& source, const Tag& opening, Tag& closing, std::vector<Range>& content);
     long ReadSubBlock(CTagBlock& source, int& unit);
     long CheckClosingTag(const CTagBlock& source, const Tag& opening, const Tag& closing);
-    std::unique_ptr<CTagHeaderBlock> TakeHeader(CTagBlock& source, const Tag& tag);
+    void TakeHeader(std::optional<CTagHeaderBlock>& header, CTagBlock& source, const Tag& tag);
 
     void AppendHierarchy(wxString& out, int level) const;
     CTagBlock* AddSubBlock(std::unique_ptr<CTagBlock> block);
 
     CTagParser* m_tagParser; ///< The parser, when it is one for tags.
     std::vector<std::unique_ptr<CTagBlock>> m_subBlocks;
-    std::unique_ptr<CTagHeaderBlock> m_beginHeader;
-    std::unique_ptr<CTagHeaderBlock> m_endHeader;
+    std::optional<CTagHeaderBlock> m_beginHeader;
+    std::optional<CTagHeaderBlock> m_endHeader;
     CTagBlock* m_parent;
     wxString m_type;
     wxString m_name;

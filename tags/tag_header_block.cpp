@@ -7,34 +7,35 @@
 
 #include <utility>
 
+using namespace text_detail;
+
 wxIMPLEMENT_CLASS(CTagHeaderBlock, CParserBlock);
 
 namespace
 {
 
-constexpr const wchar_t* Blanks = L" \t";
-
 /// The options on the first line of an opening tag; false for a closing tag, which has none.
-bool TakeFirstLine(const CTagBlock& block, wxString& text)
+bool TakeFirstLine(const CTagBlock& block, Span& text)
 {
-    CPreprocessor::TrimLeft(text, Blanks);
-    TagTitle title = ReadTagTitle(text, block.GetCurrentBeginTag());
+    const TagTitle title = ReadTagTitle({SkipBlanks(text.begin, text.end), text.end}, block.GetCurrentBeginTag());
     if (title.closes)
         return false;
-    text = std::move(title.rest);
+    text.begin = title.behind;
     if (title.isNamed)
-        CPreprocessor::TrimLeft(text, L"\"' \t");
+        text = WithoutLeft(text, L"\"' \t");
     return true;
 }
 
 /// Takes the end of the tag away from its last line. A double tag shares that line with whatever follows it there.
-void DropTagEnd(const CTagBlock& block, wxString& text)
+void DropTagEnd(const CTagBlock& block, Span& text)
 {
     const wxString& endTag = block.GetCurrentEndTag();
-    const long end = block.IsDoubleTag() ? CPreprocessor::FindCharEx(text, endTag) : -1;
+    const long end = block.IsDoubleTag() ? CPreprocessor::FindCharEx(Copy(text.begin, text.end), endTag) : -1;
     if (end != -1)
-        text.Truncate(static_cast<size_t>(end));
-    CPreprocessor::TrimRight(text, (wxS("/") + endTag).wc_str());
+        text.end = text.begin + end;
+    const Span tagCharacters(endTag);
+    while (text.begin != text.end && (text.end[-1] == L'/' || tagCharacters.Holds(text.end[-1])))
+        --text.end;
 }
 
 } // namespace
@@ -76,12 +77,12 @@ long CTagHeaderBlock::Process()
         CParserUnit* const unit = m_units[slot];
         if (!unit)
             continue;
-        wxString text = unit->m_text;
+        Span text(unit->m_text);
         if (unit == first && !TakeFirstLine(*m_parent, text))
             return 0;
         if (unit == last)
             DropTagEnd(*m_parent, text);
-        m_parent->SaveOption(text, unit);
+        m_parent->SaveOption(Copy(text.begin, text.end), unit);
     }
     return 0;
 }

@@ -23,7 +23,8 @@ public:
     /// How deep tag blocks may stand in each other unless a host says otherwise.
     static constexpr unsigned int DefaultNestingLimit = 1000;
 
-    /// @param begin what starts a tag, @param end what ends it; neither should be empty or hold quotes.
+    /// @param begin what starts a tag; it should not start with a blank. @param end what ends it. Neither should be
+    ///        empty or start with a quote: a quote is the boundary of a string wherever it stands.
     explicit CTagParser(const wchar_t* begin = L"<", const wchar_t* end = L">");
 
     /// A parser that uses `pp` (not owned); see CParser.

@@ -15,7 +15,7 @@ using namespace text_detail;
 namespace
 {
 
-constexpr const wchar_t* Blanks = L" \t\n\r";
+constexpr Span Blanks(L" \t\n\r");
 constexpr const wchar_t* IgnoredType = L"IGNORE ";
 
 /// Puts a value back when a scope is left.
@@ -32,36 +32,31 @@ private:
     const Value m_before;
 };
 
+/// Whether `what` stands at `at`, which is not behind the end of the line.
+bool HasAt(const wxString& line, size_t at, const wxString& what)
+{
+    const Span text(line);
+    return Span(text.begin + at, text.end).StartsWith(Span(what));
+}
+
 /// The place of a tag in a line that starts with it, blanks aside; npos when the line does not. The same as the first
 /// occurrence outside of strings, accepted only behind blanks, but without a look at the rest of the line.
-size_t StartOfTag(const wxString& line, const wxString& tag)
+size_t StartOfTag(const wxString& line, const Span& tag)
 {
-    if (!tag.empty() && IsQuote(tag[0]))
-        return wxString::npos; // taken for the boundary of a string, wherever it stands
     const Span text(line);
-    const auto blanks = static_cast<size_t>(SkipBlanks(text.begin, text.end) - text.begin);
-    const size_t at = line.compare(blanks, tag.length(), tag) == 0 ? blanks : line.substr(0, blanks).find(tag);
-    return at < line.length() ? at : wxString::npos;
+    const wchar_t* const behindBlanks = SkipBlanks(text.begin, text.end);
+    for (const wchar_t* at = IsBlank(*tag.begin) ? text.begin : behindBlanks; at <= behindBlanks; ++at) {
+        if (at != text.end && *at == *tag.begin && Span(at, text.end).StartsWith(tag))
+            return static_cast<size_t>(at - text.begin);
+    }
+    return wxString::npos;
 }
 
 /// The first character from `at` on that is neither blank nor a line end.
 size_t FirstNonBlank(const wxString& line, size_t at)
 {
     const Span text(line);
-    const auto isBlank = [](wchar_t c) { return IsBlank(c) || c == L'\n' || c == L'\r'; };
-    return static_cast<size_t>(std::find_if_not(text.begin + at, text.end, isBlank) - text.begin);
-}
-
-bool HasAt(const wxString& line, size_t at, const wxString& what)
-{
-    return line.compare(at, what.length(), what) == 0;
-}
-
-wxString Trimmed(wxString text)
-{
-    CPreprocessor::TrimLeft(text, Blanks);
-    CPreprocessor::TrimRight(text, Blanks);
-    return text;
+    return static_cast<size_t>(WithoutLeft({text.begin + at, text.end}, Blanks).begin - text.begin);
 }
 
 /// Makes the single tag of "<?type options?>". The first two characters are taken for begin tag and "?", so the rest of
@@ -136,8 +131,10 @@ const CParserUnit* CTagBlock::LastUnit() const
 
 bool CTagBlock::FindBeginTag(int& unit, size_t& at) const
 {
-    const wxString& tag = GetCurrentBeginTag();
+    const Span tag(GetCurrentBeginTag());
     const int count = static_cast<int>(GetCount());
+    if (tag.Length() == 0 || IsQuote(*tag.begin)) // a quote is the boundary of a string, wherever it stands
+        unit = count;
     for (unit = std::max(unit, 0); unit < count; ++unit) {
         const CParserUnit* const current = m_units[unit];
         at = current ? StartOfTag(current->m_text, tag) : wxString::npos;
@@ -278,14 +275,14 @@ long CTagBlock::CreateSubBlocks(CTagBlock* source, int& unit)
     if (read != 0)
         return read;
 
-    m_beginHeader = TakeHeader(*source, opening);
+    TakeHeader(m_beginHeader, *source, opening);
     unit = opening.last + 1;
     const long processed = m_beginHeader->Process();
     if (processed != 0 || opening.isSingle)
         return processed;
     for (const Range& range : content)
         source->ExtractBlock(this, range.from, range.to);
-    m_endHeader = TakeHeader(*source, closing);
+    TakeHeader(m_endHeader, *source, closing);
     unit = closing.last + 1;
     return 0;
 }
@@ -310,36 +307,45 @@ long CTagBlock::ReadOpeningTag(CTagBlock& source, Tag& tag)
 /// Reads type and name from the first line of a tag that is not empty.
 long CTagBlock::ReadType(const CTagBlock& source, const Tag& tag)
 {
-    const CParserUnit* unit = source.m_units[tag.first];
-    wxString text;
-    for (int slot = tag.first; text.empty() && slot <= tag.last; ++slot) {
+    const CParserUnit* unit = nullptr;
+    Span text(L"");
+    for (int slot = tag.first; text.Length() == 0 && slot <= tag.last; ++slot) {
         if (!source.m_units[slot])
             continue;
         unit = source.m_units[slot];
-        text = Trimmed(unit->m_text);
+        text = WithoutRight(WithoutLeft(Span(unit->m_text), Blanks), Blanks);
     }
-    const long result = GetTypeAndName(text, unit);
+    const long result = TakeTitle(ReadTagTitle(text, GetCurrentBeginTag()), unit);
     return result == tagNotFound ? Fail(tagIncomplete, wxS("Missing tag type !"), unit) : result;
 }
 
 long CTagBlock::GetTypeAndName(const wxString& tag, const CParserUnit* unit)
 {
-    const TagTitle title = ReadTagTitle(tag, GetCurrentBeginTag());
-    if (title.type.empty())
+    return TakeTitle(ReadTagTitle(Span(tag), GetCurrentBeginTag()), unit);
+}
+
+long CTagBlock::TakeTitle(const TagTitle& title, const CParserUnit* unit)
+{
+    if (title.type.Length() == 0)
         return Fail(tagNotFound, wxS("No type found for tag !"), unit);
-    if (!m_type.empty() && title.type != m_type)
-        return Fail(tagMismatch, wxString::Format(wxS("Tag mismatch (%s instead of %s)!"), title.type, m_type), unit);
-    m_type = title.type;
-    if (title.isNamed && title.name.empty())
-        return Fail(tagBadName, wxS("Bad tag name format !"), unit);
-    if (title.name.empty())
+    if (m_type.empty())
+        m_type = Copy(title.type.begin, title.type.end);
+    else if (title.type != Span(m_type)) {
+        const wxString found = Copy(title.type.begin, title.type.end);
+        return Fail(tagMismatch, wxString::Format(wxS("Tag mismatch (%s instead of %s)!"), found, m_type), unit);
+    }
+    if (!title.isNamed)
         return 0;
-    if (!m_name.empty() && title.name != m_name) {
+    if (title.name.Length() == 0)
+        return Fail(tagBadName, wxS("Bad tag name format !"), unit);
+    if (m_name.empty())
+        m_name = Copy(title.name.begin, title.name.end);
+    else if (title.name != Span(m_name)) {
+        const wxString found = Copy(title.name.begin, title.name.end);
         const wxString message =
-            wxString::Format(wxS("Tag name mismatch (%s instead of %s for type %s)!"), title.name, m_name, m_type);
+            wxString::Format(wxS("Tag name mismatch (%s instead of %s for type %s)!"), found, m_name, m_type);
         return Fail(tagMismatch, message, unit);
     }
-    m_name = title.name;
     return 0;
 }
 
@@ -401,9 +407,8 @@ long CTagBlock::CheckClosingTag(const CTagBlock& source, const Tag& opening, con
     return Fail(tagMismatch, message, source.m_units[closing.first]);
 }
 
-std::unique_ptr<CTagHeaderBlock> CTagBlock::TakeHeader(CTagBlock& source, const Tag& tag)
+void CTagBlock::TakeHeader(std::optional<CTagHeaderBlock>& header, CTagBlock& source, const Tag& tag)
 {
-    auto header = std::make_unique<CTagHeaderBlock>(m_parser, this);
-    source.ExtractBlock(header.get(), tag.first, tag.last);
-    return header;
+    header.emplace(m_parser, this);
+    source.ExtractBlock(&*header, tag.first, tag.last);
 }

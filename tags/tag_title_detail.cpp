@@ -1,8 +1,5 @@
 #include "tags/tag_title_detail.h"
 
-#include "preprocessor/preprocessor.h"
-#include "preprocessor/text_span_detail.h"
-
 #include <string_view>
 
 using namespace text_detail;
@@ -12,14 +9,21 @@ namespace
 
 constexpr std::wstring_view NameOption = L"name";
 
-/// The quoted text at `at`; `at` moves behind it when there is one.
-wxString TakeQuoted(const wchar_t*& at, const wchar_t* end)
+/// The quoted text at `at`, without its quotes; `at` moves behind it when there is one. The first same quote ends it.
+Span TakeQuoted(const wchar_t*& at, const wchar_t* end)
 {
-    return CPreprocessor::ExtractString(at, end, &at, false);
+    if (at == end || !IsQuote(*at))
+        return {at, at};
+    const wchar_t* const inside = at + 1;
+    const wchar_t* const close = FindChar(inside, end, *at);
+    if (close == end)
+        return {at, at};
+    at = close + 1;
+    return {inside, close};
 }
 
 /// Takes the "=" behind the type, and the name behind that.
-bool TakeName(const wchar_t*& at, const wchar_t* end, wxString& name)
+bool TakeName(const wchar_t*& at, const wchar_t* end, Span& name)
 {
     const wchar_t* const equals = SkipBlanks(at, end);
     if (equals == end || *equals != L'=')
@@ -30,7 +34,7 @@ bool TakeName(const wchar_t*& at, const wchar_t* end, wxString& name)
 }
 
 /// Takes a name that is written as the option "name", with blanks around "=" as options may have them.
-bool TakeNameOption(const wchar_t*& at, const wchar_t* end, wxString& name)
+bool TakeNameOption(const wchar_t*& at, const wchar_t* end, Span& name)
 {
     const wchar_t* const word = SkipBlanks(at, end);
     const wchar_t* const wordEnd = SkipWord(word, end);
@@ -41,7 +45,7 @@ bool TakeNameOption(const wchar_t*& at, const wchar_t* end, wxString& name)
         return false;
     const wchar_t* behind = SkipBlanks(equals + 1, end);
     name = TakeQuoted(behind, end);
-    if (name.empty())
+    if (name.Length() == 0)
         return false;
     at = behind;
     return true;
@@ -49,20 +53,15 @@ bool TakeNameOption(const wchar_t*& at, const wchar_t* end, wxString& name)
 
 } // namespace
 
-TagTitle ReadTagTitle(const wxString& line, const wxString& beginTag)
+TagTitle ReadTagTitle(const Span& line, const wxString& beginTag)
 {
-    TagTitle title;
-    const Span text(line);
-    const wchar_t* at = text.begin;
-    if (line.StartsWith(beginTag))
-        at += beginTag.length();
-    title.closes = at != text.end && *at == L'/';
-    if (title.closes)
+    const Span tag(beginTag);
+    const wchar_t* at = line.StartsWith(tag) ? line.begin + tag.Length() : line.begin;
+    const bool closes = at != line.end && *at == L'/';
+    if (closes)
         ++at;
-    const wchar_t* const typeEnd = SkipWord(at, text.end);
-    title.type = Copy(at, typeEnd);
-    at = typeEnd;
-    title.isNamed = TakeName(at, text.end, title.name) || TakeNameOption(at, text.end, title.name);
-    title.rest = Copy(at, text.end);
+    const wchar_t* const typeEnd = SkipWord(at, line.end);
+    TagTitle title{closes, {at, typeEnd}, false, {typeEnd, typeEnd}, typeEnd};
+    title.isNamed = TakeName(title.behind, line.end, title.name) || TakeNameOption(title.behind, line.end, title.name);
     return title;
 }

@@ -73,6 +73,25 @@ TEST(OptionTest, ALaterOptionReplacesTheValueAndKeepsThePlace)
     EXPECT_EQ((Pairs{{"a", ""}}), Extracted("a=1 a"));
 }
 
+TEST(OptionTest, ManyOptionsKeepTheirOrderAndAreFound)
+{
+    COption option;
+    for (int i = 0; i < 30; ++i) {
+        option.ExtractOption(wxString::Format("n%d=old n%d=%d", i, i / 2, i));
+        wxString value;
+        ASSERT_TRUE(option.Get(wxString::Format("n%d", i / 2), value));
+        EXPECT_EQ(wxString::Format("%d", i), value);
+        EXPECT_FALSE(option.Get(wxString::Format("n%d", i + 1), value));
+    }
+    CHashStringToString::const_iterator it;
+    int seen = 0;
+    for (bool more = option.First(it); more; more = option.Next(it), ++seen) {
+        EXPECT_EQ(wxString::Format("n%d", seen), it->first);
+        EXPECT_EQ(seen < 15 ? wxString::Format("%d", 2 * seen + 1) : wxString("old"), it->second);
+    }
+    EXPECT_EQ(30, seen);
+}
+
 TEST(OptionTest, ExtractOptionAddsToWhatIsThere)
 {
     COption option;
