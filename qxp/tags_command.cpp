@@ -26,12 +26,12 @@ struct TagsOptions
     bool content = false;
 };
 
-/// A parser that lives until the process ends.
-CTagParser& NewParser(const TagsOptions& options)
+/// A parser that is never destroyed: to take a large tree apart takes a fifth of a run, and the process ends anyway.
+CTagParser& NewParser(CPreprocessor& preprocessor, const TagsOptions& options)
 {
-    static CPreprocessor* const preprocessor = new CPreprocessor(nullptr, true);
-    static CTagParser* const parser =
-        new CTagParser(preprocessor, FromSystemName(options.begin).wc_str(), FromSystemName(options.end).wc_str());
+    const wxString begin = FromSystemName(options.begin);
+    const wxString end = FromSystemName(options.end);
+    static auto* const parser = new CTagParser(&preprocessor, begin.wc_str(), end.wc_str());
     return *parser;
 }
 
@@ -50,8 +50,8 @@ private:
 
     const TagsOptions& m_options;
     Diagnostics m_diagnostics;
-    /// Never taken apart: a large tree takes a fifth of the run for that, and the process ends anyway.
-    CTagParser& m_parser = NewParser(m_options);
+    CPreprocessor m_pp{nullptr, true};
+    CTagParser& m_parser = NewParser(m_pp, m_options);
     std::string m_text;
 };
 
@@ -61,8 +61,8 @@ bool TagsRun::Read()
     if (!SetUpParser(m_options.parser, m_parser, m_diagnostics))
         return false;
     if (!m_options.preprocess)
-        m_parser.GetPP()->Desactivate();
-    CDir dir = m_parser.GetPP()->GetDir();
+        m_pp.Desactivate();
+    CDir dir = m_pp.GetDir();
     if (!ReadInput(m_options.file, dir, text, m_diagnostics))
         return false;
     if (m_parser.Parse(text, InputName(m_options.file), nullptr, false) == 0 &&
