@@ -32,6 +32,12 @@ private:
     const Value m_before;
 };
 
+/// A quote is the boundary of a string, wherever it stands, so what begins with one is never found.
+bool CanBeFound(const Span& tag)
+{
+    return tag.Length() != 0 && !IsQuote(*tag.begin);
+}
+
 /// Whether `what` stands at `at`, which is not behind the end of the line.
 bool HasAt(const wxString& line, size_t at, const wxString& what)
 {
@@ -133,7 +139,7 @@ bool CTagBlock::FindBeginTag(int& unit, size_t& at) const
 {
     const Span tag(GetCurrentBeginTag());
     const int count = static_cast<int>(GetCount());
-    if (tag.Length() == 0 || IsQuote(*tag.begin)) // a quote is the boundary of a string, wherever it stands
+    if (!CanBeFound(tag))
         unit = count;
     for (unit = std::max(unit, 0); unit < count; ++unit) {
         const CParserUnit* const current = m_units[unit];
@@ -168,7 +174,7 @@ bool CTagBlock::FindEndTag(int& unit, size_t& at) const
         at += GetCurrentBeginTag().length();
     const int opening = unit;
     auto found = static_cast<int>(at);
-    if (!CPreprocessor::Find(this, unit, found, tag))
+    if (!CanBeFound(Span(tag)) || !CPreprocessor::Find(this, unit, found, tag))
         return false;
     at = static_cast<size_t>(found) + (unit == opening ? at : 0);
     return true;

@@ -84,16 +84,13 @@ TEST_F(TagReadingTest, ABeginAndEndTagMayBeLonger)
     EXPECT_EQ("k=1", OptionsOf(*bench.Outermost().GetSubBlock(0)));
 }
 
-TEST_F(TagReadingTest, ABeginTagThatIsABoundaryOfStringsIsNeverFound)
+TEST_F(TagReadingTest, TagsThatAreEmptyOrBeginWithAQuoteAreNeverFound)
 {
-    TagBench bench(L"\"", L">");
-    EXPECT_EQ("", bench.Read("\"a/>\n"));
-}
-
-TEST_F(TagReadingTest, AnEmptyBeginTagIsNeverFound)
-{
-    TagBench bench(L"", L">");
-    EXPECT_EQ("", bench.Read("a/>\n"));
+    EXPECT_EQ("", TagBench(L"\"", L">").Read("\"a/>\n"));
+    EXPECT_EQ("", TagBench(L"", L">").Read("a/>\n"));
+    const std::string notEnded = Failure("Tag not ended (started in file \"main.txt\" line 1 !)", 1, "main.txt", -2);
+    EXPECT_EQ(notEnded, TagBench(L"<", L"'").Read("<a/'"));
+    EXPECT_EQ(notEnded, TagBench(L"<", L"").Read("<a/"));
 }
 
 // --- Several tags on a line ---
