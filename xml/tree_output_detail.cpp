@@ -96,14 +96,16 @@ public:
         m_keepsAscii = KeepsAscii(encoding);
     }
 
-    /// Whether the bytes of a text are those of its parts.
+    /// Whether the bytes of a text are those of its parts: no mark is put before the first, and no sequence switches to
+    /// another set of characters.
     static bool IsStateless(const wxString& encoding)
     {
         const wxCSConv converter(encoding);
         std::string parts;
         for (const wxChar* const part : {wxS("<"), wxS("+"), wxS(">")})
             parts += BytesOf(part, converter);
-        return parts.length() > 2 && parts == BytesOf(wxS("<+>"), wxCSConv(encoding));
+        const auto size = [&] { return converter.FromWChar(nullptr, 0, L"\u65e5", 1); };
+        return size() == size() && parts == BytesOf(wxS("<+>"), wxCSConv(encoding));
     }
 
     bool Put(const wchar_t* text, size_t size, Escapes escapes) override
@@ -131,8 +133,8 @@ private:
     static bool KeepsAscii(const wxString& encoding)
     {
         std::string ascii;
-        for (char c = 1; c > 0 && c < 0x7f; ++c)
-            ascii += c;
+        for (int c = 1; c < 0x80; ++c)
+            ascii += static_cast<char>(c);
         return BytesOf(wxString::FromAscii(ascii.data(), ascii.size()), wxCSConv(encoding)) == ascii;
     }
 
@@ -148,9 +150,7 @@ private:
         if (m_escaped.empty())
             return true;
         const std::string bytes = BytesOf(m_escaped, m_converter);
-        const bool shifts =
-            m_keepsAscii && std::all_of(bytes.begin(), bytes.end(), [](char c) { return (c & 0x80) == 0; });
-        if (bytes.empty() || shifts)
+        if (bytes.empty())
             return false;
         m_blocks.Append(bytes);
         return true;

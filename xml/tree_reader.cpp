@@ -16,6 +16,9 @@
 #include <string>
 #include <string_view>
 
+/// Only parsers that put off looking again at a long token, until there is much more of it, have this function.
+extern "C" [[gnu::weak]] XML_Bool XML_SetReparseDeferralEnabled(XML_Parser parser, XML_Bool enabled);
+
 namespace xml_detail
 {
 
@@ -27,8 +30,8 @@ namespace
 constexpr size_t pieceSize = 1024;
 constexpr size_t blockSize = 64 * pieceSize;
 
-/// The size from which on a token is no longer looked at again for each piece of it.
-constexpr size_t longToken = 64 * 1024;
+/// How often the bytes of a document are looked at again, on average, before that is put off.
+constexpr unsigned long long mostSeenAgain = 64;
 
 /// What default values of attributes may add to a document: as much as entities may.
 constexpr unsigned long long defaultsAllowed = 8 << 20;
@@ -125,7 +128,7 @@ private:
     const wxString& Decode(const XML_Char* text, size_t size, wxString& into);
     const wxString& Decode(const XML_Char* text, wxString& into) { return Decode(text, std::strlen(text), into); }
 
-    bool HasFailed() const { return !m_problem.message.empty(); }
+    bool HasFailed() const { return m_outOfMemory || !m_problem.message.empty(); }
     ReadProblem ProblemHere(const wxString& message) const;
     void Fail(const ReadProblem& problem);
     void Fail(const wxString& message) { Fail(ProblemHere(message)); }
@@ -142,7 +145,8 @@ private:
             try {
                 (reader.*Function)(arguments...);
             } catch (const std::bad_alloc&) {
-                reader.Fail(wxS("out of memory"));
+                reader.m_outOfMemory = true;
+                XML_StopParser(reader.m_parser.get(), XML_FALSE);
             }
         }
     };
@@ -152,6 +156,7 @@ private:
     const bool m_keepBlanks;
     const unsigned int m_maxDepth;
     ReadProblem m_problem;
+    bool m_outOfMemory = false;
 
     std::unique_ptr<wxXmlNode, DeleteNodes> m_tree;
     std::unique_ptr<XML_ParserStruct, FreeParser> m_parser;
@@ -175,6 +180,7 @@ private:
 
     std::string m_held; ///< pieces that belong to a token whose end is not in sight
     unsigned long long m_fed = 0;
+    unsigned long long m_seenAgain = 0;
 
     WideBuffer m_wide;
     wxString m_first;
@@ -236,17 +242,20 @@ bool TreeReader::FeedBlock(const char* block, size_t size, bool last)
     return !last || FeedPiece(block + at, size - at, true);
 }
 
-/// The parser starts a token that it has not seen the end of again with each piece, which takes quadratic time for long
-/// ones. So pieces without any end of a token, and later so many that the size of the token doubles, are held back.
+/// Parsers of old start a token that they have not seen the end of again with each piece, which takes quadratic time
+/// for long ones. For them pieces that cannot end a token are held back, and others too when too much was looked at
+/// again already. Newer ones put it off by themselves, at places that depend on the pieces.
 bool TreeReader::FeedPiece(const char* piece, size_t size, bool last)
 {
     const unsigned long long pending = m_fed - static_cast<unsigned long long>(XML_GetCurrentByteIndex(m_parser.get()));
-    if (m_held.empty() && (last || pending < pieceSize))
+    if (XML_SetReparseDeferralEnabled || (m_held.empty() && (last || pending < pieceSize)))
         return Parse(piece, size, last);
     m_held.append(piece, size);
-    const bool mayEnd = std::memchr(piece, '>', size) != nullptr;
-    if (!last && (!mayEnd || (pending > longToken && m_held.size() < pending)))
+    const bool affordable = m_seenAgain + pending <= mostSeenAgain * (m_fed + m_held.size());
+    const bool mayEnd = affordable && std::memchr(piece, '>', size);
+    if (!last && !mayEnd && m_held.size() < std::max<unsigned long long>(pending, blockSize))
         return true;
+    m_seenAgain += pending;
     const std::string bytes = std::move(m_held);
     m_held.clear();
     return Parse(bytes.data(), bytes.size(), last);
@@ -257,6 +266,8 @@ bool TreeReader::Parse(const char* bytes, size_t size, bool last)
     m_fed += size;
     if (XML_Parse(m_parser.get(), bytes, static_cast<int>(size), last) == XML_STATUS_OK)
         return true;
+    if (m_outOfMemory)
+        throw std::bad_alloc();
     if (!HasFailed())
         Fail(wxString::FromAscii(XML_ErrorString(XML_GetErrorCode(m_parser.get()))));
     return false;

@@ -351,15 +351,18 @@ TEST(tree_reader, takes_time_in_proportion_to_the_length)
     }
 }
 
-TEST(tree_reader, keeps_the_white_space_rule_behind_long_tokens)
+TEST(tree_reader, drops_the_same_white_space_behind_long_tokens)
 {
-    for (const size_t size : {1000, 5000, 70'000, 200'000}) {
-        const std::string texts[] = {
-            "<a b='" + std::string(size, 'x') + "'>    \n    text</a>",
-            "<a><!--" + Repeat("> ", size / 2) + "-->      text</a>",
+    for (size_t size = 500; size < 300'000; size += size / 5) {
+        const std::string tokens[] = {
+            "<a b='" + std::string(size, 'x') + "'>",
+            "<a><!--" + std::string(size, 'x') + "-->",
+            "<a><!--" + std::string(std::min<size_t>(size, 40'000), '>') + "-->",
         };
-        for (const std::string& text : texts)
-            EXPECT_EQ(Describe(*ReadOurs(text).document), Describe(*ReadPlain(text).document));
+        for (const std::string& token : tokens) {
+            const std::string text = token + std::string(6000, ' ') + "text</a>";
+            EXPECT_EQ(Describe(*ReadOurs(text).document), Describe(*ReadPlain(text).document)) << size;
+        }
     }
 }
 
