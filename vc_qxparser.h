@@ -29,5 +29,6 @@
 #include "tags/tag_block.h"
 #include "tags/tag_header_block.h"
 #include "tags/tag_parser.h"
+#include "xml/xml_config.h"
 #include "xml/xml_document.h"
 #include "xml/xml_node.h"

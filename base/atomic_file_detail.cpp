@@ -19,17 +19,6 @@ constexpr int mostLinks = 40;
 
 constexpr int mostDraftNames = 100;
 
-std::string DirectoryOf(const std::string& path)
-{
-    const size_t slash = path.rfind('/');
-    return slash == std::string::npos ? "./" : path.substr(0, slash + 1);
-}
-
-std::string NameOf(const std::string& path)
-{
-    return path.substr(path.rfind('/') + 1);
-}
-
 /// Replaces `path` by what the link there says; false when it is no link.
 bool FollowOneLink(std::string& path)
 {
@@ -53,17 +42,6 @@ std::string DescriptorPath(int fd)
     return "/proc/self/fd/" + std::to_string(fd);
 }
 
-/// A name that tells nothing of the target's, so that it fits wherever the target's does.
-std::string RandomDraftName()
-{
-    uint64_t number = 0;
-    if (::getrandom(&number, sizeof(number), 0) != sizeof(number))
-        number = static_cast<uint64_t>(::getpid());
-    char name[32];
-    std::snprintf(name, sizeof(name), ".vcq-%016llx.tmp", static_cast<unsigned long long>(number));
-    return name;
-}
-
 /// Whether the file there may be written, and the permissions that the draft may have at most: while it is written it
 /// is never open to more people than the file that it will replace.
 bool MayReplace(const std::string& target, mode_t& mode)
@@ -77,6 +55,27 @@ bool MayReplace(const std::string& target, mode_t& mode)
 }
 
 } // namespace
+
+std::string DirectoryOf(const std::string& path)
+{
+    const size_t slash = path.rfind('/');
+    return slash == std::string::npos ? "./" : path.substr(0, slash + 1);
+}
+
+std::string NameOf(const std::string& path)
+{
+    return path.substr(path.rfind('/') + 1);
+}
+
+std::string RandomDraftName()
+{
+    uint64_t number = 0;
+    if (::getrandom(&number, sizeof(number), 0) != sizeof(number))
+        number = static_cast<uint64_t>(::getpid());
+    char name[32];
+    std::snprintf(name, sizeof(name), ".vcq-%016llx.tmp", static_cast<unsigned long long>(number));
+    return name;
+}
 
 TargetKind FollowLinks(std::string& path)
 {

@@ -63,6 +63,13 @@ enum class TargetKind
     refused  ///< a directory, or no way there; errno says why
 };
 
+/// The directory part of a path, with the slash at its end, and what is behind it.
+std::string DirectoryOf(const std::string& path);
+std::string NameOf(const std::string& path);
+
+/// A name that tells nothing of the target's, so that it fits wherever the target's does.
+std::string RandomDraftName();
+
 /// Follows the links at the end of `path` and stores where they lead, for a file that need not exist yet.
 TargetKind FollowLinks(std::string& path);
 

@@ -2,13 +2,16 @@
 
 #include "base/archive_detail.h"
 #include "base/atomic_file_detail.h"
+#include "base/backup_detail.h"
 #include "base/encoding_detail.h"
 #include "base/file_state_detail.h"
 #include "base/network_detail.h"
 #include "base/path_detail.h"
 #include "base/text_encoding.h"
 
-#include <cstdio>
+#include <cerrno>
+#include <climits>
+#include <cstdlib>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -189,6 +192,39 @@ bool CDir::RenameFile(const wxString& from, const wxString& to)
     if (!PathOf(from, oldPath) || !PathOf(to, newPath))
         return false;
     return ::rename(oldPath.c_str(), newPath.c_str()) == 0;
+}
+
+bool CDir::BackUpFile(const wxString& name, const wxString& backup)
+{
+    std::string from;
+    std::string to;
+    return PathOf(name, from) && PathOf(backup, to) && BackUp(from, to);
+}
+
+CDir::eFound CDir::FindFile(const wxString& name) const
+{
+    std::string path;
+    struct stat info;
+    if (!PathOf(name, path))
+        return foundNothing;
+    if (::stat(path.c_str(), &info) == 0)
+        return S_ISREG(info.st_mode) ? foundFile : foundOther;
+    return errno == ENOENT || errno == ENOTDIR ? foundNothing : foundOther;
+}
+
+wxString CDir::GetRealPath(const wxString& name) const
+{
+    std::string path;
+    if (!PathOf(name, path))
+        return wxString();
+    FollowLinks(path);
+    char real[PATH_MAX];
+    if (::realpath(path.c_str(), real) != nullptr)
+        return FromSystemName(real);
+    const std::string directory = DirectoryOf(path);
+    if (::realpath(directory.c_str(), real) != nullptr)
+        return FromSystemName(JoinPath(real, NameOf(path)));
+    return FromSystemName(NormalPath(path));
 }
 
 void CDir::SetAutoFileCode(eCode code)

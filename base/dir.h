@@ -67,6 +67,25 @@ public:
     /// Gives the file `from` the name `to` in one step, replacing a file of that name. False when nothing has changed.
     bool RenameFile(const wxString& from, const wxString& to);
 
+    /// Gives what the file `name` holds the name `backup` as well, in one step, replacing a file of that name; `name`
+    /// is there all the time, whatever happens. Until `name` gets a new content by CreateFileW the two may be one file.
+    /// The backup has the permissions of the file. False, with nothing changed, when `name` is no regular file, and
+    /// when it fails.
+    bool BackUpFile(const wxString& name, const wxString& backup);
+
+    /// What there is under a name, links followed. Not for archives and network locations.
+    enum eFound
+    {
+        foundNothing, ///< certainly nothing
+        foundFile,    ///< a regular file
+        foundOther    ///< a directory, a device, a pipe; and when the system does not say
+    };
+    eFound FindFile(const wxString& name) const;
+
+    /// The path that `name` has when all symbolic links are followed: the same by whatever way one gets to the file. It
+    /// need not exist. Empty for what is no name of a file.
+    wxString GetRealPath(const wxString& name) const;
+
     /// How the texts of the files that are opened from now on are read. Writing is in bytes and does not change.
     void SetAutoFileCode(eCode code);
 

@@ -29,6 +29,7 @@ struct ScriptOptions
     CommonOptions common;
     std::vector<std::string> texts; ///< Given with -e.
     std::vector<std::string> roots;
+    std::string config; ///< The file of a configuration store; empty for none.
     bool interactive = false;
     double timeLimit = 0;   ///< In seconds; 0 for none.
     double memoryLimit = 0; ///< In MiB; 0 for none.
@@ -47,6 +48,7 @@ public:
 private:
     bool SetUp();
     void DefineArguments();
+    void LoadConfig();
     bool RunTexts();
     bool RunFile();
     bool ReadText(wxString& text);
@@ -55,6 +57,7 @@ private:
     ScriptLog m_log;
     qxjsMinimal m_global;
     CJScript m_script{nullptr};
+    std::unique_ptr<CXmlConfig> m_config;
 };
 
 bool ScriptRun::SetUp()
@@ -65,7 +68,18 @@ bool ScriptRun::SetUp()
     if (!m_script.SetGlobal(m_global.GetJSLink(), wxS("Global")))
         return false;
     DefineArguments();
+    if (!m_options.config.empty())
+        LoadConfig();
     return true;
+}
+
+void ScriptRun::LoadConfig()
+{
+    const wxString path = FromSystemName(m_options.config);
+    const wxString directory = path.Contains(wxS('/')) ? path.BeforeLast(wxS('/')) + wxS('/') : wxString();
+    m_config = std::make_unique<CXmlConfig>(&m_script, wxS("Config"), m_global.GetJSLink(), CDir(directory),
+                                            path.AfterLast(wxS('/')), true);
+    m_config->LoadFile();
 }
 
 void ScriptRun::DefineArguments()
@@ -142,6 +156,12 @@ std::string BindRoot(const std::string& text)
     return !directory.empty() && CDir::SetRoot(name, directory) ? "" : "NAME=DIR expected: " + text;
 }
 
+/// A text for CLI11 when it is no name of a file.
+std::string CheckFileName(const std::string& text)
+{
+    return text.empty() || text.back() == '/' ? "FILE expected: " + text : "";
+}
+
 /// Reads a limit, whatever the locale; a text for CLI11 when it is none.
 std::string ReadLimit(const std::string& text, double& limit)
 {
@@ -191,6 +211,9 @@ const CLI::App& AddScriptCommand(CLI::App& app, std::function<int()>& run, const
         ->type_name("TEXT")
         ->allow_extra_args(false);
     command->add_flag("-i,--interactive", options->interactive, "Read, evaluate, print; the default on a terminal");
+    command->add_option("--config", options->config, "Load a configuration store, the object Config")
+        ->type_name("FILE")
+        ->check(CheckFileName);
     command->add_option("--root", options->roots, "Bind a named root directory (repeatable)")
         ->type_name("NAME=DIR")
         ->allow_extra_args(false)

@@ -44,11 +44,26 @@ const CJSWindowEvents* LoadWindowEvents()
     return windowEvents;
 }
 
+const CJSWindowEvents* WindowEvents()
+{
+    return windowEvents ? windowEvents.load() : LoadWindowEvents();
+}
+
 } // namespace
 
 void SetWindowEvents(const CJSWindowEvents* events)
 {
     windowEvents = events;
+}
+
+bool GetWindowName(const wxObject* object, wxString& name)
+{
+    if (!object || !IsWindowClass(object->GetClassInfo()))
+        return false;
+    const CJSWindowEvents* const events = WindowEvents();
+    if (events)
+        name = events->name(object);
+    return events != nullptr;
 }
 
 void CJScriptLink::InitEvtHandler(bool push)
@@ -57,7 +72,7 @@ void CJScriptLink::InitEvtHandler(bool push)
         return;
     if (push && !IsWindowClass(m_owner->GetClassInfo()))
         return;
-    const CJSWindowEvents* const events = windowEvents ? windowEvents.load() : LoadWindowEvents();
+    const CJSWindowEvents* const events = WindowEvents();
     if (!events)
         return;
     m_isEventHandler = push;

@@ -35,7 +35,12 @@ void Pop(wxObject* object, CJScriptLink* link)
         window->RemoveEventHandler(link);
 }
 
-constexpr CJSWindowEvents WindowEvents{&Push, &Pop};
+wxString Name(const wxObject* window)
+{
+    return static_cast<const wxWindow*>(window)->GetName();
+}
+
+constexpr CJSWindowEvents WindowEvents{&Push, &Pop, &Name};
 
 /// Loading the library registers it, by whatever means it is loaded.
 struct Registration

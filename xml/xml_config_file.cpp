@@ -1,0 +1,229 @@
+#include "script/script.h"
+#include "xml/xml_config.h"
+#include "xml/xml_config_detail.h"
+#include "xml/xml_well_formed_detail.h"
+
+#include <wx/log.h>
+#include <wx/xml/xml.h>
+
+#include <array>
+
+namespace
+{
+
+constexpr wxLogLevel SaveFailureLevel = wxLOG_User + 1;
+
+constexpr const wchar_t* ServerRoot = L"SERVERCFG";
+constexpr const wchar_t* BackupSuffix = L".old";
+constexpr const wchar_t* KeptSuffix = L".kept";
+constexpr const wchar_t* Encoding = L"UTF-8";
+
+/// Collects what is written.
+class BytesStream : public wxOutputStream
+{
+public:
+    std::string bytes;
+
+protected:
+    size_t OnSysWrite(const void* from, size_t size) override
+    {
+        bytes.append(static_cast<const char*>(from), size);
+        return size;
+    }
+};
+
+bool WriteBytes(const CFile& file, const std::string& bytes)
+{
+    wxOutputStream* const stream = file.GetOutputStream();
+    return stream && stream->WriteAll(bytes.data(), bytes.size());
+}
+
+/// False, with an error in the log.
+bool ReportUnwritten(const CDir& dir, const wxString& name)
+{
+    wxLogError(wxS("'%s' cannot be written in '%s'"), name, dir.GetFullPath());
+    return false;
+}
+
+/// Whether there is a file of this name that can be loaded.
+bool IsXmlFile(CDir& dir, const wxString& name, unsigned int maxDepth)
+{
+    if (dir.FindFile(name) != CDir::foundFile)
+        return false;
+    const CFile file = dir.OpenFile(name, wxFile::read);
+    wxInputStream* const stream = file.GetInputStream();
+    xml_detail::WellFormedCheck check(maxDepth);
+    std::array<char, 64 * 1024> buffer;
+    while (stream && stream->Read(buffer.data(), buffer.size()).LastRead() > 0)
+        check.Add(buffer.data(), stream->LastRead());
+    return stream && stream->Eof() && check.Finish();
+}
+
+} // namespace
+
+/// The locks of an operation on the file. IsLocked is false when that of the file cannot be had.
+class CXmlConfig::FileLocks : private Locks
+{
+public:
+    FileLocks(CXmlConfig& config, bool critical) : Locks(config, critical), m_file(config.m_mutex)
+    {
+        if (!m_file.IsLocked())
+            wxLogError(wxS("'%s' cannot be locked"), config.m_fileName);
+    }
+
+    bool IsLocked() const { return m_file.IsLocked(); }
+
+private:
+    CMutexNamedLocker m_file;
+};
+
+CDir CXmlConfig::Directory() const
+{
+    CDir dir = m_directory;
+    if (m_fileCode)
+        dir.SetAutoFileCode(CDir::codeUtf8);
+    return dir;
+}
+
+CFile CXmlConfig::OpenToLoad()
+{
+    std::array<CDir, 2> directories{Directory(), CDir::GetRoot(ServerRoot)};
+    directories[1].SetAutoFileCode(CDir::codeUtf8);
+    m_passedOver = false;
+    for (CDir& dir : directories) {
+        for (const wxString& name : {m_fileName, m_fileName + BackupSuffix}) {
+            const CFile file = dir.OpenFile(name, wxFile::read);
+            if (file.IsOpened())
+                return file;
+            m_passedOver = m_passedOver || dir.FindFile(name) != CDir::foundNothing;
+        }
+    }
+    return CFile();
+}
+
+/// Makes the tree what the file holds, or an empty one.
+void CXmlConfig::LoadTree(const CFile& file)
+{
+    Clear();
+    wxInputStream* const stream = file.GetInputStream();
+    m_loaded = stream && Load(*stream, Encoding, wxXMLDOC_NONE);
+    if (!m_loaded)
+        CreateEmtyConfig();
+}
+
+void CXmlConfig::LoadFile()
+{
+    if (Refuses(Activity::Loading, wxS("LoadFile")))
+        return;
+    // Also without the file's lock: files are replaced in one step, so what is read is complete.
+    const FileLocks locks(*this, false);
+    CFile file = OpenToLoad();
+    LoadTree(file);
+    m_passedOver = m_passedOver || (file.IsOpened() && !m_loaded);
+    file.Close();
+    if (m_loaded)
+        LoadAll();
+}
+
+void CXmlConfig::LoadFile(const CFile& file)
+{
+    if (Refuses(Activity::Loading, wxS("LoadFile")))
+        return;
+    const FileLocks locks(*this, false);
+    LoadTree(file);
+    if (m_loaded)
+        LoadAll();
+}
+
+bool CXmlConfig::StoreForSave()
+{
+    if (Refuses(Activity::Storing, wxS("SaveFile")))
+        return false;
+    if (StoreAll())
+        return true;
+    wxLogGeneric(SaveFailureLevel, wxS("CXmlConfig::SaveFile() Failed!"));
+    return false;
+}
+
+/// The tree as a file holds it. False when it cannot be written, or when what is written could not be read.
+bool CXmlConfig::Serialise(std::string& bytes)
+{
+    BytesStream stream;
+    if (!Save(stream))
+        return false;
+    xml_detail::WellFormedCheck check(GetMaxDepth());
+    check.Add(stream.bytes.data(), stream.bytes.size());
+    bytes = std::move(stream.bytes);
+    if (check.Finish())
+        return true;
+    wxLogError(wxS("'%s' is not saved, it could not be loaded again: %s"), m_fileName, check.Message());
+    return false;
+}
+
+/// Makes the file the backup. A file that is damaged may be so because somebody has edited it: it is worth keeping, but
+/// not instead of a good backup.
+bool CXmlConfig::ReplaceBackup(CDir& dir) const
+{
+    const wxString backup = m_fileName + BackupSuffix;
+    const wxString kept = m_fileName + KeptSuffix;
+    if (!IsXmlFile(dir, m_fileName, GetMaxDepth()) && IsXmlFile(dir, backup, GetMaxDepth())) {
+        if (!dir.BackUpFile(backup, kept))
+            return false;
+        wxLogWarning(wxS("'%s' is damaged; its good backup is kept as '%s'"), m_fileName, kept);
+    }
+    return dir.BackUpFile(m_fileName, backup);
+}
+
+/// Makes the tree the file's content, with the lock held.
+bool CXmlConfig::ReplaceFile(bool createFlag)
+{
+    std::string bytes;
+    if (!Serialise(bytes))
+        return false;
+    CDir dir = Directory();
+    const bool exists = dir.FindFile(m_fileName) != CDir::foundNothing;
+    // Written before the backup step, so that most of what can fail does so while nothing has changed yet.
+    CFile file = dir.CreateFileW(m_fileName, exists || createFlag);
+    const bool written = WriteBytes(file, bytes);
+    if (!written || (exists && !ReplaceBackup(dir) && !createFlag) || !file.Close())
+        return ReportUnwritten(dir, m_fileName);
+    if (!exists)
+        dir.DeleteFileW(m_fileName + BackupSuffix);
+    return true;
+}
+
+bool CXmlConfig::SaveFile(bool createFlag)
+{
+    if (!StoreForSave())
+        return false;
+    const FileLocks locks(*this, true);
+    return locks.IsLocked() && ReplaceFile(createFlag);
+}
+
+bool CXmlConfig::SaveFile(CDir& dir, const wxString& name, bool createFlag)
+{
+    if (!StoreForSave())
+        return false;
+    const FileLocks locks(*this, true);
+    std::string bytes;
+    if (!locks.IsLocked() || !Serialise(bytes))
+        return false;
+    CDir target = dir;
+    if (m_fileCode)
+        target.SetAutoFileCode(CDir::codeUtf8);
+    CFile file = target.CreateFileW(name, createFlag);
+    return (WriteBytes(file, bytes) && file.Close()) || ReportUnwritten(target, name);
+}
+
+bool CXmlConfig::UpdateFile(const std::function<bool(CXmlConfig& config)>& change)
+{
+    if (m_activity != Activity::None) {
+        Refuses(m_activity, wxS("UpdateFile"));
+        return false;
+    }
+    const FileLocks locks(*this, true);
+    if (!locks.IsLocked())
+        return false;
+    LoadFile();
+    return !m_passedOver && change(*this) && SaveFile(true);
+}
