@@ -149,6 +149,9 @@ bool CXmlConfig::StoreForSave()
 bool CXmlConfig::Serialise(std::string& bytes)
 {
     BytesStream stream;
+    // A file that was read in another encoding may not be able to hold what has been added.
+    if (GetTree())
+        GetTree()->SetFileEncoding(Encoding);
     if (!Save(stream))
         return false;
     xml_detail::WellFormedCheck check(GetMaxDepth());

@@ -127,6 +127,9 @@ protected:
     /// For a scriptable class derived from this one.
     CXmlDocument(CJScript* script, const wxString& name, CJScriptLink* parent, CJScriptLinkClass* cls);
 
+    /// The tree itself, for what concerns it as a whole; null without one.
+    wxXmlDocument* GetTree() const { return m_tree.get(); }
+
 private:
     friend class CXmlNode;
 
