@@ -81,6 +81,13 @@ public:
     /// @param createFlag whether a file there may be replaced.
     bool SaveFile(CDir& dir, const wxString& name, bool createFlag);
 
+    /// Saves with what a side file adds, which is named like the file with "_tmp" behind it and is loaded as LoadFile
+    /// does: its tree is merged into this one by MergeXML, and the side file stays as it is.
+    /// @param storeFirst whether objects are stored before.
+    /// @param keepExisting whether attributes that are there keep their values.
+    /// @return false as for SaveFile, and when the root elements have different names; nothing is written then.
+    bool MergeSaveFile(bool storeFirst, bool keepExisting, bool createFlag);
+
     /// Loads the file, has `change` work on objects or nodes, and saves, with nobody in between: what any number of
     /// processes change in this way adds up. What was not saved before is lost, as by any load.
     /// @param change returns false to save nothing.

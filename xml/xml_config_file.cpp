@@ -15,6 +15,7 @@ constexpr wxLogLevel SaveFailureLevel = wxLOG_User + 1;
 
 constexpr const wchar_t* ServerRoot = L"SERVERCFG";
 constexpr const wchar_t* BackupSuffix = L".old";
+constexpr const wchar_t* SideSuffix = L"_tmp";
 constexpr const wchar_t* KeptSuffix = L".kept";
 constexpr const wchar_t* Encoding = L"UTF-8";
 
@@ -216,6 +217,23 @@ bool CXmlConfig::SaveFile(CDir& dir, const wxString& name, bool createFlag)
         target.SetAutoFileCode(CDir::codeUtf8);
     CFile file = target.CreateFileW(name, createFlag);
     return (WriteBytes(file, bytes) && file.Close()) || ReportUnwritten(target, name);
+}
+
+bool CXmlConfig::MergeSaveFile(bool storeFirst, bool keepExisting, bool createFlag)
+{
+    if (storeFirst ? !StoreForSave() : Refuses(Activity::Storing, wxS("MergeSaveFile")))
+        return false;
+    const FileLocks locks(*this, true);
+    if (!locks.IsLocked())
+        return false;
+    {
+        CXmlConfig side(nullptr, m_fileName + SideSuffix, nullptr, m_directory, m_fileCode);
+        side.SetMaxDepth(GetMaxDepth());
+        side.LoadFile();
+        if (!MergeXML(&side, keepExisting))
+            return false;
+    }
+    return ReplaceFile(createFlag);
 }
 
 bool CXmlConfig::UpdateFile(const std::function<bool(CXmlConfig& config)>& change)

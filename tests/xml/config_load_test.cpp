@@ -88,6 +88,18 @@ TEST_F(ConfigLoadTest, AnEmptyFileIsADamagedOne)
     EXPECT_FALSE(config->IsLoaded());
 }
 
+TEST_F(ConfigLoadTest, ElementsNestedTooDeepDamageAFile)
+{
+    std::string deep;
+    for (int i = 0; i < 1001; ++i)
+        deep = "<e>" + deep + "</e>";
+    Put(deep);
+    config->SetMaxDepth(1000);
+    config->LoadFile();
+    EXPECT_EQ(RootName(), wxS("Config"));
+    EXPECT_FALSE(config->IsLoaded());
+}
+
 TEST_F(ConfigLoadTest, TheServersFileComesBehindTheOwnBackup)
 {
     Put(OneSection, "server/cfg.xml");
