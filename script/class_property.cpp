@@ -75,7 +75,7 @@ Stored Store(JSContext* cx, const Target& target, const JSMapEntry& entry, jsval
     constexpr bool isArray = std::is_same_v<Field, wxArrayInt> || std::is_same_v<Field, wxArrayString>;
     Field converted{};
     const bool isConverted = convert(cx, value, converted);
-    if (JS_GetPrivate(cx, target.object) != target.link)
+    if (!JSVAL_IS_PRIMITIVE(value) && JS_GetPrivate(cx, target.object) != target.link)
         return Stored::NoObject;
     if (isConverted || (isArray && !JSVAL_IS_PRIMITIVE(value) && JS_IsArrayObject(cx, JSVAL_TO_OBJECT(value))))
         WriteField<Field>(target.link, entry) = converted;
@@ -178,11 +178,9 @@ bool CJScriptLinkClass::GetEntryValue(JSContext* cx, JSMapEntry* entry, const CJ
         break;
     }
     case JSMapEntry::Integer:
-        *value = int_to_jsval(cx, ReadField<int>(link, *entry));
-        break;
+        return JS_NewDoubleValue(cx, ReadField<int>(link, *entry), value); // as int_to_jsval, a call less
     case JSMapEntry::Double:
-        *value = double_to_jsval(cx, ReadField<double>(link, *entry));
-        break;
+        return JS_NewDoubleValue(cx, ReadField<double>(link, *entry), value);
     case JSMapEntry::Text:
         wxLogTrace(TraceMask, wxS("Get Prop wxString =%s"), ReadField<wxString>(link, *entry));
         *value = wxString_to_jsval(cx, ReadField<wxString>(link, *entry));

@@ -258,12 +258,14 @@ void CJScriptLinkClass::RemoveFromScopeList(CJScriptLink* link)
 void CJScriptLinkClass::GCScopeList()
 {
     const wxThreadCriticalSectionLocker lock(CJScript::EngineLock());
+    auto& links = ScopeList();
+    if (links.empty())
+        return;
     // Contexts of a thread share objects, and a native below any running script may be using one that has no script
     // object (any more).
     if (CJScript::IsRunning())
         return;
     // Deleting an owner may run code that changes the list, so each round looks at it afresh.
-    auto& links = ScopeList();
     for (auto due = std::find_if(links.begin(), links.end(), IsDue); due != links.end();
          due = std::find_if(links.begin(), links.end(), IsDue)) {
         wxObject* const owner = due->link->GetRootObject();

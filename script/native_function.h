@@ -165,23 +165,38 @@ enum class WrongCount
     EndsScript ///< Without a message.
 };
 
+/// Whether converting the arguments may run script: only objects have conversions of their own.
+template <unsigned int Count> bool MayRunScript(const jsval* argv)
+{
+    for (unsigned int i = 0; i < Count; ++i) {
+        if (!JSVAL_IS_PRIMITIVE(argv[i]))
+            return true;
+    }
+    return false;
+}
+
 /// The native behind a method.
 template <auto Function, WrongCount Reaction = WrongCount::Throws>
 JSBool CallNative(JSContext* cx, JSObject* object, uintN argc, jsval* argv, jsval* rval)
 {
     using Traits = FunctionTraits<decltype(Function)>;
-    if (!JS_GetPrivate(cx, object))
-        return FailWithoutObject(cx, argv);
-    if (argc != Traits::count)
-        return Reaction == WrongCount::Throws && FailCount(cx, argv, argc, Traits::count);
-    using Positions = std::make_index_sequence<Traits::count>;
-    typename Traits::ArgumentTuple arguments;
-    if (!ConvertArguments(cx, argv, arguments, Positions()) || !RefreshPointers(cx, argv, arguments, Positions()))
-        return JS_FALSE;
-    // Only now: converting may have run script, and the native object may have gone meanwhile.
-    auto* const link = static_cast<CJScriptLink*>(JS_GetPrivate(cx, object));
+    auto* link = static_cast<CJScriptLink*>(JS_GetPrivate(cx, object));
     if (!link)
         return FailWithoutObject(cx, argv);
+    if (argc != Traits::count)
+        return Reaction == WrongCount::Throws ? FailCount(cx, argv, argc, Traits::count) : FailWithoutObject(cx, argv);
+    using Positions = std::make_index_sequence<Traits::count>;
+    typename Traits::ArgumentTuple arguments;
+    if (!ConvertArguments(cx, argv, arguments, Positions()))
+        return JS_FALSE;
+    if (MayRunScript<Traits::count>(argv)) {
+        if (!RefreshPointers(cx, argv, arguments, Positions()))
+            return JS_FALSE;
+        // The native object may have gone meanwhile.
+        link = static_cast<CJScriptLink*>(JS_GetPrivate(cx, object));
+        if (!link)
+            return FailWithoutObject(cx, argv);
+    }
     if constexpr (std::is_void_v<typename Traits::Class>)
         return Invoke<Function, CJScriptLink>(cx, link, arguments, rval);
     else {
@@ -254,6 +269,14 @@ template <typename Type, bool (*FromFunction)(JSContext*, jsval, Type&), auto To
 template <> struct JSConversion<int> : JSNamedConversion<int, &jsval_to_int, &int_to_jsval>
 {
     static constexpr const wchar_t* name = L"int";
+    /// Nearly all are integer words, and those need no call.
+    static bool From(JSContext* cx, jsval v, int& out)
+    {
+        if (!JSVAL_IS_INT(v))
+            return jsval_to_int(cx, v, out);
+        out = JSVAL_TO_INT(v);
+        return true;
+    }
 };
 template <> struct JSConversion<double> : JSNamedConversion<double, &jsval_to_double, &double_to_jsval>
 {

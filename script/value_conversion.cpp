@@ -97,9 +97,11 @@ int TruncateToInt(double number)
 {
     if (std::isnan(number))
         return 0;
-    constexpr auto lowest = static_cast<double>(std::numeric_limits<int>::min());
-    constexpr auto highest = static_cast<double>(std::numeric_limits<int>::max());
-    return static_cast<int>(std::fmax(lowest, std::fmin(highest, number)));
+    constexpr auto lowest = std::numeric_limits<int>::min();
+    constexpr auto highest = std::numeric_limits<int>::max();
+    if (number >= highest)
+        return highest;
+    return number <= lowest ? lowest : static_cast<int>(number);
 }
 
 bool jsval_to_jsval(JSContext*, jsval v, jsval& out)
@@ -110,8 +112,12 @@ bool jsval_to_jsval(JSContext*, jsval v, jsval& out)
 
 bool jsval_to_int(JSContext* cx, jsval v, int& out)
 {
+    if (JSVAL_IS_INT(v)) {
+        out = JSVAL_TO_INT(v);
+        return true;
+    }
     double number = 0;
-    if (!jsval_to_double(cx, v, number))
+    if (!JS_ValueToNumber(cx, v, &number))
         return false;
     out = TruncateToInt(number);
     return true;
@@ -253,7 +259,9 @@ jsval jsval_to_jsval(JSContext*, jsval v)
 
 jsval int_to_jsval(JSContext* cx, int value)
 {
-    return double_to_jsval(cx, value);
+    jsval result = JSVAL_NULL;
+    JS_NewDoubleValue(cx, value, &result);
+    return result;
 }
 
 jsval double_to_jsval(JSContext* cx, double value)

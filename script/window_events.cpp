@@ -11,7 +11,7 @@
 namespace
 {
 
-constexpr const wchar_t* WindowLibrary = L"libvc_qxparser_window.so.0";
+constexpr const wchar_t* WindowLibrary = L"libvc_qxparser_window.so." QXP_ABI_VERSION;
 
 std::atomic<const CJSWindowEvents*> windowEvents{nullptr};
 
