@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <memory>
+#include <new>
 
 namespace xml_detail
 {
@@ -63,15 +64,12 @@ void XMLCALL Release(void* data)
     delete static_cast<MultibyteCharset*>(data);
 }
 
-} // namespace
-
-int XMLCALL DescribeCharset(void*, const XML_Char* name, XML_Encoding* description)
+void Describe(std::unique_ptr<MultibyteCharset> charset, XML_Encoding& description)
 {
-    auto charset = std::make_unique<MultibyteCharset>(wxString::FromUTF8(name));
-    description->map[0] = 0;
+    description.map[0] = 0;
     for (int byte = 1; byte < 256; ++byte) {
         const char lead = static_cast<char>(byte);
-        int& entry = description->map[byte];
+        int& entry = description.map[byte];
         entry = Convert(charset->converter, {lead});
         if (entry != undefinedByte || byte < 0x80)
             continue;
@@ -80,10 +78,21 @@ int XMLCALL DescribeCharset(void*, const XML_Char* name, XML_Encoding* descripti
             entry = -length;
         }
     }
-    description->convert = ConvertCharacter;
-    description->release = Release;
-    description->data = charset.release();
-    return XML_STATUS_OK;
+    description.convert = ConvertCharacter;
+    description.release = Release;
+    description.data = charset.release();
+}
+
+} // namespace
+
+int XMLCALL DescribeCharset(void*, const XML_Char* name, XML_Encoding* description)
+{
+    try {
+        Describe(std::make_unique<MultibyteCharset>(wxString::FromUTF8(name)), *description);
+        return XML_STATUS_OK;
+    } catch (const std::bad_alloc&) {
+        return XML_STATUS_ERROR;
+    }
 }
 
 } // namespace xml_detail

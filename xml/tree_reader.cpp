@@ -1,9 +1,10 @@
 #include "xml/tree_reader_detail.h"
 
-#include "base/utf8_detail.h"
 #include "xml/entity_table_detail.h"
+#include "xml/parser_feed_detail.h"
 #include "xml/tree_charset_detail.h"
 #include "xml/tree_links_detail.h"
+#include "xml/wide_buffer_detail.h"
 
 #include <wx/log.h>
 
@@ -16,60 +17,28 @@
 #include <string>
 #include <string_view>
 
-/// Only parsers that put off looking again at a long token, until there is much more of it, have this function.
-extern "C" [[gnu::weak]] XML_Bool XML_SetReparseDeferralEnabled(XML_Parser parser, XML_Bool enabled);
-
 namespace xml_detail
 {
 
 namespace
 {
 
-/// The parser gets its input in the pieces that wxXmlDocument gives it: white space at the beginning of a text is
-/// dropped up to where a piece ends, so that other pieces would give another tree.
-constexpr size_t pieceSize = 1024;
-constexpr size_t blockSize = 64 * pieceSize;
-
-/// How often the bytes of a document are looked at again, on average, before that is put off.
-constexpr unsigned long long mostSeenAgain = 64;
-
 /// What default values of attributes may add to a document: as much as entities may.
 constexpr unsigned long long defaultsAllowed = 8 << 20;
 constexpr unsigned long long defaultsPerByte = 100;
 
-/// Code points in a buffer that is kept from text to text.
-class WideBuffer
-{
-public:
-    const wchar_t* Data() const { return m_data.get(); }
-    size_t Size() const { return m_size; }
-    void Clear() { m_size = 0; }
-
-    void AppendUtf8(const char* bytes, size_t size)
-    {
-        if (m_capacity - m_size < size)
-            Grow(size);
-        m_size += vcq::detail::DecodeUtf8(bytes, size, m_data.get() + m_size).written;
-    }
-
-private:
-    void Grow(size_t more)
-    {
-        const size_t capacity = std::max(m_size + more, m_capacity * 2);
-        std::unique_ptr<wchar_t[]> data(new wchar_t[capacity]);
-        std::copy_n(m_data.get(), m_size, data.get());
-        m_data = std::move(data);
-        m_capacity = capacity;
-    }
-
-    std::unique_ptr<wchar_t[]> m_data;
-    size_t m_size = 0;
-    size_t m_capacity = 0;
-};
-
 bool IsBlank(const char* text, size_t size)
 {
     return std::string_view(text, size).find_first_not_of(" \t\n\r") == std::string_view::npos;
+}
+
+/// Reads until the block is full or nothing more comes.
+size_t ReadBlock(wxInputStream& stream, char* block)
+{
+    size_t size = 0;
+    for (size_t read = 1; read > 0 && size < ParserFeed::blockSize; size += read)
+        read = stream.Read(block + size, ParserFeed::blockSize - size).LastRead();
+    return size;
 }
 
 /// Builds a tree from the parser's events.
@@ -96,9 +65,6 @@ private:
     };
 
     void ListenTo(XML_Parser parser);
-    bool FeedBlock(const char* block, size_t size, bool last);
-    bool FeedPiece(const char* piece, size_t size, bool last);
-    bool Parse(const char* bytes, size_t size, bool last);
 
     void StartElement(const XML_Char* name, const XML_Char** attributes);
     void EndElement(const XML_Char* name);
@@ -178,10 +144,6 @@ private:
     unsigned long long m_defaultsSize = 0;
     std::string* m_rawTag = nullptr;
 
-    std::string m_held; ///< pieces that belong to a token whose end is not in sight
-    unsigned long long m_fed = 0;
-    unsigned long long m_seenAgain = 0;
-
     WideBuffer m_wide;
     wxString m_first;
     wxString m_second;
@@ -215,62 +177,19 @@ void TreeReader::ListenTo(XML_Parser parser)
 
 bool TreeReader::Read(wxInputStream& stream)
 {
-    const std::unique_ptr<char[]> block(new char[blockSize]);
-    for (bool last = false; !last;) {
-        size_t size = 0;
-        while (size < blockSize && !last) {
-            const size_t read = stream.Read(block.get() + size, blockSize - size).LastRead();
-            size += read;
-            last = read == 0;
-        }
-        if (stream.GetLastError() == wxSTREAM_READ_ERROR) {
+    ParserFeed feed(m_parser.get());
+    const std::unique_ptr<char[]> block(new char[ParserFeed::blockSize]);
+    for (bool last = false; !last && !HasFailed();) {
+        const size_t size = ReadBlock(stream, block.get());
+        last = size < ParserFeed::blockSize;
+        if (stream.GetLastError() == wxSTREAM_READ_ERROR)
             Fail(wxS("the input cannot be read"));
-            return false;
-        }
-        if (!FeedBlock(block.get(), size, last))
-            return false;
+        else if (!feed.Feed(block.get(), size, last) && !HasFailed())
+            Fail(wxString::FromAscii(XML_ErrorString(XML_GetErrorCode(m_parser.get()))));
     }
-    return true;
-}
-
-bool TreeReader::FeedBlock(const char* block, size_t size, bool last)
-{
-    size_t at = 0;
-    for (; size - at >= pieceSize; at += pieceSize)
-        if (!FeedPiece(block + at, pieceSize, false))
-            return false;
-    return !last || FeedPiece(block + at, size - at, true);
-}
-
-/// Parsers of old start a token that they have not seen the end of again with each piece, which takes quadratic time
-/// for long ones. For them pieces that cannot end a token are held back, and others too when too much was looked at
-/// again already. Newer ones put it off by themselves, at places that depend on the pieces.
-bool TreeReader::FeedPiece(const char* piece, size_t size, bool last)
-{
-    const unsigned long long pending = m_fed - static_cast<unsigned long long>(XML_GetCurrentByteIndex(m_parser.get()));
-    if (XML_SetReparseDeferralEnabled || (m_held.empty() && (last || pending < pieceSize)))
-        return Parse(piece, size, last);
-    m_held.append(piece, size);
-    const bool affordable = m_seenAgain + pending <= mostSeenAgain * (m_fed + m_held.size());
-    const bool mayEnd = affordable && std::memchr(piece, '>', size);
-    if (!last && !mayEnd && m_held.size() < std::max<unsigned long long>(pending, blockSize))
-        return true;
-    m_seenAgain += pending;
-    const std::string bytes = std::move(m_held);
-    m_held.clear();
-    return Parse(bytes.data(), bytes.size(), last);
-}
-
-bool TreeReader::Parse(const char* bytes, size_t size, bool last)
-{
-    m_fed += size;
-    if (XML_Parse(m_parser.get(), bytes, static_cast<int>(size), last) == XML_STATUS_OK)
-        return true;
     if (m_outOfMemory)
         throw std::bad_alloc();
-    if (!HasFailed())
-        Fail(wxString::FromAscii(XML_ErrorString(XML_GetErrorCode(m_parser.get()))));
-    return false;
+    return !HasFailed();
 }
 
 ReadProblem TreeReader::ProblemHere(const wxString& message) const

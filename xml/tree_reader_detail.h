@@ -10,6 +10,7 @@
 /// - References to entities in element text are expanded; Load drops them.
 /// - A reference to an entity that is external, or that is declared nowhere that is read, is an error; Load drops it.
 /// - A byte that its encoding does not define is an error; Load takes it for a character before it.
+/// - Characters of several bytes are read in encodings that have them; Load takes each byte for a character.
 /// - An input that breaks off with a read error is an error; Load takes it for the end.
 /// - Elements that are nested too deeply, entities that are, and attribute defaults that blow the document up are
 /// errors.
