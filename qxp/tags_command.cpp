@@ -92,7 +92,7 @@ void TagsRun::AppendOptions(const CTagBlock& block, const std::string& indent)
     for (bool more = block.GetOption().First(option); more; more = block.GetOption().Next(option))
         sorted.emplace(ToUtf8(option->first), ToUtf8(option->second));
     for (const auto& [name, value] : sorted)
-        m_text += indent + "@" + name + "=" + value + "\n";
+        m_text.append(indent).append("@").append(name).append("=").append(value).append("\n");
 }
 
 void TagsRun::AppendContent(const CTagBlock& block, const std::string& indent)
@@ -105,7 +105,7 @@ void TagsRun::AppendContent(const CTagBlock& block, const std::string& indent)
         const std::string text = ToUtf8(unit->m_text) + "\n";
         for (size_t start = 0; start != text.size();) {
             const size_t next = text.find('\n', start) + 1;
-            m_text += indent + "|" + text.substr(start, next - start);
+            m_text.append(indent).append("|").append(text, start, next - start);
             start = next;
         }
     }
