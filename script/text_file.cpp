@@ -31,24 +31,30 @@ CqxJSFile::CqxJSFile()
     m_link.Link(this, &ms_JSClass);
 }
 
-/// Starts over with the file of this path; false when it is no path.
+/// Starts over with the file of this path; false when it is no path, and then the file that is open stays so.
 bool CqxJSFile::Resolve(wxString& path)
 {
     m_position = 0;
+    if (!CDir::ResolvePath(path))
+        return false;
     Close();
-    return CDir::ResolvePath(path);
+    return true;
 }
 
 bool CqxJSFile::Open(wxString path)
 {
+    if (!Resolve(path))
+        return false;
     // The system opens directories for reading too, and gives them any length.
-    m_hasFile = Resolve(path) && !wxFileName::DirExists(path) && m_file.Open(path, wxConvAuto());
+    m_hasFile = !wxFileName::DirExists(path) && m_file.Open(path, wxConvAuto());
     return m_hasFile;
 }
 
 bool CqxJSFile::Create(wxString path)
 {
-    m_hasFile = Resolve(path) && m_file.Create(path);
+    if (!Resolve(path))
+        return false;
+    m_hasFile = m_file.Create(path);
     return m_hasFile;
 }
 

@@ -20,7 +20,8 @@ public:
     CqxJSFile& operator=(const CqxJSFile&) = delete;
 
     /// Reads a file, whose encoding is detected; the path is what CDir::ResolvePath takes. A file that is open is
-    /// closed first, also when this fails.
+    /// closed first, also when the new one cannot be read; a text that is no path leaves it open, to be read from its
+    /// start.
     bool Open(wxString path);
     /// Makes a new, empty file. False when there is one of that name already.
     bool Create(wxString path);
