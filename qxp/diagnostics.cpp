@@ -140,6 +140,16 @@ void Diagnostics::SayOrigins(const CParserUnit& unit)
     }
 }
 
+void Diagnostics::ErrorAt(const wxString& file, long line, const wxString& message)
+{
+    Say(PlaceOf(file, static_cast<unsigned long>(line)), "error", message);
+}
+
+void Diagnostics::DropErrors()
+{
+    m_keptErrors.clear();
+}
+
 void Diagnostics::Flush()
 {
     for (const wxString& message : std::exchange(m_keptErrors, {}))

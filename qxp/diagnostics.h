@@ -27,6 +27,9 @@ public:
     /// Reports the parser's last error, with its place, its line and where that was included from.
     void ReportFailure(const CParser& parser);
 
+    /// Reports an error in a file that has no units. `line` is counted from 1.
+    void ErrorAt(const wxString& file, long line, const wxString& message);
+
     /// "qxp: error: MESSAGE" and the like, for what has no place in a text.
     void Error(const wxString& message) { Say("qxp", "error", message); }
     void Warning(const wxString& message) { Say("qxp", "warning", message); }
@@ -34,6 +37,9 @@ public:
 
     /// Writes out what the library has logged and kept back. Call it when a run has succeeded.
     void Flush();
+
+    /// Forgets the errors that the library has logged: for a failure that is reported in other words.
+    void DropErrors();
 
     /// Shows how far long work has come, on a terminal only.
     void Progress(const wxString& text);

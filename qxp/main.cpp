@@ -1,4 +1,5 @@
 #include "qxp/command_line.h"
+#include "qxp/merge_command.h"
 #include "qxp/preprocess_command.h"
 #include "qxp/script_command.h"
 #include "qxp/tags_command.h"
@@ -57,7 +58,8 @@ int main(int argc, char** argv)
     if (!initializer.IsOk())
         return StatusFailure;
 
-    CLI::App app("Text pipeline: preprocesses texts that hold directives, defines and inline script, and runs scripts.", "qxp");
+    CLI::App app("Text pipeline: preprocesses texts that hold directives, defines and inline script, and runs scripts.",
+                 "qxp");
     app.set_version_flag("--version", Version);
     app.require_subcommand(1);
     app.get_formatter()->column_width(34);
@@ -67,6 +69,7 @@ int main(int argc, char** argv)
     std::function<int()> run;
     AddPreprocessCommand(app, run);
     AddTagsCommand(app, run);
+    AddMergeCommand(app, run);
     std::vector<std::string> scriptArguments;
     const CLI::App& script = AddScriptCommand(app, run, scriptArguments);
 

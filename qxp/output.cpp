@@ -12,28 +12,61 @@
 namespace
 {
 
-bool WriteFile(const wxString& name, const std::string& text)
+class StandardOutput : public wxOutputStream
+{
+protected:
+    size_t OnSysWrite(const void* from, size_t size) override
+    {
+        const size_t written = std::fwrite(from, 1, size, stdout);
+        m_lasterror = written == size ? wxSTREAM_NO_ERROR : wxSTREAM_WRITE_ERROR;
+        return written;
+    }
+};
+
+/// Reports why a result has not arrived: what the writer has logged about itself, or the failure of what it wrote to.
+bool Fail(const wxString& outputError, bool isOutputAtFault, Diagnostics& diagnostics)
+{
+    if (isOutputAtFault) {
+        diagnostics.DropErrors();
+        diagnostics.Error(outputError);
+    }
+    diagnostics.Flush();
+    return false;
+}
+
+bool WriteFile(const wxString& name, const ResultWriter& write, Diagnostics& diagnostics)
 {
     CFile file = CDir().CreateFileW(name, true);
     wxOutputStream* const stream = file.GetOutputStream();
-    return stream && stream->WriteAll(text.data(), text.size()) && file.Close();
+    const bool isWritten = stream && write(*stream);
+    if (isWritten && file.Close())
+        return true;
+    const bool isOutputAtFault = !stream || isWritten || !stream->IsOk();
+    return Fail(wxString::Format(wxS("Output file not writable '%s'"), name), isOutputAtFault, diagnostics);
+}
+
+bool WriteStandardOutput(const ResultWriter& write, Diagnostics& diagnostics)
+{
+    diagnostics.ClearProgress();
+    StandardOutput stream;
+    const bool isWritten = write(stream);
+    if (isWritten && std::fflush(stdout) == 0)
+        return true;
+    const wxString reason = wxString::FromUTF8(std::strerror(errno));
+    return Fail(wxString::Format(wxS("Standard output not writable: %s"), reason), isWritten || !stream.IsOk(),
+                diagnostics);
 }
 
 } // namespace
 
+bool WriteOutput(const std::string& fileName, const ResultWriter& write, Diagnostics& diagnostics)
+{
+    return fileName.empty() ? WriteStandardOutput(write, diagnostics)
+                            : WriteFile(FromSystemName(fileName), write, diagnostics);
+}
+
 bool WriteOutput(const std::string& fileName, const std::string& text, Diagnostics& diagnostics)
 {
-    if (!fileName.empty()) {
-        const wxString name = FromSystemName(fileName);
-        if (WriteFile(name, text))
-            return true;
-        diagnostics.Error(wxString::Format(wxS("Output file not writable '%s'"), name));
-        return false;
-    }
-    diagnostics.ClearProgress();
-    if (std::fwrite(text.data(), 1, text.size(), stdout) == text.size() && std::fflush(stdout) == 0)
-        return true;
-    diagnostics.Error(
-        wxString::Format(wxS("Standard output not writable: %s"), wxString::FromUTF8(std::strerror(errno))));
-    return false;
+    return WriteOutput(
+        fileName, [&](wxOutputStream& stream) { return stream.WriteAll(text.data(), text.size()); }, diagnostics);
 }

@@ -71,18 +71,31 @@ wxString InputName(const std::string& file)
     return file == "-" ? wxString(wxS("<stdin>")) : FromSystemName(file);
 }
 
-bool ReadInput(const std::string& file, CDir& dir, wxString& text, Diagnostics& diagnostics)
+bool OpenInput(const std::string& file, CDir& dir, CFile& source, Diagnostics& diagnostics)
 {
     const bool isStandardInput = file == "-";
-    const wxString name = InputName(file);
-    CFile source = isStandardInput ? CFile::StandardInput() : dir.OpenFile(name, wxFile::read);
-    if (!source.IsOpened() && !isStandardInput) {
-        diagnostics.Error(wxString::Format(wxS("File not found '%s' from '%s'"), name, dir.GetFullPath()));
+    source = isStandardInput ? CFile::StandardInput() : dir.OpenFile(InputName(file), wxFile::read);
+    if (source.IsOpened())
+        return true;
+    if (isStandardInput)
+        ReportUnreadable(file, diagnostics);
+    else
+        diagnostics.Error(wxString::Format(wxS("File not found '%s' from '%s'"), InputName(file), dir.GetFullPath()));
+    return false;
+}
+
+void ReportUnreadable(const std::string& file, Diagnostics& diagnostics)
+{
+    diagnostics.Error(wxString::Format(wxS("File not readable '%s'"), InputName(file)));
+}
+
+bool ReadInput(const std::string& file, CDir& dir, wxString& text, Diagnostics& diagnostics)
+{
+    CFile source;
+    if (!OpenInput(file, dir, source, diagnostics))
         return false;
-    }
-    if (!source.IsOpened() || !source.Read(text, CFile::convDefault)) {
-        diagnostics.Error(wxString::Format(wxS("File not readable '%s'"), name));
-        return false;
-    }
-    return true;
+    if (source.Read(text, CFile::convDefault))
+        return true;
+    ReportUnreadable(file, diagnostics);
+    return false;
 }

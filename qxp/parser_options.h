@@ -7,6 +7,7 @@
 #include <vector>
 
 class CDir;
+class CFile;
 class CParser;
 class Diagnostics;
 
@@ -32,6 +33,13 @@ bool SetUpParser(const ParserOptions& options, CParser& parser, Diagnostics& dia
 
 /// What an input is called in diagnostics: as typed, "<stdin>" for "-".
 wxString InputName(const std::string& file);
+
+/// Opens a file, named from `dir`, or standard input for "-".
+/// @return false after an error that has been reported.
+bool OpenInput(const std::string& file, CDir& dir, CFile& source, Diagnostics& diagnostics);
+
+/// Reports that an input which is open cannot be read.
+void ReportUnreadable(const std::string& file, Diagnostics& diagnostics);
 
 /// Reads a text file, named from `dir`, or standard input for "-".
 /// @return false after an error that has been reported.

@@ -3,14 +3,6 @@
 namespace xml_detail
 {
 
-namespace
-{
-
-/// How far the children are walked before they get an index. Most nodes have few, and most merges look at few nodes.
-constexpr std::size_t StepsBeforeIndex = 1000;
-
-} // namespace
-
 wxXmlNode* MergeChildren::FindByName(const wxString& name)
 {
     return Find({name, nullptr});
@@ -47,8 +39,8 @@ wxXmlNode* MergeChildren::FirstFrom(wxXmlNode* from, const ChildQuery& query)
 
 bool MergeChildren::HasIndex()
 {
-    if (!m_index && m_walked >= StepsBeforeIndex)
-        m_index = std::make_unique<ChildIndex>(m_parent);
+    if (!m_index && m_walked >= m_patience)
+        m_index = std::make_unique<ChildIndex>(m_parent, m_patience);
     return m_index != nullptr;
 }
 

@@ -7,12 +7,18 @@
 namespace xml_detail
 {
 
+/// How far children are walked before something is made that answers at once: it takes many walks over few children,
+/// and most merges never use it again.
+constexpr std::size_t WalkingPatience = 1000;
+
 /// The children of a node of the tree that a merge changes. Everything is done through it, so that it knows what it has
 /// seen; searching, inserting and removing cost no walk over the children each time.
 class MergeChildren
 {
 public:
-    explicit MergeChildren(wxXmlNode& parent) : m_parent(parent) {}
+    explicit MergeChildren(wxXmlNode& parent, std::size_t patience = WalkingPatience)
+        : m_parent(parent), m_patience(patience)
+    {}
 
     /// The first child of this name in any case; null without one.
     wxXmlNode* FindByName(const wxString& name);
@@ -39,6 +45,7 @@ private:
     bool HasIndex();
 
     wxXmlNode& m_parent;
+    const std::size_t m_patience;
     wxXmlNode* m_last = nullptr; ///< Null while it is unknown.
     std::size_t m_walked = 0;
     std::unique_ptr<ChildIndex> m_index;

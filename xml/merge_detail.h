@@ -12,8 +12,10 @@ namespace xml_detail
 class MergeTarget
 {
 public:
+    explicit MergeTarget(std::size_t patience) : m_patience(patience) {}
+
     /// The children of a node, all that is known of them included.
-    MergeChildren& ChildrenOf(wxXmlNode& node) { return m_children.try_emplace(&node, node).first->second; }
+    MergeChildren& ChildrenOf(wxXmlNode& node) { return m_children.try_emplace(&node, node, m_patience).first->second; }
 
     /// Calls `visit` with each node whose children may have changed.
     template <typename Visit> void ForEach(Visit visit) const
@@ -23,6 +25,7 @@ public:
     }
 
 private:
+    std::size_t m_patience;
     std::unordered_map<wxXmlNode*, MergeChildren> m_children;
 };
 
@@ -31,6 +34,8 @@ private:
 class OverlayMerge
 {
 public:
+    explicit OverlayMerge(std::size_t patience = WalkingPatience) : m_target(patience) {}
+
     /// Merges the children of `overlay` into `base`, which belongs to another tree.
     /// @param anchor where to insert; null: at the end.
     void Run(wxXmlNode& base, wxXmlNode& overlay, wxXmlNode* anchor, bool after);
@@ -80,7 +85,9 @@ private:
 class CopyMerge
 {
 public:
-    explicit CopyMerge(bool keepExisting) : m_keepExisting(keepExisting) {}
+    explicit CopyMerge(bool keepExisting, std::size_t patience = WalkingPatience)
+        : m_keepExisting(keepExisting), m_target(patience)
+    {}
 
     /// Merges what is below `src` into `dest`. They are the same node, or neither is below the other.
     void Run(wxXmlNode& dest, const wxXmlNode& src);

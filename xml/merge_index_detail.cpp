@@ -1,36 +1,62 @@
 #include "xml/merge_index_detail.h"
 
+#include <algorithm>
+#include <cwctype>
+#include <utility>
+
 namespace xml_detail
 {
 
 namespace
 {
 
-/// Labels are below 2^LabelBits.
-constexpr int LabelBits = 62;
-
-/// What must be free on the average between neighbours that were numbered anew.
-constexpr std::uint64_t MinRoom = 4;
-
-/// A range of twice the labels may hold that many times the children, before a wider one is numbered anew.
-constexpr double CapacityGrowth = 1.5;
-
-/// How far the children are walked for an attribute before a table is made for it, which costs many walks over few
-/// children and is never used again by most merges.
-constexpr std::size_t StepsBeforeTable = 1000;
-
-/// One text for all that differs in case only. A name's length stands before it, so that no name and value look like
-/// another name and value.
-std::wstring KeyOf(const wxString& name, const wxXmlAttribute* attribute)
+/// Case is that of the locale, but for ASCII, which must mean the same in all of them.
+wchar_t ToLower(wchar_t c)
 {
-    std::wstring key(1, static_cast<wchar_t>(name.length()));
-    key += name.Lower().ToStdWstring();
+    if (c < 0x80)
+        return c >= L'A' && c <= L'Z' ? static_cast<wchar_t>(c + (L'a' - L'A')) : c;
+    return static_cast<wchar_t>(std::towlower(static_cast<std::wint_t>(c)));
+}
+
+void AddToHash(std::uint64_t& hash, std::uint64_t value)
+{
+    hash = (hash ^ value) * 0x9E3779B97F4A7C15u;
+    hash ^= hash >> 32;
+}
+
+void AddToHash(std::uint64_t& hash, const wxString& text)
+{
+    const wchar_t* const characters = text.wx_str();
+    for (std::size_t i = 0; i < text.length(); ++i)
+        AddToHash(hash, static_cast<std::uint64_t>(ToLower(characters[i])));
+    AddToHash(hash, text.length());
+}
+
+/// The same for all that differs in case only.
+std::uint64_t HashOf(const wxString& name, const wxXmlAttribute* attribute)
+{
+    std::uint64_t hash = 0;
+    AddToHash(hash, name);
     if (attribute)
-        key += attribute->GetValue().Lower().ToStdWstring();
-    return key;
+        AddToHash(hash, attribute->GetValue());
+    // No key of a map is 0.
+    return hash ? hash : 1;
 }
 
 } // namespace
+
+bool IsSameNoCase(const wxString& a, const wxString& b)
+{
+    if (a.length() != b.length())
+        return false;
+    const wchar_t* const left = a.wx_str();
+    const wchar_t* const right = b.wx_str();
+    for (std::size_t i = 0; i < a.length(); ++i) {
+        if (left[i] != right[i] && ToLower(left[i]) != ToLower(right[i]))
+            return false;
+    }
+    return true;
+}
 
 const wxXmlAttribute* FindAttribute(const wxXmlNode& node, const wxString& name)
 {
@@ -50,84 +76,68 @@ bool ChildQuery::Fits(const wxXmlNode& node) const
     return own && IsSameNoCase(own->GetValue(), attribute->GetValue());
 }
 
-ChildIndex::ChildIndex(const wxXmlNode& parent)
+void ChildIndex::Table::Add(std::uint64_t hash, Place& place)
 {
-    Place* last = nullptr;
-    for (wxXmlNode* node = parent.GetChildren(); node; node = node->GetNext()) {
-        Place& place = m_places[node];
-        place.node = node;
-        place.previous = last;
-        (last ? last->next : m_first) = &place;
-        last = &place;
-    }
-    const Label room = (Label(1) << LabelBits) / (m_places.size() + 1);
-    Label label = 0;
-    for (Place* place = m_first; place; place = place->next)
-        place->label = label += room;
-}
-
-/// Gives a place a label between those of its neighbours, which are not linked to it yet.
-void ChildIndex::Number(Place& place)
-{
-    const auto low = [&] { return place.previous ? place.previous->label : 0; };
-    const auto high = [&] { return place.next ? place.next->label : Label(1) << LabelBits; };
-    while (high() - low() < 2)
-        MakeRoomAround(place.previous ? *place.previous : *place.next);
-    place.label = low() + (high() - low()) / 2;
-}
-
-/// Numbers the places around one anew, over the smallest range of labels that is not crowded.
-void ChildIndex::MakeRoomAround(Place& place)
-{
-    Place* first = &place;
-    Place* last = &place;
-    std::size_t count = 1;
-    double capacity = 1;
-    for (int bits = 1; bits <= LabelBits; ++bits) {
-        const Label size = Label(1) << bits;
-        const Label low = place.label & ~(size - 1);
-        const auto isInside = [&](const Place* other) { return other && other->label - low < size; };
-        for (; isInside(first->previous); ++count)
-            first = first->previous;
-        for (; isInside(last->next); ++count)
-            last = last->next;
-        capacity *= CapacityGrowth;
-        const Label room = size / count;
-        if (static_cast<double>(count) > capacity || room < MinRoom)
-            continue;
-        Label label = low + room / 2;
-        for (Place* other = first; other != last->next; other = other->next, label += room)
-            other->label = label;
+    const bool isNew = !single.Find(hash);
+    Place*& only = single[hash];
+    if (isNew) {
+        only = &place;
         return;
     }
+    Places& places = several[hash];
+    if (only)
+        places.insert(std::exchange(only, nullptr));
+    // Most are added in order.
+    places.insert(places.end(), &place);
+}
+
+void ChildIndex::Table::Remove(std::uint64_t hash, Place& place)
+{
+    Place*& only = single[hash];
+    if (only)
+        only = nullptr;
+    else
+        several[hash].erase(&place);
+}
+
+wxXmlNode* ChildIndex::Table::FirstFrom(const Place& from, std::uint64_t hash, const ChildQuery& query) const
+{
+    // Those that do not fit have the same hash by chance.
+    const auto fits = [&](const Place* place) { return query.Fits(*place->node); };
+    Place* const* const only = single.Find(hash);
+    if (!only)
+        return nullptr;
+    if (*only)
+        return (*only)->label >= from.label && fits(*only) ? (*only)->node : nullptr;
+    const auto places = several.find(hash);
+    if (places == several.end())
+        return nullptr;
+    const auto end = places->second.end();
+    const auto found = std::find_if(places->second.lower_bound(&from), end, fits);
+    return found == end ? nullptr : (*found)->node;
 }
 
 wxXmlNode* ChildIndex::FirstFrom(wxXmlNode& from, const ChildQuery& query)
 {
     Table& table = TableFor(query);
-    if (!table.isMade) {
-        wxXmlNode* node = &from;
-        for (; node && !query.Fits(*node); ++table.walked)
-            node = node->GetNext();
-        return node;
-    }
-    const auto entry = table.places.find(KeyOf(query.name, query.attribute));
-    if (entry == table.places.end())
-        return nullptr;
-    const auto place = entry->second.lower_bound(&m_places.at(&from));
-    return place == entry->second.end() ? nullptr : (*place)->node;
+    if (table.isMade)
+        return table.FirstFrom(m_order.Of(from), HashOf(query.name, query.attribute), query);
+    wxXmlNode* node = &from;
+    for (; node && !query.Fits(*node); ++table.walked)
+        node = node->GetNext();
+    return node;
 }
 
 wxXmlNode* ChildIndex::Previous(const wxXmlNode& child) const
 {
-    const Place* const previous = m_places.at(&child).previous;
+    const Place* const previous = m_order.Of(child).previous;
     return previous ? previous->node : nullptr;
 }
 
 ChildIndex::Table& ChildIndex::TableFor(const ChildQuery& query)
 {
     Table& table = query.attribute ? m_byAttribute[query.attribute->GetName()] : m_byName;
-    if (!table.isMade && table.walked >= StepsBeforeTable)
+    if (!table.isMade && table.walked >= m_patience)
         Fill(table, query.attribute ? &query.attribute->GetName() : nullptr);
     return table;
 }
@@ -135,52 +145,39 @@ ChildIndex::Table& ChildIndex::TableFor(const ChildQuery& query)
 void ChildIndex::Fill(Table& table, const wxString* attributeName)
 {
     table.isMade = true;
-    for (Place* place = m_first; place; place = place->next) {
+    for (Place* place = m_order.First(); place; place = place->next) {
         const wxXmlAttribute* const attribute = attributeName ? FindAttribute(*place->node, *attributeName) : nullptr;
-        if (attributeName && !attribute)
-            continue;
-        Places& places = table.places[KeyOf(place->node->GetName(), attribute)];
-        places.insert(places.end(), place);
+        if (attribute || !attributeName)
+            table.Add(HashOf(place->node->GetName(), attribute), *place);
     }
 }
 
-/// Calls `change` for each set of places where the child stands, or should stand.
+/// Calls `change` with each table that is made and what the child's hash is there.
 template <typename Change> void ChildIndex::ChangeTables(const wxXmlNode& child, Change change)
 {
     if (m_byName.isMade)
-        change(m_byName.places[KeyOf(child.GetName(), nullptr)]);
+        change(m_byName, HashOf(child.GetName(), nullptr));
     if (m_byAttribute.empty())
         return;
     for (const wxXmlAttribute* attribute = child.GetAttributes(); attribute; attribute = attribute->GetNext()) {
         const auto table = m_byAttribute.find(attribute->GetName());
         if (table != m_byAttribute.end() && table->second.isMade &&
             FindAttribute(child, attribute->GetName()) == attribute)
-            change(table->second.places[KeyOf(child.GetName(), attribute)]);
+            change(table->second, HashOf(child.GetName(), attribute));
     }
 }
 
 void ChildIndex::Add(wxXmlNode& child, const wxXmlNode* previous)
 {
-    Place& place = m_places[&child];
-    place.node = &child;
-    place.previous = previous ? &m_places.at(previous) : nullptr;
-    place.next = place.previous ? place.previous->next : m_first;
-    Number(place);
-    (place.previous ? place.previous->next : m_first) = &place;
-    if (place.next)
-        place.next->previous = &place;
-    ChangeTables(child, [&](Places& places) { places.insert(&place); });
+    Place& place = m_order.Add(child, previous);
+    ChangeTables(child, [&](Table& table, std::uint64_t hash) { table.Add(hash, place); });
 }
 
 void ChildIndex::Remove(const wxXmlNode& child)
 {
-    const auto entry = m_places.find(&child);
-    Place& place = entry->second;
-    ChangeTables(child, [&](Places& places) { places.erase(&place); });
-    (place.previous ? place.previous->next : m_first) = place.next;
-    if (place.next)
-        place.next->previous = place.previous;
-    m_places.erase(entry);
+    Place& place = m_order.Of(child);
+    ChangeTables(child, [&](Table& table, std::uint64_t hash) { table.Remove(hash, place); });
+    m_order.Remove(place);
 }
 
 } // namespace xml_detail

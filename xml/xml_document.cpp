@@ -215,6 +215,12 @@ void CXmlDocument::DeleteNode(wxXmlNode* node)
     DeleteUnlinked(node);
 }
 
+void CXmlDocument::SetEncoding(const wxString& encoding)
+{
+    if (m_tree)
+        m_tree->SetFileEncoding(encoding);
+}
+
 wxString CXmlDocument::GetVersion() const
 {
     return m_tree ? m_tree->GetVersion() : wxString();

@@ -86,6 +86,9 @@ public:
     CXmlNode* GetAttachNode(wxXmlNode* node);
     /// Deletes a node with all below it, and its handle. The root element leaves a tree without root.
     void DeleteNode(wxXmlNode* node);
+    /// Sets the encoding that Save writes. Loading sets it to that of the text; it is "UTF-8" for a document that was
+    /// not loaded. Nothing happens without a tree.
+    void SetEncoding(const wxString& encoding);
     /// The version in the XML declaration; empty without a tree.
     wxString GetVersion() const;
     /// Replaces the tree by one whose only element is an empty root of this name.

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Builds examples/host_scriptable or examples/host_plugin as a stranger would, against an installed library, and
-# compares what it prints.
+# Builds examples/host_scriptable, examples/host_plugin or examples/host_overlay as a stranger would, against an
+# installed library, and compares what it prints.
 #
 #     run_script_hosts.sh EXAMPLE BUILD FLAGS    BUILD is the library's build folder, FLAGS are compiler flags the host
 #                                                needs with it
@@ -25,6 +25,15 @@ case $name in
 host_scriptable)
     cp "$example/tank.js" .
     "$host" tank.js >"$scratch/actual" 2>&1 || echo "[status $?]" >>"$scratch/actual"
+    cp "$example/output.txt" "$scratch/expected"
+    ;;
+host_overlay)
+    cp "$example"/*.xml .
+    echo '<other/>' >other.xml
+    printf '<settings>\n</setting>\n' >broken.xml
+    "$host" settings.xml defaults.xml site.xml other.xml broken.xml user.xml >"$scratch/out" 2>"$scratch/actual" ||
+        echo "[status $?]" >>"$scratch/actual"
+    cat "$scratch/out" >>"$scratch/actual"
     cp "$example/output.txt" "$scratch/expected"
     ;;
 host_plugin)

@@ -1,0 +1,95 @@
+#include "xml/merge_order_detail.h"
+
+namespace xml_detail
+{
+
+namespace
+{
+
+/// Labels are below 2^LabelBits.
+constexpr int LabelBits = 62;
+
+/// What must be free on the average between neighbours that get new labels.
+constexpr std::uint64_t MinRoom = 4;
+
+/// How many times the places a range of twice the labels may hold before a wider one gets new labels.
+constexpr double CapacityGrowth = 1.5;
+
+} // namespace
+
+ChildOrder::ChildOrder(const wxXmlNode& parent)
+{
+    Place* last = nullptr;
+    for (wxXmlNode* node = parent.GetChildren(); node; node = node->GetNext()) {
+        Place& place = m_places.emplace_back();
+        place.node = node;
+        place.previous = last;
+        (last ? last->next : m_first) = &place;
+        last = &place;
+    }
+    m_byNode.Reserve(m_places.size());
+    const Label room = (Label(1) << LabelBits) / (m_places.size() + 1);
+    Label label = 0;
+    for (Place& place : m_places) {
+        place.label = label += room;
+        m_byNode[KeyOf(*place.node)] = &place;
+    }
+}
+
+ChildOrder::Place& ChildOrder::Add(wxXmlNode& child, const wxXmlNode* previous)
+{
+    Place& place = m_places.emplace_back();
+    place.node = &child;
+    place.previous = previous ? &Of(*previous) : nullptr;
+    place.next = place.previous ? place.previous->next : m_first;
+    Number(place);
+    (place.previous ? place.previous->next : m_first) = &place;
+    if (place.next)
+        place.next->previous = &place;
+    return *(m_byNode[KeyOf(child)] = &place);
+}
+
+void ChildOrder::Remove(Place& place)
+{
+    (place.previous ? place.previous->next : m_first) = place.next;
+    if (place.next)
+        place.next->previous = place.previous;
+}
+
+/// Gives a place a label between those of its neighbours, which do not know it yet.
+void ChildOrder::Number(Place& place)
+{
+    const auto low = [&] { return place.previous ? place.previous->label : 0; };
+    const auto high = [&] { return place.next ? place.next->label : Label(1) << LabelBits; };
+    while (high() - low() < 2)
+        MakeRoomAround(place.previous ? *place.previous : *place.next);
+    place.label = low() + (high() - low()) / 2;
+}
+
+/// Gives the places around one new labels, over the smallest range that is not crowded.
+void ChildOrder::MakeRoomAround(Place& place)
+{
+    Place* first = &place;
+    Place* last = &place;
+    std::size_t count = 1;
+    double capacity = 1;
+    for (int bits = 1; bits <= LabelBits; ++bits) {
+        const Label size = Label(1) << bits;
+        const Label low = place.label & ~(size - 1);
+        const auto isInside = [&](const Place* other) { return other && other->label - low < size; };
+        for (; isInside(first->previous); ++count)
+            first = first->previous;
+        for (; isInside(last->next); ++count)
+            last = last->next;
+        capacity *= CapacityGrowth;
+        const Label room = size / count;
+        if (static_cast<double>(count) > capacity || room < MinRoom)
+            continue;
+        Label label = low + room / 2;
+        for (Place* other = first; other != last->next; other = other->next, label += room)
+            other->label = label;
+        return;
+    }
+}
+
+} // namespace xml_detail
