@@ -286,10 +286,20 @@ void JS_SetTimeLimit(JSContext* cx, long milliseconds)
         cx->limits.time_ms = std::max(0L, milliseconds);
 }
 
+long JS_GetTimeLimit(JSContext* cx)
+{
+    return Usable(cx, __func__) ? cx->limits.time_ms : 0;
+}
+
 void JS_SetMemoryLimit(JSContext* cx, std::size_t bytes)
 {
     if (Usable(cx, __func__))
         cx->limits.memory_bytes = bytes;
+}
+
+std::size_t JS_GetMemoryLimit(JSContext* cx)
+{
+    return Usable(cx, __func__) ? cx->limits.memory_bytes : 0;
 }
 
 void JS_SetStackQuota(JSContext* cx, std::size_t bytes)

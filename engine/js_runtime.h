@@ -82,12 +82,14 @@ VC_QXPARSER_API void JS_SetGlobalObject(JSContext* cx, JSObject* obj);
 // 0, the default, sets no limit. Script cannot catch the stop; the call fails and reports
 // "script time limit of N ms exceeded".
 VC_QXPARSER_API void JS_SetTimeLimit(JSContext* cx, long milliseconds);
+VC_QXPARSER_API long JS_GetTimeLimit(JSContext* cx);
 
 // Stops a script during which the process has grown by more than this since the outermost call on the context began.
 // 0, the default, sets no limit. What matters is the process's resident memory, garbage being collected first; the
 // check runs every few milliseconds, so a fast script overshoots. Reported as
 // "script memory limit of N bytes exceeded".
 VC_QXPARSER_API void JS_SetMemoryLimit(JSContext* cx, std::size_t bytes);
+VC_QXPARSER_API std::size_t JS_GetMemoryLimit(JSContext* cx);
 
 // Stops the script that runs on the context now, if any: reported as "script interrupted". The one function that any
 // thread may call, as long as the context exists.

@@ -310,6 +310,13 @@ void CJScript::SetMemoryLimit(size_t bytes)
         JS_SetMemoryLimit(m_context, bytes);
 }
 
+void CJScript::SetLimitsLike(const CJScript* other)
+{
+    JSContext* const cx = other ? other->m_context : nullptr;
+    SetTimeLimit(cx ? JS_GetTimeLimit(cx) : 0);
+    SetMemoryLimit(cx ? JS_GetMemoryLimit(cx) : 0);
+}
+
 wxString CJScript::JSValToString(jsval& v)
 {
     const wxThreadCriticalSectionLocker lock(m_ThreadCriticalSection);

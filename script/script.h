@@ -136,6 +136,8 @@ public:
     void SetTimeLimit(long milliseconds);
     /// Stops a script while which the process has grown by more than this. 0: no limit.
     void SetMemoryLimit(size_t bytes);
+    /// Sets the limits that another context has; those of null are none.
+    void SetLimitsLike(const CJScript* other);
 
     /// Where the running script stands: the innermost frame's line and file. False, with both untouched, when none
     /// runs.

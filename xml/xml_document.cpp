@@ -6,6 +6,7 @@
 #include "xml/tree_links_detail.h"
 #include "xml/tree_reader_detail.h"
 #include "xml/tree_writer_detail.h"
+#include "xml/xml_node_ref.h"
 
 #include <wx/log.h>
 #include <wx/sstream.h>
@@ -70,6 +71,17 @@ CXmlDocument::~CXmlDocument()
     m_link.CallJS_OnDestroy();
     m_script = nullptr;
     Clear();
+    for (CXmlNodeRef* const ref : m_refs)
+        ref->m_document = nullptr;
+}
+
+bool CXmlDocument::SetScript(CJScript* script, const wxString& name, CJScriptLink* parent)
+{
+    if (m_script || m_link.IsCreated() || !script->CreateChild(&m_link, parent, name, true, false))
+        return false;
+    m_script = script;
+    MakeScriptObject(m_emptyNode);
+    return true;
 }
 
 /// Says in the log that handles which should have script objects get none.
@@ -96,6 +108,8 @@ CXmlDocument::EndedHandles CXmlDocument::ReplaceTree(Tree tree)
         ended.emplace_back(handle);
     }
     m_nodes.clear();
+    for (CXmlNodeRef* const ref : m_refs)
+        ref->m_node = nullptr;
     m_tree = std::move(tree);
     return ended;
 }
@@ -196,9 +210,19 @@ void CXmlDocument::Unlink(wxXmlNode* node)
     ForgetChildren(parent);
 }
 
+/// Empties the references to a node and to what is below it.
+void CXmlDocument::EndRefs(const wxXmlNode* top)
+{
+    for (CXmlNodeRef* const ref : m_refs) {
+        if (xml_detail::IsWithin(ref->m_node, top))
+            ref->m_node = nullptr;
+    }
+}
+
 /// Deletes a node that is in no tree; the handles on it and on what is below it are empty from then on.
 void CXmlDocument::DeleteUnlinked(wxXmlNode* node)
 {
+    EndRefs(node);
     xml_detail::DeleteTree(node, [this](wxXmlNode* gone) {
         const auto entry = m_nodes.empty() ? m_nodes.end() : m_nodes.find(gone);
         if (entry != m_nodes.end())

@@ -14,6 +14,7 @@
 #include <vector>
 
 class CJScript;
+class CXmlNodeRef;
 class WXDLLIMPEXP_FWD_XML wxXmlDocument;
 
 namespace xml_detail
@@ -113,6 +114,10 @@ public:
 
     CXmlNode* GetEmptyNode() { return &m_emptyNode; }
     CJScript* GetScript() const { return m_script; }
+    /// Gives a document that was made without script its context: from now on it is as if the constructor had been
+    /// called with these parameters.
+    /// @return false when it has a context already, or its script object cannot be made.
+    bool SetScript(CJScript* script, const wxString& name, CJScriptLink* parent);
 
     /// Bounds the depth of elements for what comes: loading, saving, adding, inserting and merging.
     void SetMaxDepth(unsigned int depth) { m_maxDepth = depth; }
@@ -135,6 +140,7 @@ protected:
 
 private:
     friend class CXmlNode;
+    friend class CXmlNodeRef;
 
     using Tree = std::unique_ptr<wxXmlDocument, xml_detail::TreeDeleter>;
     /// Handles that are to end. They do so last in an operation: script that hears of it may do anything.
@@ -144,6 +150,7 @@ private:
     void MakeScriptObject(CXmlNode& handle);
     EndedHandles ReplaceTree(Tree tree);
     void Unlink(wxXmlNode* node);
+    void EndRefs(const wxXmlNode* top);
     void DeleteUnlinked(wxXmlNode* node);
     std::unique_ptr<CXmlNode> TakeHandle(wxXmlNode* node);
     bool AllowsDepth(unsigned int depth) const;
@@ -158,6 +165,7 @@ private:
     Tree m_tree;
     CXmlNode m_emptyNode;
     CHashPXmlNode m_nodes{100};
+    std::vector<CXmlNodeRef*> m_refs;
     CJScript* m_script;
     bool m_constructionFlag;
     unsigned int m_maxDepth = DefaultMaxDepth;
