@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <set>
 #include <utility>
 
 namespace
@@ -81,7 +82,7 @@ void Diagnostics::Logged(wxLogLevel level, const wxString& message)
     else if (level == wxLOG_Warning && SayDirectiveWarning(message))
         return;
     else if (level <= wxLOG_Error)
-        m_keptErrors.push_back(message);
+        m_keptErrors.push_back({message, std::exchange(m_scriptReports, {})});
     else
         Write(ToUtf8(message) + "\n");
 }
@@ -108,19 +109,31 @@ void Diagnostics::ReportFailure(const CParser& parser)
     Say(place, "error", message);
     if (unit && unit->m_file)
         SayOrigins(*unit);
+    // What the library has logged about the same failure begins with the same message.
+    const auto ofFailure = std::stable_partition(m_keptErrors.begin(), m_keptErrors.end(), [&](const KeptError& kept) {
+        return !kept.message.StartsWith(message);
+    });
+    std::vector<wxString> reports;
+    for (auto kept = ofFailure; kept != m_keptErrors.end(); ++kept)
+        reports.insert(reports.end(), kept->reports.begin(), kept->reports.end());
+    m_keptErrors.erase(ofFailure, m_keptErrors.end());
+    reports.insert(reports.end(), m_scriptReports.begin(), m_scriptReports.end());
+    m_scriptReports.clear();
+    SayReasons(place, reports);
+    Flush();
+}
+
+/// What scripts have failed for, each reason once.
+void Diagnostics::SayReasons(const wxString& place, const std::vector<wxString>& reports)
+{
     std::vector<wxString> said;
-    for (const wxString& report : std::exchange(m_scriptReports, {})) {
+    for (const wxString& report : reports) {
         for (const wxString& reason : ScriptMessages(report)) {
             if (std::find(said.begin(), said.end(), reason) == said.end())
                 Say(place, "note", reason);
             said.push_back(reason);
         }
     }
-    // What the library has logged about the same failure begins with the same message.
-    m_keptErrors.erase(std::remove_if(m_keptErrors.begin(), m_keptErrors.end(),
-                                      [&](const wxString& kept) { return kept.StartsWith(message); }),
-                       m_keptErrors.end());
-    Flush();
 }
 
 /// The unit's text, and for each level out the place that caused it to be read.
@@ -152,8 +165,14 @@ void Diagnostics::DropErrors()
 
 void Diagnostics::Flush()
 {
-    for (const wxString& message : std::exchange(m_keptErrors, {}))
-        Error(message);
+    // What goes wrong again at each repetition is said once.
+    std::set<std::pair<wxString, std::vector<wxString>>> said;
+    for (const KeptError& kept : std::exchange(m_keptErrors, {})) {
+        if (!said.insert({kept.message, kept.reports}).second)
+            continue;
+        Error(kept.message);
+        SayReasons(wxS("qxp"), kept.reports);
+    }
     for (const wxString& report : std::exchange(m_scriptReports, {}))
         Write(ToUtf8(report) + "\n");
 }

@@ -49,8 +49,16 @@ public:
 private:
     class Log;
 
+    /// An error that the library has logged, with the script reports that came before it.
+    struct KeptError
+    {
+        wxString message;
+        std::vector<wxString> reports;
+    };
+
     void Logged(wxLogLevel level, const wxString& message);
     bool SayDirectiveWarning(const wxString& message);
+    void SayReasons(const wxString& place, const std::vector<wxString>& reports);
     void SayOrigins(const CParserUnit& unit);
     void Say(const wxString& place, const char* kind, const wxString& message);
     void Write(const std::string& text);
@@ -60,7 +68,7 @@ private:
     bool m_verbose;
     bool m_progressShown = false;
     std::chrono::steady_clock::time_point m_started = std::chrono::steady_clock::now();
-    std::vector<wxString> m_keptErrors;
+    std::vector<KeptError> m_keptErrors;
     std::vector<wxString> m_scriptReports;
     std::unique_ptr<Log> m_log;
     wxLog* m_previousLog;
