@@ -1,4 +1,5 @@
 #include "qxp/command_line.h"
+#include "qxp/expand_command.h"
 #include "qxp/merge_command.h"
 #include "qxp/preprocess_command.h"
 #include "qxp/script_command.h"
@@ -69,6 +70,7 @@ int main(int argc, char** argv)
     std::function<int()> run;
     AddPreprocessCommand(app, run);
     AddTagsCommand(app, run);
+    AddExpandCommand(app, run);
     AddMergeCommand(app, run);
     std::vector<std::string> scriptArguments;
     const CLI::App& script = AddScriptCommand(app, run, scriptArguments);

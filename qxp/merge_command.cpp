@@ -41,10 +41,11 @@ bool Merge(CXmlDocument& base, CXmlDocument& overlay, const MergeOptions& option
 int Run(const MergeOptions& options)
 {
     Diagnostics diagnostics(options.common);
+    CDir dir;
     CXmlDocument base;
     CXmlDocument overlay;
-    if (!ReadDocument(options.base, base, diagnostics) || !ReadDocument(options.overlay, overlay, diagnostics) ||
-        !Merge(base, overlay, options, diagnostics))
+    if (!ReadDocument(options.base, dir, base, diagnostics) ||
+        !ReadDocument(options.overlay, dir, overlay, diagnostics) || !Merge(base, overlay, options, diagnostics))
         return StatusFailure;
     base.SetEncoding(wxS("UTF-8"));
     const auto save = [&](wxOutputStream& stream) { return base.Save(stream); };

@@ -2,15 +2,14 @@
 
 #include "qxp/command_line.h"
 #include "qxp/diagnostics.h"
+#include "qxp/script_limits.h"
 #include "qxp/script_log.h"
 #include "qxp/script_prompt.h"
 #include "vc_qxparser.h"
 
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
-#include <cmath>
 #include <cstdio>
 #include <cstring>
 #include <memory>
@@ -20,10 +19,6 @@
 namespace
 {
 
-constexpr double MillisecondsPerSecond = 1000;
-constexpr double BytesPerMib = 1024.0 * 1024.0;
-constexpr double HighestLimit = 1e9; ///< Three decades, or a million GiB; higher ones are taken for this.
-
 struct ScriptOptions
 {
     CommonOptions common;
@@ -31,8 +26,7 @@ struct ScriptOptions
     std::vector<std::string> roots;
     std::string config; ///< The file of a configuration store; empty for none.
     bool interactive = false;
-    double timeLimit = 0;   ///< In seconds; 0 for none.
-    double memoryLimit = 0; ///< In MiB; 0 for none.
+    ScriptLimits limits;
     bool hasFile = false;
     std::string file;
     std::vector<std::string> arguments;
@@ -62,9 +56,7 @@ private:
 
 bool ScriptRun::SetUp()
 {
-    // Rounded up: 0 would be no limit.
-    m_script.SetTimeLimit(static_cast<long>(std::ceil(m_options.timeLimit * MillisecondsPerSecond)));
-    m_script.SetMemoryLimit(static_cast<size_t>(std::ceil(m_options.memoryLimit * BytesPerMib)));
+    SetLimits(m_options.limits, m_script);
     if (!m_script.SetGlobal(m_global.GetJSLink(), wxS("Global")))
         return false;
     DefineArguments();
@@ -162,23 +154,6 @@ std::string CheckFileName(const std::string& text)
     return text.empty() || text.back() == '/' ? "FILE expected: " + text : "";
 }
 
-/// Reads a limit, whatever the locale; a text for CLI11 when it is none.
-std::string ReadLimit(const std::string& text, double& limit)
-{
-    double number = 0;
-    if (!FromSystemName(text).ToCDouble(&number) || !(number > 0))
-        return "A number above 0 expected: " + text;
-    limit = std::min(number, HighestLimit);
-    return "";
-}
-
-void AddLimit(CLI::App& command, const char* name, const char* unit, double& limit, const char* description)
-{
-    command.add_option(name)->description(description)->type_name(unit)->check([&limit](const std::string& text) {
-        return ReadLimit(text, limit);
-    });
-}
-
 /// What is no option begins with the file; behind that, options are the script's own.
 void TakeFileAndArguments(ScriptOptions& options, std::vector<std::string> rest)
 {
@@ -218,9 +193,7 @@ const CLI::App& AddScriptCommand(CLI::App& app, std::function<int()>& run, const
         ->type_name("NAME=DIR")
         ->allow_extra_args(false)
         ->check(BindRoot);
-    AddLimit(*command, "--time-limit", "SECONDS", options->timeLimit, "Stop a script that runs longer");
-    AddLimit(*command, "--memory-limit", "MIB", options->memoryLimit,
-             "Stop a script that makes the process grow by more");
+    AddLimitOptions(*command, options->limits);
     AddCommonOptions(*command, options->common);
     command->callback([options, &run, &arguments] {
         TakeFileAndArguments(*options, arguments);

@@ -70,9 +70,8 @@ bool Load(CFile& source, CXmlDocument& document)
 
 } // namespace
 
-bool ReadDocument(const std::string& file, CXmlDocument& document, Diagnostics& diagnostics)
+bool ReadDocument(const std::string& file, CDir& dir, CXmlDocument& document, Diagnostics& diagnostics)
 {
-    CDir dir;
     CFile source;
     if (!OpenInput(file, dir, source, diagnostics))
         return false;
