@@ -15,6 +15,9 @@ using xml_detail::ParentOf;
 namespace
 {
 
+/// Behind so many children an index of their names is made. Looking a name up there costs as much as some ten of them.
+constexpr int LongestWalk = 32;
+
 wxXmlNode* FindByName(wxXmlNode* first, const wxString& name)
 {
     while (first && first->GetName() != name)
@@ -104,7 +107,26 @@ CXmlNode* CXmlNode::GetRawParent()
 
 CXmlNode* CXmlNode::GetRawNode(const wxString& name)
 {
-    return Attach(m_node ? FindByName(m_node->GetChildren(), name) : nullptr);
+    return Attach(m_node ? FindChild(name) : nullptr);
+}
+
+/// The first child of this name, found by a walk as long as that is short.
+wxXmlNode* CXmlNode::FindChild(const wxString& name)
+{
+    if (m_known.names) {
+        const auto found = m_known.names->find(name);
+        return found == m_known.names->end() ? nullptr : found->second;
+    }
+    wxXmlNode* child = m_node->GetChildren();
+    for (int walked = 0; child && child->GetName() != name; child = child->GetNext()) {
+        if (++walked < LongestWalk)
+            continue;
+        m_known.names = std::make_unique<FirstByName>();
+        for (wxXmlNode* node = m_node->GetChildren(); node; node = node->GetNext())
+            m_known.names->emplace(node->GetName(), node);
+        return FindChild(name);
+    }
+    return child;
 }
 
 CXmlNode* CXmlNode::GetRawNextByName(const wxString& name)
@@ -141,7 +163,7 @@ CXmlNode* CXmlNode::GetRawItem(int index)
 
 bool CXmlNode::HasNode(const wxString& name)
 {
-    return m_node && FindByName(m_node->GetChildren(), name);
+    return m_node && FindChild(name);
 }
 
 wxString CXmlNode::GetName() const
@@ -151,8 +173,12 @@ wxString CXmlNode::GetName() const
 
 void CXmlNode::SetName(const wxString& name)
 {
-    if (m_node)
-        m_node->SetName(name);
+    if (!m_node)
+        return;
+    m_node->SetName(name);
+    const auto parent = m_document->m_nodes.find(m_node->GetParent());
+    if (parent != m_document->m_nodes.end())
+        parent->second->m_known.names.reset();
 }
 
 wxString CXmlNode::GetNodeContent() const

@@ -4,8 +4,12 @@
 #include "script/script_class.h"
 #include "script/script_link.h"
 
+#include <wx/hashmap.h>
 #include <wx/object.h>
 #include <wx/string.h>
+
+#include <memory>
+#include <unordered_map>
 
 class CXmlDocument;
 class WXDLLIMPEXP_FWD_XML wxXmlNode;
@@ -138,14 +142,18 @@ public:
 private:
     friend class CXmlDocument;
 
-    /// What is known of the children, so that appending, counting and going through them by position cost no walk from
-    /// the first each time. The nodes in it are children of this node now.
+    /// The first child of each name.
+    using FirstByName = std::unordered_map<wxString, wxXmlNode*, wxStringHash, wxStringEqual>;
+
+    /// What is known of the children, so that appending, counting and going through them by position or name cost no
+    /// walk from the first each time. The nodes in it are children of this node now.
     struct KnownChildren
     {
         wxXmlNode* last = nullptr; ///< The last one, or one before it.
         wxXmlNode* item = nullptr; ///< The one at `index`.
         int index = 0;
-        int count = -1; ///< -1: unknown.
+        int count = -1;                     ///< -1: unknown.
+        std::unique_ptr<FirstByName> names; ///< Of all children; null: unknown.
     };
 
     CXmlNode(CXmlDocument* document, wxXmlNode* node);
@@ -154,6 +162,7 @@ private:
     CXmlNode* Attach(wxXmlNode* node) const;
     void SetXmlNode(wxXmlNode* node);
     wxXmlNode* LastChild();
+    wxXmlNode* FindChild(const wxString& name);
     void LinkBehind(wxXmlNode* child, wxXmlNode* before);
     bool TakeChild(CXmlNode* child);
     wxString GetPropOrNothing(const wxString& name) const;

@@ -27,8 +27,12 @@ void CXmlNode::LinkBehind(wxXmlNode* child, wxXmlNode* before)
         before->SetNext(child);
     else
         m_node->SetChildren(child);
-    if (child->GetNext())
+    if (child->GetNext()) {
         m_known.item = nullptr;
+        m_known.names.reset();
+    }
+    if (m_known.names)
+        m_known.names->emplace(child->GetName(), child);
     if (m_known.count >= 0)
         ++m_known.count;
 }
