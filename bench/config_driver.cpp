@@ -1,0 +1,219 @@
+// Times of a configuration store, beside the document under it and the store of wxWidgets with the same values.
+//
+//     config_driver objects N     N objects with 10 values each: registered, stored, saved, loaded
+//     config_driver sections N    N sections of which 1,000 belong to objects
+//     config_driver unchanged     saves that change nothing in 100 objects, beside the sync of the disk alone
+#include "script/script.h"
+#include "script/script_minimal.h"
+#include "tests/support/temp_directory.h"
+#include "xml/xml_config.h"
+
+#include <wx/fileconf.h>
+#include <wx/init.h>
+#include <wx/wfstream.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace
+{
+
+constexpr int Values = 10;
+constexpr int Repetitions = 3;
+
+/// The shortest of some runs, in milliseconds.
+template <typename Run> double Time(Run run, int repetitions = Repetitions)
+{
+    double best = 1e9;
+    for (int i = 0; i < repetitions; ++i) {
+        const auto begin = std::chrono::steady_clock::now();
+        run();
+        const std::chrono::duration<double, std::milli> took = std::chrono::steady_clock::now() - begin;
+        best = std::min(best, took.count());
+    }
+    return best;
+}
+
+void Show(const char* what, double milliseconds)
+{
+    std::printf("%-44s %9.2f ms\n", what, milliseconds);
+}
+
+/// Ends the program when a step that is timed has not been done.
+void Must(bool done, const char* what)
+{
+    if (done)
+        return;
+    std::fprintf(stderr, "failed: %s\n", what);
+    std::exit(1);
+}
+
+wxString ObjectName(int i)
+{
+    return wxString::Format(wxS("object%d"), i);
+}
+
+/// A store with objects whose hooks read and write ten values.
+class Bench
+{
+public:
+    explicit Bench(int objects)
+    {
+        Must(m_script.SetGlobal(m_global.GetJSLink(), wxS("Global")), "a context");
+        config = std::make_unique<CXmlConfig>(&m_script, wxS("Config"), m_global.GetJSLink(), place.Dir(),
+                                              wxS("cfg.xml"), true);
+        for (int i = 0; i < objects; ++i) {
+            m_objects.push_back(std::make_unique<qxjsMinimal>());
+            m_script.CreateChild(Link(i), m_global.GetJSLink(), ObjectName(i), false, false);
+        }
+        SetHooks(true);
+    }
+
+    /// Hooks that do what users' do, or none.
+    void SetHooks(bool real)
+    {
+        const wxString hooks =
+            real ? wxS("var proto = Object.getPrototypeOf(object0);"
+                       "proto.StoreXmlConfig = function (n) {"
+                       "  for (var i = 0; i < 10; ++i) n.AddProp('value' + i, 'the value ' + i); return true; };"
+                       "proto.LoadXmlConfig = function (n) {"
+                       "  this.v = []; for (var i = 0; i < 10; ++i) this.v.push(n.GetProp('value' + i)); };")
+                 : wxS("delete proto.StoreXmlConfig; delete proto.LoadXmlConfig;");
+        Must(m_script.Evaluate(hooks, nullptr), "hooks");
+    }
+
+    CJScriptLink* Link(int i) { return m_objects[static_cast<std::size_t>(i)]->GetJSLink(); }
+
+    void Register(bool load)
+    {
+        config->CleanObjects();
+        for (int i = 0; i < static_cast<int>(m_objects.size()); ++i) {
+            if (load)
+                config->ObjectRegisterNamed(Link(i), ObjectName(i), wxString());
+            else
+                config->ObjectRegisterNamedNoLoad(Link(i), ObjectName(i), wxString());
+        }
+    }
+
+    TempDirectory place;
+    std::unique_ptr<CXmlConfig> config;
+
+private:
+    qxjsMinimal m_global;
+    std::vector<std::unique_ptr<qxjsMinimal>> m_objects;
+    CJScript m_script{nullptr};
+};
+
+void Sync(const TempDirectory& place, const std::string& bytes)
+{
+    CFile file = place.Dir().CreateFileW(wxS("sync"), true);
+    Must(file.GetOutputStream()->WriteAll(bytes.data(), bytes.size()) && file.Close(), "a sync");
+}
+
+/// The same bytes loaded and saved by a document alone, with the same care for the disk.
+double TimeDocument(const TempDirectory& place)
+{
+    return Time([&] {
+        CXmlDocument document;
+        CFile in = place.Dir().OpenFile(wxS("cfg.xml"), wxFile::read);
+        Must(document.Load(*in.GetInputStream(), wxS("UTF-8"), 0), "a document");
+        CFile out = place.Dir().CreateFileW(wxS("document.xml"), true);
+        Must(document.Save(*out.GetOutputStream()) && out.Close(), "a document's save");
+    });
+}
+
+double TimeFileConfig(const TempDirectory& place, int objects)
+{
+    const wxString name = FromSystemName(place.Path("file.ini"));
+    return Time([&] {
+        {
+            wxFileConfig config(wxString(), wxString(), name, wxString(), wxCONFIG_USE_LOCAL_FILE);
+            for (int i = 0; i < objects; ++i)
+                for (int value = 0; value < Values; ++value)
+                    config.Write(wxString::Format(wxS("/object%d/value%d"), i, value),
+                                 wxString::Format(wxS("the value %d"), value));
+        }
+        wxFileConfig again(wxString(), wxString(), name, wxString(), wxCONFIG_USE_LOCAL_FILE);
+        Must(again.Read(wxS("/object0/value1"), wxString()) == wxS("the value 1"), "wxFileConfig");
+    });
+}
+
+int TimeObjects(int objects)
+{
+    Bench bench(objects);
+    CXmlConfig& config = *bench.config;
+    config.CreateEmtyConfig();
+    Show("register", Time([&] { bench.Register(false); }));
+    Show("store, with hooks", Time([&] { Must(config.StoreAll(), "a store"); }));
+    Show("save, with hooks", Time([&] { Must(config.SaveFile(true), "a save"); }));
+    Show("load, with hooks", Time([&] { config.LoadFile(); }));
+    Show("register and load", Time([&] { bench.Register(true); }));
+    Show("store by link", Time([&] {
+             for (int i = 0; i < objects; ++i)
+                 Must(config.ObjectStore(bench.Link(i)), "a store");
+         }));
+    bench.SetHooks(false);
+    const double store = Time([&] {
+        config.LoadFile();
+        Must(config.SaveFile(true), "a save");
+    });
+    const double document = TimeDocument(bench.place);
+    Show("load and save, hooks apart", store);
+    Show("load and save of the document alone", document);
+    std::printf("%-44s %9.2f\n", "store / document", store / document);
+    Show("wxFileConfig: write and read", TimeFileConfig(bench.place, objects));
+    return 0;
+}
+
+int TimeSections(int sections)
+{
+    constexpr int objects = 1000;
+    Bench bench(objects);
+    CXmlConfig& config = *bench.config;
+    config.CreateEmtyConfig();
+    for (int i = 0; i < sections - objects; ++i)
+        config.GetRawRoot()->AddRawNode(wxString::Format(wxS("section%d"), i))->AddProp(wxS("v"), long(i));
+    bench.Register(false);
+    Must(config.SaveFile(true), "a save");
+    Show("save", Time([&] { Must(config.SaveFile(true), "a save"); }));
+    Show("load", Time([&] { config.LoadFile(); }));
+    return 0;
+}
+
+int TimeUnchanged()
+{
+    constexpr int objects = 100;
+    constexpr int repetitions = 30;
+    Bench bench(objects);
+    CXmlConfig& config = *bench.config;
+    bench.Register(false);
+    Must(config.SaveFile(true), "a save");
+    const double save = Time([&] { Must(config.SaveFile(true), "a save"); }, repetitions);
+    const double sync = Time([&] { Sync(bench.place, std::string(20'000, 'x')); }, repetitions);
+    Show("save of 100 objects that changes nothing", save);
+    Show("writing as many bytes and flushing them", sync);
+    Show("beyond the disk", save - sync);
+    return 0;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    const wxInitializer wx;
+    const std::string mode = argc > 1 ? argv[1] : "";
+    const int count = argc > 2 ? std::atoi(argv[2]) : 10'000;
+    if (mode == "objects" && count > 0)
+        return TimeObjects(count);
+    if (mode == "sections" && count > 1000)
+        return TimeSections(count);
+    if (mode == "unchanged")
+        return TimeUnchanged();
+    std::fprintf(stderr, "usage: config_driver objects|sections|unchanged [N]\n");
+    return 2;
+}
