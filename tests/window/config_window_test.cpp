@@ -18,7 +18,7 @@ class ConfigWindowTest : public testing::Test
 protected:
     ConfigWindowTest()
     {
-        EXPECT_TRUE(script.SetGlobal(global.GetJSLink(), wxS("Global")));
+        EXPECT_TRUE(ready);
         EXPECT_TRUE(script.CreateChild(frame->GetJSLink(), global.GetJSLink(), wxS("frame"), false, false));
         config.CreateEmtyConfig();
         frame->SetName(wxS("main window"));
@@ -37,6 +37,7 @@ protected:
     TempDirectory place;
     qxjsMinimal global;
     CJScript script{nullptr};
+    const bool ready = script.SetGlobal(global.GetJSLink(), wxS("Global"));
     std::unique_ptr<ScriptableFrame> frame = std::make_unique<ScriptableFrame>();
     CXmlConfig config{&script, wxS("Config"), global.GetJSLink(), place.Dir(), wxS("cfg.xml"), true};
 };
