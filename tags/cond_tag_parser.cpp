@@ -94,6 +94,7 @@ CCondTagParser::CCondTagParser(CPreprocessor* pp, const wchar_t* begin, const wc
 bool CCondTagParser::Process(CXmlNode* node, wxString& out, CJScript* script)
 {
     m_script = script;
+    m_passes = 0;
     out.clear();
     ClearError();
     const CXmlNodeRef start(node ? node->GetDocument() : nullptr, node ? node->GetXmlNode() : nullptr);
@@ -244,7 +245,7 @@ bool CCondTagParser::Expand(const CondPlan& plan, CXmlNodeRef& node, wxString& o
         if (repetition.filter.empty() || HasName(node.GetXmlNode(), repetition.filter)) {
             if (isRepeat)
                 counters.Last() = index;
-            done = ExpandOnce(plan, node, out, counters, defines);
+            done = (!isRepeat || CountPass(plan)) && ExpandOnce(plan, node, out, counters, defines);
             ++index;
         } else
             --repetition.count;
@@ -254,6 +255,14 @@ bool CCondTagParser::Expand(const CondPlan& plan, CXmlNodeRef& node, wxString& o
     if (isRepeat)
         counters.RemoveAt(counters.GetCount() - 1);
     return done;
+}
+
+bool CCondTagParser::CountPass(const CondPlan& plan)
+{
+    if (m_passLimit == 0 || ++m_passes <= m_passLimit)
+        return true;
+    Fail(wxString::Format(wxS("Xml parse : more than %lu passes in \n%s"), m_passLimit, HierarchyOf(plan)));
+    return false;
 }
 
 bool CCondTagParser::ExpandOnce(const CondPlan& plan, const CXmlNodeRef& node, wxString& out, wxArrayCounters& counters,

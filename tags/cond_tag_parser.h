@@ -96,6 +96,9 @@ public:
     /// Leaves out the empty line that ends each block's own text.
     void SetCompact(bool compact) { m_compact = compact; }
 
+    /// How many passes all repeats of one Process may make together; one more is a failure. 0, the default: no limit.
+    void SetPassLimit(unsigned long passes) { m_passLimit = passes; }
+
     /// The defines made by "GLOBAL_DEFINE", which live as long as the parser.
     CDefineList& GetGlobalDefines() { return m_globalDefines; }
 
@@ -137,10 +140,13 @@ private:
     CJScript* Script();
     template <typename Result> bool Evaluate(const wxString& text, const CXmlNodeRef& node, Result& result);
     Decision Fail(const wxString& message);
+    bool CountPass(const CondPlan& plan);
 
     CJScript* m_script = nullptr;
     CDefineList m_globalDefines{nullptr};
     bool m_compact = false;
+    unsigned long m_passLimit = 0;
+    unsigned long m_passes = 0; ///< Made by the repeats so far.
 
     wxDECLARE_CLASS(CCondTagParser);
 };

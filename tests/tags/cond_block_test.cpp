@@ -235,6 +235,17 @@ TEST_F(CondBlockTest, ALongRepetitionOfNothingIsDoneAtOnce)
                          "<%repeat count='2147483647'%>\n<%repeat filter='a'%>\n<%/repeat%>\n<%/repeat%>\n"));
 }
 
+TEST_F(CondBlockTest, TheHostCanLimitThePassesOfARun)
+{
+    const wxString text = "<%repeat count='2'%>\n<%repeat name='in' count='2'%>\nx\n<%/repeat%>\n<%/repeat%>\n";
+    parser.SetPassLimit(7);
+    EXPECT_EQ("x||x||x||x||", Expand(text));
+    parser.SetPassLimit(6);
+    EXPECT_EQ("x||x||x||x||", Expand(text));
+    parser.SetPassLimit(5);
+    EXPECT_EQ(CondFailure("Xml parse : more than 5 passes in \nrepeat=in"), Expand(text));
+}
+
 // --- Counters ---
 
 TEST_F(CondBlockTest, CountersAreCountedFromTheInnermostRepeatOut)

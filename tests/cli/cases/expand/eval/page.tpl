@@ -1,0 +1,3 @@
+<%repeat filter="item"%>
+[%(twice(GetProp("name").length))%] [%(unit)%] [%(Global.unit)%]
+<%/repeat%>

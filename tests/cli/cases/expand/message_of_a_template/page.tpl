@@ -1,0 +1,4 @@
+text
+<%keep%>
+<%if cond="true"%>
+<%/keep%>

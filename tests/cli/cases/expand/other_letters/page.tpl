@@ -1,0 +1,3 @@
+<%keep%>
+ä [%name%] [%U"name"%] [%(GetProp("name").length)%]
+<%/keep%>

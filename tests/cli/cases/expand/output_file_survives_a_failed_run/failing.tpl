@@ -1,0 +1,4 @@
+<%keep%>
+some text
+<%/keep%>
+<%if cond="nix"/%>

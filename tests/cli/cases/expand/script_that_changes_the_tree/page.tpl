@@ -1,0 +1,3 @@
+<%repeat%>
+[%name|gone%] [%(GetParent().RemoveNode("item"))%] [%name|gone%]
+<%/repeat%>

@@ -1,0 +1,6 @@
+<%keep%>
+Items of [%name%]
+<%/keep%>
+<%repeat filter="item"%>
+[%++%] [%name%]
+<%/repeat%>

@@ -1,0 +1,3 @@
+{{repeat}}
+<%keep%> [%name%]
+{{/repeat}}

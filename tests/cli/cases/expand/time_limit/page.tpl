@@ -1,0 +1,1 @@
+<%if cond="while (true);"/%>

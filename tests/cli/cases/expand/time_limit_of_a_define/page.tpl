@@ -1,0 +1,1 @@
+<%keep DEFINE="while (true);"/%>

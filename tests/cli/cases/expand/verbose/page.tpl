@@ -1,0 +1,4 @@
+text
+<%keep%>
+more
+<%/keep%>
