@@ -63,7 +63,7 @@ void ReportMisuse(const char* text)
         wxLogError("%s", text);
 }
 
-ThreadState* RefuseCall(JSContext* cx, const char* function)
+void RefuseCall(JSContext* cx, const char* function)
 {
     const char* reason = "without a context";
     if (cx) {
@@ -73,7 +73,6 @@ ThreadState* RefuseCall(JSContext* cx, const char* function)
                                     : "during a garbage collection";
     }
     ReportMisuse((std::string(function) + " called " + reason + "; refused").c_str());
-    return nullptr;
 }
 
 JSMisuseHook JS_SetMisuseHook(JSMisuseHook hook)

@@ -208,8 +208,9 @@ bool CallConstructor(::JSContext* engine, unsigned argc, JS::Value* vp)
                    [&] { return RunConstructor(record, cx, args) && (!t.EarlyCallsDue() || RunEarlyCalls(t)); });
 }
 
-bool CallPropertyOp(::JSContext* engine, const JS::CallArgs& args, jsval value, bool is_setter)
+template <bool IsSetter> bool CallPropertyOp(::JSContext* engine, unsigned argc, JS::Value* vp)
 {
+    const JS::CallArgs args = JS::CallArgsFromVp(argc, vp);
     const NativeRecord& record = RecordOf(args);
     ThreadState& t = *record.thread;
     JSContext* cx = t.current;
@@ -220,22 +221,12 @@ bool CallPropertyOp(::JSContext* engine, const JS::CallArgs& args, jsval value, 
         JSObject* self = ThisObject(t, *cx, args);
         if (!self)
             return false;
-        jsval word = is_setter && args.length() > 0 ? ToArgument(t, args[0]) : value;
+        jsval word = IsSetter && args.length() > 0 ? ToArgument(t, args[0]) : JSVAL_VOID;
         if (!frame.Conclude(record.op(cx, self, record.id, &word)))
             return false;
-        args.rval().set(is_setter ? JS::UndefinedValue() : ToEngine(word));
+        args.rval().set(IsSetter ? JS::UndefinedValue() : ToEngine(word));
         return true;
     });
-}
-
-bool CallGetter(::JSContext* engine, unsigned argc, JS::Value* vp)
-{
-    return CallPropertyOp(engine, JS::CallArgsFromVp(argc, vp), JSVAL_VOID, false);
-}
-
-bool CallSetter(::JSContext* engine, unsigned argc, JS::Value* vp)
-{
-    return CallPropertyOp(engine, JS::CallArgsFromVp(argc, vp), JSVAL_VOID, true);
 }
 
 bool SameRecord(const NativeRecord& a, const NativeRecord& b)
@@ -296,7 +287,8 @@ const NativeRecord* FindRecord(ThreadState& t, const NativeRecord& wanted)
     const NativeRecord wanted{&t, nullptr, op, id, is_setter ? 1U : 0U, is_setter, nullptr};
     ::JSObject*& known = DataOfGlobal(JS::CurrentGlobalOrNull(t.engine)).accessors[FindRecord(t, wanted)];
     if (!known) {
-        ::JSFunction* fun = NewFunction(t, is_setter ? CallSetter : CallGetter, wanted, 0, nullptr);
+        ::JSFunction* fun =
+            NewFunction(t, is_setter ? CallPropertyOp<true> : CallPropertyOp<false>, wanted, 0, nullptr);
         known = fun ? ::JS_GetFunctionObject(fun) : nullptr;
     }
     return known;

@@ -191,7 +191,7 @@ struct ThreadState final : DoublePool::Marker
 ThreadState* StartThread();
 
 void ReportMisuse(const char* text);
-ThreadState* RefuseCall(JSContext* cx, const char* function);
+[[gnu::cold]] void RefuseCall(JSContext* cx, const char* function);
 
 // The first thing every function does: the state to work on, or null when the call must be refused.
 inline ThreadState* Usable(JSContext* cx, const char* function)
@@ -201,7 +201,8 @@ inline ThreadState* Usable(JSContext* cx, const char* function)
         ++t->uses;
         return t;
     }
-    return RefuseCall(cx, function);
+    RefuseCall(cx, function);
+    return nullptr;
 }
 // The same for what never leaves an exception pending.
 inline ThreadState* UsableQuietly(JSContext* cx, const char* function)
@@ -209,7 +210,8 @@ inline ThreadState* UsableQuietly(JSContext* cx, const char* function)
     ThreadState* t = t_state;
     if (cx && t && cx->thread.load(std::memory_order_relaxed) == t && !t->collecting)
         return t;
-    return RefuseCall(cx, function);
+    RefuseCall(cx, function);
+    return nullptr;
 }
 // The same for what finalizers may do.
 inline ThreadState* UsableInFinalizer(JSContext* cx, const char* function)
@@ -217,7 +219,8 @@ inline ThreadState* UsableInFinalizer(JSContext* cx, const char* function)
     ThreadState* t = t_state;
     if (cx && t && cx->thread.load(std::memory_order_relaxed) == t)
         return t;
-    return RefuseCall(cx, function);
+    RefuseCall(cx, function);
+    return nullptr;
 }
 
 void TraceRoots(JSTracer* trc, void* thread);

@@ -28,6 +28,17 @@ inline JSString* Outer(::JSString* str)
     return reinterpret_cast<JSString*>(str);
 }
 
+// As JS::NumberValue, for what most numbers are; that asks for infinities, NaN and minus zero before it compares.
+inline JS::Value NumberToEngine(double d)
+{
+    if (d >= JSVAL_INT_MIN && d <= JSVAL_INT_MAX && d != 0) {
+        const auto whole = static_cast<jsint>(d);
+        if (whole == d)
+            return JS::Int32Value(whole);
+    }
+    return JS::NumberValue(d);
+}
+
 inline JS::Value ToEngine(jsval v)
 {
     if (JSVAL_IS_INT_TAGGED(v))
@@ -36,7 +47,7 @@ inline JS::Value ToEngine(jsval v)
     case JSVAL_OBJECT:
         return JS::ObjectOrNullValue(Inner(JSVAL_TO_OBJECT(v)));
     case JSVAL_DOUBLE:
-        return JS::NumberValue(*JSVAL_TO_DOUBLE(v));
+        return NumberToEngine(*JSVAL_TO_DOUBLE(v));
     case JSVAL_STRING:
         return JSVAL_TO_STRING(v) ? JS::StringValue(Inner(JSVAL_TO_STRING(v))) : JS::NullValue();
     default:

@@ -1,3 +1,4 @@
+#include "script/native_function.h"
 #include "script/script.h"
 #include "script/script_class.h"
 #include "script/script_link.h"
@@ -68,13 +69,11 @@ struct Target
 
 /// Writes a converted value into a field. When the conversion fails, a plain field stays as it is, and an array has the
 /// elements before the failing one.
-template <typename Field>
-Stored Store(JSContext* cx, const Target& target, const JSMapEntry& entry, jsval value,
-             bool (*convert)(JSContext*, jsval, Field&))
+template <typename Field> Stored Store(JSContext* cx, const Target& target, const JSMapEntry& entry, jsval value)
 {
     constexpr bool isArray = std::is_same_v<Field, wxArrayInt> || std::is_same_v<Field, wxArrayString>;
     Field converted{};
-    const bool isConverted = convert(cx, value, converted);
+    const bool isConverted = JSConversion<Field>::From(cx, value, converted);
     if (!JSVAL_IS_PRIMITIVE(value) && JS_GetPrivate(cx, target.object) != target.link)
         return Stored::NoObject;
     if (isConverted || (isArray && !JSVAL_IS_PRIMITIVE(value) && JS_IsArrayObject(cx, JSVAL_TO_OBJECT(value))))
@@ -101,31 +100,71 @@ Stored StoreEntryValue(JSContext* cx, const Target& target, const JSMapEntry& en
 {
     switch (entry.kind) {
     case JSMapEntry::Integer:
-        return Store<int>(cx, target, entry, value, &jsval_to_int);
+        return Store<int>(cx, target, entry, value);
     case JSMapEntry::Double:
-        return Store<double>(cx, target, entry, value, &jsval_to_double);
+        return Store<double>(cx, target, entry, value);
     case JSMapEntry::Text: {
-        const Stored stored = Store<wxString>(cx, target, entry, value, &jsval_to_wxString);
+        const Stored stored = Store<wxString>(cx, target, entry, value);
         if (stored == Stored::Yes)
             wxLogTrace(TraceMask, wxS("Set Prop wxString =%s"), ReadField<wxString>(target.link, entry));
         return stored;
     }
     case JSMapEntry::Boolean: {
-        const Stored stored = Store<bool>(cx, target, entry, value, &jsval_to_bool);
+        const Stored stored = Store<bool>(cx, target, entry, value);
         if (stored == Stored::Yes)
             wxLogTrace(TraceMask, wxS("Set Prop bool =%s"), BoolText(ReadField<bool>(target.link, entry)));
         return stored;
     }
     case JSMapEntry::IntegerArray:
-        return Store<wxArrayInt>(cx, target, entry, value, &jsval_to_wxArrayInt);
+        return Store<wxArrayInt>(cx, target, entry, value);
     default:
-        return Store<wxArrayString>(cx, target, entry, value, &jsval_to_wxArrayString);
+        return Store<wxArrayString>(cx, target, entry, value);
     }
 }
 
 bool IsIdNumber(jsval id)
 {
     return JSVAL_IS_INT(id);
+}
+
+/// Reads any property but a number. Out of line: what is logged here needs a frame whose set-up would cost reading a
+/// number more than the rest of it.
+[[gnu::noinline]] jsval ReadEntry(JSContext* cx, const JSMapEntry& entry, const CJScriptLink* link)
+{
+    switch (entry.kind) {
+    case JSMapEntry::ObjectPointer: {
+        const wxObject* const object = ReadField<wxObject*>(link, entry);
+        wxLogTrace(TraceMask, wxS("Get Prop WXOBJECT =%p"), static_cast<const void*>(object));
+        return ObjectAt(cx, object, entry, link);
+    }
+    case JSMapEntry::Text:
+        wxLogTrace(TraceMask, wxS("Get Prop wxString =%s"), ReadField<wxString>(link, entry));
+        return wxString_to_jsval(cx, ReadField<wxString>(link, entry));
+    case JSMapEntry::Boolean:
+        wxLogTrace(TraceMask, wxS("Get Prop bool =%s"), BoolText(ReadField<bool>(link, entry)));
+        return bool_to_jsval(cx, ReadField<bool>(link, entry));
+    case JSMapEntry::RawPointer: {
+        const void* const pointer = ReadField<const void*>(link, entry);
+        wxLogTrace(TraceMask, wxS("Get Prop WXOBJECT =%p"), pointer);
+        return AddressValue(cx, pointer);
+    }
+    case JSMapEntry::Object: {
+        const void* const object = FieldAddress(link, entry);
+        wxLogTrace(TraceMask, wxS("Get Prop WXOBJECTREF =%p"), object);
+        return ObjectAt(cx, object, entry, link);
+    }
+    case JSMapEntry::RawObject: {
+        const void* const object = FieldAddress(link, entry);
+        wxLogTrace(TraceMask, wxS("Get Prop WXOBJECTREF =%p"), object);
+        return AddressValue(cx, object);
+    }
+    case JSMapEntry::IntegerArray:
+        return wxArrayInt_to_jsval(cx, ReadField<wxArrayInt>(link, entry));
+    case JSMapEntry::TextArray:
+        return wxArrayString_to_jsval(cx, ReadField<wxArrayString>(link, entry));
+    default:
+        return JSVAL_NULL;
+    }
 }
 
 /// A read or write that fails without a message: says in the report of what.
@@ -145,77 +184,27 @@ JSMapEntry* CJScriptLinkClass::FindEntry(jsval id, bool byTinyId) const
     if (!IsIdNumber(id) || JSVAL_TO_INT(id) < 1)
         return nullptr;
     const auto number = static_cast<std::uint32_t>(JSVAL_TO_INT(id));
+    if (byTinyId)
+        return number < m_rowsByTinyId.size() ? m_rowsByTinyId[number] : nullptr;
     const CJScriptLinkClass* cls = this;
-    while (cls && number < (byTinyId ? cls->m_firstTinyId : cls->m_firstIndex))
+    while (cls && number < cls->m_firstIndex)
         cls = cls->GetParent();
-    if (!cls || !cls->m_map->entries)
+    if (!cls || !cls->m_map->entries || number >= cls->m_nextIndex)
         return nullptr;
-    if (!byTinyId) {
-        if (number >= cls->m_nextIndex)
-            return nullptr;
-        // Constants have no index, so a row can stand behind the place its index says.
-        JSMapEntry* row = cls->m_map->entries + (number - cls->m_firstIndex);
-        while (row->name && row->index != number)
-            ++row;
-        return row->name ? row : nullptr;
-    }
-    if (number >= cls->m_nextTinyId)
-        return nullptr;
-    for (JSMapEntry* row = cls->m_map->entries + (number - cls->m_firstTinyId); row->name; ++row) {
-        if (row->tinyid == number)
-            return row;
-    }
-    return nullptr;
+    // Constants have no index, so a row can stand behind the place its index says.
+    JSMapEntry* row = cls->m_map->entries + (number - cls->m_firstIndex);
+    while (row->name && row->index != number)
+        ++row;
+    return row->name ? row : nullptr;
 }
 
 bool CJScriptLinkClass::GetEntryValue(JSContext* cx, JSMapEntry* entry, const CJScriptLink* link, jsval* value) const
 {
-    switch (entry->kind) {
-    case JSMapEntry::ObjectPointer: {
-        const wxObject* const object = ReadField<wxObject*>(link, *entry);
-        wxLogTrace(TraceMask, wxS("Get Prop WXOBJECT =%p"), static_cast<const void*>(object));
-        *value = ObjectAt(cx, object, *entry, link);
-        break;
-    }
-    case JSMapEntry::Integer:
+    if (entry->kind == JSMapEntry::Integer)
         return JS_NewDoubleValue(cx, ReadField<int>(link, *entry), value); // as int_to_jsval, a call less
-    case JSMapEntry::Double:
+    if (entry->kind == JSMapEntry::Double)
         return JS_NewDoubleValue(cx, ReadField<double>(link, *entry), value);
-    case JSMapEntry::Text:
-        wxLogTrace(TraceMask, wxS("Get Prop wxString =%s"), ReadField<wxString>(link, *entry));
-        *value = wxString_to_jsval(cx, ReadField<wxString>(link, *entry));
-        break;
-    case JSMapEntry::Boolean:
-        wxLogTrace(TraceMask, wxS("Get Prop bool =%s"), BoolText(ReadField<bool>(link, *entry)));
-        *value = bool_to_jsval(cx, ReadField<bool>(link, *entry));
-        break;
-    case JSMapEntry::RawPointer: {
-        const void* const pointer = ReadField<const void*>(link, *entry);
-        wxLogTrace(TraceMask, wxS("Get Prop WXOBJECT =%p"), pointer);
-        *value = AddressValue(cx, pointer);
-        break;
-    }
-    case JSMapEntry::Object: {
-        const void* const object = FieldAddress(link, *entry);
-        wxLogTrace(TraceMask, wxS("Get Prop WXOBJECTREF =%p"), object);
-        *value = ObjectAt(cx, object, *entry, link);
-        break;
-    }
-    case JSMapEntry::RawObject: {
-        const void* const object = FieldAddress(link, *entry);
-        wxLogTrace(TraceMask, wxS("Get Prop WXOBJECTREF =%p"), object);
-        *value = AddressValue(cx, object);
-        break;
-    }
-    case JSMapEntry::IntegerArray:
-        *value = wxArrayInt_to_jsval(cx, ReadField<wxArrayInt>(link, *entry));
-        break;
-    case JSMapEntry::TextArray:
-        *value = wxArrayString_to_jsval(cx, ReadField<wxArrayString>(link, *entry));
-        break;
-    default:
-        *value = JSVAL_NULL;
-    }
+    *value = ReadEntry(cx, *entry, link);
     return true;
 }
 

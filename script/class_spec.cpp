@@ -52,7 +52,7 @@ bool CJScriptLinkClass::CreateSpec()
     if (parent)
         parent->CreateSpec();
     m_firstIndex = m_nextIndex = parent ? parent->m_nextIndex : 1;
-    m_firstTinyId = m_nextTinyId = parent ? parent->m_nextTinyId : 1;
+    m_rowsByTinyId = parent ? parent->m_rowsByTinyId : std::vector<JSMapEntry*>(1);
     for (JSMapEntry* row = m_map->entries; row && row->name; ++row) {
         if (!AddRow(*row))
             return true;
@@ -92,11 +92,12 @@ bool CJScriptLinkClass::AddRow(JSMapEntry& row)
 
 bool CJScriptLinkClass::AddProperty(JSMapEntry& row)
 {
-    if (m_nextTinyId > LastTinyId) {
+    if (m_rowsByTinyId.size() > LastTinyId) {
         wxLogError(wxS("CJScriptLinkClass::CreateSpec Too many Properties for %s"), m_map->name);
         return false;
     }
-    row.tinyid = static_cast<std::uint8_t>(m_nextTinyId++);
+    row.tinyid = static_cast<std::uint8_t>(m_rowsByTinyId.size());
+    m_rowsByTinyId.push_back(&row);
     AddPropSpec(row.name, row.tinyid, EnumeratePermanent);
     return true;
 }

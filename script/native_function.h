@@ -277,6 +277,13 @@ template <> struct JSConversion<int> : JSNamedConversion<int, &jsval_to_int, &in
         out = JSVAL_TO_INT(v);
         return true;
     }
+    /// As int_to_jsval, a call less.
+    static jsval To(JSContext* cx, int value)
+    {
+        jsval result = JSVAL_NULL;
+        JS_NewDoubleValue(cx, value, &result);
+        return result;
+    }
 };
 template <> struct JSConversion<double> : JSNamedConversion<double, &jsval_to_double, &double_to_jsval>
 {

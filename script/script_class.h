@@ -154,9 +154,7 @@ private:
     bool m_keepPrivate = false;
     std::uint32_t m_firstIndex = 0;
     std::uint32_t m_nextIndex = 0;
-    // Wider than a tinyid, so that what follows the last one is no tinyid instead of 0.
-    std::uint32_t m_firstTinyId = 0;
-    std::uint32_t m_nextTinyId = 0;
+    std::vector<JSMapEntry*> m_rowsByTinyId; ///< Of the whole class chain; none has tinyid 0.
     std::vector<CJsCtorDescr> m_constructors;
     std::vector<const JSMapEntry*> m_constants;
     std::vector<const JSMapEntry*> m_embedded; ///< The rows of embedded scriptable objects.
