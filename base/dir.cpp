@@ -212,6 +212,21 @@ CDir::eFound CDir::FindFile(const wxString& name) const
     return errno == ENOENT || errno == ENOTDIR ? foundNothing : foundOther;
 }
 
+std::string CDir::GetFileStamp(const wxString& name) const
+{
+    std::string path;
+    struct stat info;
+    if (!PathOf(name, path) || ::stat(path.c_str(), &info) != 0 || !S_ISREG(info.st_mode))
+        return std::string();
+    std::string stamp;
+    const timespec& changed = info.st_mtim;
+    for (const auto number : {static_cast<long long>(info.st_dev), static_cast<long long>(info.st_ino),
+                              static_cast<long long>(info.st_size), static_cast<long long>(changed.tv_sec),
+                              static_cast<long long>(changed.tv_nsec)})
+        stamp += std::to_string(number) + " ";
+    return stamp;
+}
+
 wxString CDir::GetRealPath(const wxString& name) const
 {
     std::string path;

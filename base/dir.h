@@ -7,6 +7,8 @@
 #include <wx/object.h>
 #include <wx/string.h>
 
+#include <string>
+
 /// A directory: where the names of files are looked up, and how their texts are read. A value: a copy is equal and goes
 /// its own way. It may also be the inside of a zip archive or a place on the network (ExtractDir); there, files can be
 /// read but not made.
@@ -81,6 +83,10 @@ public:
         foundOther    ///< a directory, a device, a pipe; and when the system does not say
     };
     eFound FindFile(const wxString& name) const;
+
+    /// A text that is another one as soon as there is another file under `name`, or its content has been changed
+    /// (within the accuracy of the file system's clock). Empty when there is no regular file.
+    std::string GetFileStamp(const wxString& name) const;
 
     /// The path that `name` has when all symbolic links are followed: the same by whatever way one gets to the file. It
     /// need not exist. Empty for what is no name of a file.

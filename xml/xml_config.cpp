@@ -43,6 +43,12 @@ HookCall CallHook(CJScript& script, CJScriptLink* link, const wchar_t* name, CXm
     return call;
 }
 
+bool HasHook(CJScriptLink* link, const wchar_t* name)
+{
+    const wxThreadCriticalSectionLocker lock(CJScript::EngineLock());
+    return link && link->GetJSFunction(name);
+}
+
 /// The first child element of a name; the empty node without one. Texts and comments have names too.
 CXmlNode* FindElement(CXmlNode* parent, const wxString& name)
 {
@@ -116,15 +122,16 @@ bool CXmlConfig::LoadSection(const tCfgObject& object)
 {
     const wxWeakRef<CJScriptLink> link(object.link);
     bool handled = false;
-    CXmlNode* section = GetSectionNode(object.section, false);
-    if (section->Ok())
-        handled = CallHook(*GetScript(), link, wxS("LoadXmlConfig"), section).completed;
-    // Looked up again: the first hook may have done anything.
-    section = GetSectionNode(object.section, false);
-    if (!section->Ok())
-        return handled;
-    const HookCall second = CallHook(*GetScript(), link, wxS("_LoadXmlConfig"), section);
-    return second.exists ? second.result : handled;
+    for (const wchar_t* const name : {wxS("LoadXmlConfig"), wxS("_LoadXmlConfig")}) {
+        // The hook is looked up before its section, as most sections have no handle yet and those of objects without
+        // hooks need none. And the section each time: the first hook may have done anything.
+        CXmlNode* const section = HasHook(link, name) ? GetSectionNode(object.section, false) : GetEmptyNode();
+        if (!section->Ok())
+            continue;
+        const HookCall call = CallHook(*GetScript(), link, name, section);
+        handled = name[0] == wxS('_') ? call.result : call.completed;
+    }
+    return handled;
 }
 
 void CXmlConfig::ObjectLoad(const tCfgObject& object)
@@ -143,19 +150,26 @@ bool CXmlConfig::ObjectStore(const tCfgObject& object)
     const wxWeakRef<CJScriptLink> link(object.link);
     bool cleared = false;
     for (const wchar_t* const name : {wxS("StoreXmlConfig"), wxS("_StoreXmlConfig")}) {
-        // Looked up again each time: the first hook may have done anything.
+        if (!HasHook(link, name))
+            continue;
         CXmlNode* const section = GetSectionNode(object.section, true);
         if (!section->Ok())
             return false;
-        if (!link || !link->GetJSFunction(name))
-            continue;
         if (!cleared)
             section->Clear();
         cleared = true;
         if (!CallHook(*GetScript(), link, name, section).result)
             return false;
     }
-    return true;
+    return cleared || MakeSection(object.section);
+}
+
+/// Makes a section that is missing; what is there gets no handle for this. False when it cannot be.
+bool CXmlConfig::MakeSection(const wxString& path)
+{
+    CXmlNode* const parent = GetSectionNode(path.BeforeLast(wxS('/')), true);
+    const wxString name = path.AfterLast(wxS('/'));
+    return name.empty() || parent->HasNode(name) || GetSectionNode(path, true)->Ok();
 }
 
 /// Loads a registered object, which until then counts as not loaded.

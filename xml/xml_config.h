@@ -167,6 +167,7 @@ private:
     bool AddObject(CJScriptLink* link, const wxString& name, const wxString& section, unsigned long& id);
     void LoadRegistered(unsigned long id);
     bool LoadSection(const tCfgObject& object);
+    bool MakeSection(const wxString& path);
 
     CDir Directory() const;
     CFile OpenToLoad();
@@ -175,6 +176,7 @@ private:
     bool Serialise(std::string& bytes);
     bool ReplaceFile(bool createFlag);
     bool ReplaceBackup(CDir& dir) const;
+    bool IsGood(CDir& dir) const;
 
     std::unique_ptr<CHashMapCfgObject> m_objects;
     wxCriticalSection m_lock;
@@ -184,5 +186,7 @@ private:
     wxString m_fileName;
     Activity m_activity = Activity::None;
     bool m_loaded = false;
+    bool m_fromFile = false;   ///< The last load has opened the file itself.
+    std::string m_goodStamp;   ///< That of the file when it was loaded or saved the last time.
     bool m_passedOver = false; ///< The last load has met a file that is there and cannot be read.
 };

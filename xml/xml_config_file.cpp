@@ -94,6 +94,7 @@ CFile CXmlConfig::OpenToLoad()
     for (CDir& dir : directories) {
         for (const wxString& name : {m_fileName, m_fileName + BackupSuffix}) {
             const CFile file = dir.OpenFile(name, wxFile::read);
+            m_fromFile = file.IsOpened() && &dir == &directories[0] && name == m_fileName;
             if (file.IsOpened())
                 return file;
             m_passedOver = m_passedOver || dir.FindFile(name) != CDir::foundNothing;
@@ -121,6 +122,7 @@ void CXmlConfig::LoadFile()
     CFile file = OpenToLoad();
     LoadTree(file);
     m_passedOver = m_passedOver || (file.IsOpened() && !m_loaded);
+    m_goodStamp = m_fromFile && m_loaded ? m_directory.GetFileStamp(m_fileName) : std::string();
     file.Close();
     if (m_loaded)
         LoadAll();
@@ -155,13 +157,22 @@ bool CXmlConfig::Serialise(std::string& bytes)
         GetTree()->SetFileEncoding(Encoding);
     if (!Save(stream))
         return false;
-    xml_detail::WellFormedCheck check(GetMaxDepth());
-    check.Add(stream.bytes.data(), stream.bytes.size());
     bytes = std::move(stream.bytes);
+    if (xml_detail::IsSurelyWellFormed(*GetTree()))
+        return true;
+    xml_detail::WellFormedCheck check(GetMaxDepth());
+    check.Add(bytes.data(), bytes.size());
     if (check.Finish())
         return true;
     wxLogError(wxS("'%s' is not saved, it could not be loaded again: %s"), m_fileName, check.Message());
     return false;
+}
+
+/// Whether the file can be loaded. Not read again when it is what was loaded or saved here.
+bool CXmlConfig::IsGood(CDir& dir) const
+{
+    const std::string stamp = dir.GetFileStamp(m_fileName);
+    return (!stamp.empty() && stamp == m_goodStamp) || IsXmlFile(dir, m_fileName, GetMaxDepth());
 }
 
 /// Makes the file the backup. A file that is damaged may be so because somebody has edited it: it is worth keeping, but
@@ -170,7 +181,7 @@ bool CXmlConfig::ReplaceBackup(CDir& dir) const
 {
     const wxString backup = m_fileName + BackupSuffix;
     const wxString kept = m_fileName + KeptSuffix;
-    if (!IsXmlFile(dir, m_fileName, GetMaxDepth()) && IsXmlFile(dir, backup, GetMaxDepth())) {
+    if (!IsGood(dir) && IsXmlFile(dir, backup, GetMaxDepth())) {
         if (!dir.BackUpFile(backup, kept))
             return false;
         wxLogWarning(wxS("'%s' is damaged; its good backup is kept as '%s'"), m_fileName, kept);
@@ -191,6 +202,7 @@ bool CXmlConfig::ReplaceFile(bool createFlag)
     const bool written = WriteBytes(file, bytes);
     if (!written || (exists && !ReplaceBackup(dir) && !createFlag) || !file.Close())
         return ReportUnwritten(dir, m_fileName);
+    m_goodStamp = dir.GetFileStamp(m_fileName);
     if (!exists)
         dir.DeleteFileW(m_fileName + BackupSuffix);
     return true;

@@ -1,6 +1,9 @@
 #include "xml/xml_well_formed_detail.h"
 
+#include "xml/tree_links_detail.h"
+
 #include <expat.h>
+#include <wx/xml/xml.h>
 
 #include <algorithm>
 #include <new>
@@ -10,6 +13,51 @@ namespace xml_detail
 
 namespace
 {
+
+/// Elements with more attributes are left to the parser, which has a better way to find equal names.
+constexpr int MostAttributes = 32;
+
+bool IsAsciiNameStart(wchar_t c)
+{
+    return (c >= L'a' && c <= L'z') || (c >= L'A' && c <= L'Z') || c == L'_';
+}
+
+bool IsAsciiName(const wxString& name)
+{
+    const wchar_t* const text = name.wx_str();
+    const auto isPart = [](wchar_t c) { return IsAsciiNameStart(c) || (c >= L'0' && c <= L'9') || c == L'-'; };
+    return IsAsciiNameStart(text[0]) && std::all_of(text + 1, text + name.length(), isPart);
+}
+
+/// No control characters, and no others that documents must not have.
+bool IsPlainText(const wxString& text)
+{
+    const wchar_t* const from = text.wx_str();
+    return std::all_of(from, from + text.length(), [](wchar_t c) {
+        return (c >= 0x20 && c < 0xd800) || c == L'\t' || c == L'\n' || c == L'\r' || (c >= 0xe000 && c < 0xfffe) ||
+               (c >= 0x10000 && c < 0x110000);
+    });
+}
+
+bool HasPlainAttributes(const wxXmlNode& element)
+{
+    int count = 0;
+    for (const wxXmlAttribute* one = element.GetAttributes(); one; one = one->GetNext()) {
+        if (++count > MostAttributes || !IsAsciiName(one->GetName()) || !IsPlainText(one->GetValue()))
+            return false;
+        for (const wxXmlAttribute* other = element.GetAttributes(); other != one; other = other->GetNext())
+            if (other->GetName() == one->GetName())
+                return false;
+    }
+    return true;
+}
+
+bool IsPlain(const wxXmlNode& node)
+{
+    if (node.GetType() == wxXML_ELEMENT_NODE)
+        return IsAsciiName(node.GetName()) && HasPlainAttributes(node);
+    return node.GetType() == wxXML_TEXT_NODE && !node.GetNoConversion() && IsPlainText(node.GetContent());
+}
 
 /// Bytes given to the parser at once; it takes their number as an int.
 constexpr std::size_t LargestPiece = 1 << 20;
@@ -32,6 +80,19 @@ int RefuseExternalEntity(XML_Parser, const XML_Char*, const XML_Char*, const XML
 }
 
 } // namespace
+
+bool IsSurelyWellFormed(const wxXmlDocument& document)
+{
+    wxXmlNode* const root = document.GetRoot();
+    if (!root || document.GetDocumentNode()->GetChildren() != root || root->GetNext() ||
+        !document.GetDoctype().GetRootName().empty() || document.GetVersion() != wxS("1.0"))
+        return false;
+    unsigned int depth = 0;
+    for (wxXmlNode* node = root; node; node = NextInTree(node, root, depth))
+        if (!IsPlain(*node))
+            return false;
+    return true;
+}
 
 void WellFormedCheck::ParserDeleter::operator()(XML_ParserStruct* parser) const
 {

@@ -6,9 +6,14 @@
 #include <memory>
 
 struct XML_ParserStruct;
+class WXDLLIMPEXP_FWD_XML wxXmlDocument;
 
 namespace xml_detail
 {
+
+/// Whether a tree will surely be XML when it is written: plain elements, ASCII names, no odd characters. Most trees are
+/// like that, and finding out costs a third of reading them again. False says nothing.
+bool IsSurelyWellFormed(const wxXmlDocument& document);
 
 /// Reads a text piece by piece and builds nothing: finds out whether it is XML that can be loaded.
 class WellFormedCheck

@@ -160,6 +160,21 @@ TEST_F(DirBackupTest, WhatIsUnderANameIsFound)
     EXPECT_EQ(CDir::foundNothing, Dir().FindFile(""));
 }
 
+TEST_F(DirBackupTest, AStampChangesWithTheFileAndItsContent)
+{
+    EXPECT_EQ("", Dir().GetFileStamp("f"));
+    EXPECT_EQ("", Dir().GetFileStamp("."));
+    ASSERT_TRUE(Save("f", "x"));
+    const std::string first = Dir().GetFileStamp("f");
+    EXPECT_NE("", first);
+    EXPECT_EQ(first, Dir().GetFileStamp("f"));
+    ASSERT_TRUE(Save("f", "y"));
+    const std::string second = Dir().GetFileStamp("f");
+    EXPECT_NE(first, second);
+    Put("f", "longer");
+    EXPECT_NE(second, Dir().GetFileStamp("f"));
+}
+
 TEST_F(DirBackupTest, OneFileHasOneRealPath)
 {
     ASSERT_EQ(0, ::mkdir(Path("d").c_str(), 0755));

@@ -163,6 +163,8 @@ INSTANTIATE_TEST_SUITE_P(
                  L"o.StoreXmlConfig = function (n) { return n.GetParent().RemoveNode('o'); };"
                  L"o._StoreXmlConfig = function (n) { return n.AddProp('z', 7); }",
                  true, L"", " z=\"7\" 0"},
+        StoreRow{"a_section_that_the_only_one_removes_is_gone",
+                 L"o.StoreXmlConfig = function (n) { return n.GetParent().RemoveNode('o'); }", true, L"", " 0"},
         StoreRow{"what_is_no_function_is_no_hook", L"o.StoreXmlConfig = 'x'; o._StoreXmlConfig = null", true, L"",
                  " x=\"5\" 2"}),
     NameOfRow<StoreRow>);

@@ -174,6 +174,32 @@ TEST_F(ConfigSaveTest, WhatCouldNotBeLoadedAgainIsNotSaved)
     }
 }
 
+TEST_F(ConfigSaveTest, WhatIsUnusualAndCanBeLoadedIsSaved)
+{
+    Put("<!DOCTYPE Config><?go on?><Config><!-- c --><a><![CDATA[<raw>]]></a><p:b/></Config>");
+    config->LoadFile();
+    const wxString name = wxString::FromUTF8("gr\xC3\xB6\xC3\x9F") + wxS("e");
+    CXmlNode* const node = config->GetSectionNode(name, true);
+    for (int i = 0; i < 50; ++i)
+        node->AddProp(wxString::Format(wxS("n%d"), i), wxString(wxUniChar(0x1F600)) + wxS("\t\n\"<&"));
+    EXPECT_TRUE(config->SaveFile(true));
+    config->LoadFile();
+    EXPECT_TRUE(config->IsLoaded());
+    EXPECT_EQ(config->GetSectionNode(name, false)->GetPropW(wxS("n49"), wxString()),
+              wxString(wxUniChar(0x1F600)) + wxS("\t\n\"<&"));
+    EXPECT_TRUE(log.Errors().empty());
+}
+
+TEST_F(ConfigSaveTest, AFileThatIsDamagedBetweenLoadAndSaveDoesNotPushOutAGoodBackup)
+{
+    ASSERT_TRUE(SaveState(1));
+    ASSERT_TRUE(SaveState(2));
+    Put("<Config><a x='2'></Config>");
+    ASSERT_TRUE(SaveState(3));
+    EXPECT_EQ(Bytes("cfg.xml.old"), "<Config><a x='2'></Config>");
+    EXPECT_EQ(Bytes("cfg.xml.kept"), FirstState);
+}
+
 TEST_F(ConfigSaveTest, ADamagedFileDoesNotPushOutAGoodBackup)
 {
     Put("<Config><a x='2'></Config>");
