@@ -32,25 +32,66 @@ struct Expansion
     }
 };
 
-Expansion Expand(const wxString& text, const wxString& xml)
+/// A document with script from the start, or from when it is asked for.
+class ScriptedDocument
 {
-    qxjsMinimal global;
-    CJScript script(nullptr);
-    script.SetTimeLimit(TimeLimit);
-    script.SetMemoryLimit(MemoryLimit);
-    script.SetGlobal(global.GetJSLink(), wxS("Global"));
-    CXmlDocument document(&script, wxS("Document"), global.GetJSLink());
-    document.SetContent(xml);
+public:
+    explicit ScriptedDocument(const wxString& xml)
+    {
+        m_script.SetTimeLimit(TimeLimit);
+        m_script.SetMemoryLimit(MemoryLimit);
+        m_script.SetGlobal(m_global.GetJSLink(), wxS("Global"));
+        document.SetContent(xml);
+    }
+    ~ScriptedDocument() { document.Clear(); }
+
+    CJScript* Script()
+    {
+        document.SetScript(&m_script, wxS("Document"), m_global.GetJSLink());
+        return &m_script;
+    }
+
+private:
+    qxjsMinimal m_global;
+    CJScript m_script{nullptr};
+
+public:
+    CXmlDocument document;
+};
+
+class LateTemplate : public CCondTagParser
+{
+public:
+    LateTemplate(CPreprocessor& pp, ScriptedDocument& document) : CCondTagParser(&pp), m_document(document) {}
+
+protected:
+    CJScript* ProvideScript() override { return m_document.Script(); }
+
+private:
+    ScriptedDocument& m_document;
+};
+
+enum class Start
+{
+    AtOnce,
+    WhenNeeded
+};
+
+Expansion Expand(const wxString& text, const wxString& xml, Start start)
+{
+    ScriptedDocument scripted(xml);
+    CXmlDocument& document = scripted.document;
     CPreprocessor pp(nullptr, true);
     pp.Desactivate();
-    CCondTagParser parser(&pp);
+    LateTemplate parser(pp, scripted);
     parser.SetPassLimit(PassLimit);
 
     Expansion result;
     parser.Parse(text, wxS("input"), nullptr, false);
     result.isRead = parser.ParseBlock(parser.GetLastBlock(0)) == 0;
     CXmlNode* const root = document.GetRawRoot();
-    result.isDone = result.isRead && parser.Process(root ? root : document.GetEmptyNode(), result.text, &script);
+    result.isDone = result.isRead && parser.Process(root ? root : document.GetEmptyNode(), result.text,
+                                                    start == Start::AtOnce ? scripted.Script() : nullptr);
     parser.GetLastErrorStr(&result.message);
     Require(result.isDone == result.message.empty(), "a failure, and only that, leaves a message");
     return result;
@@ -90,9 +131,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const wxString text = input.substr(0, end);
     const wxString xml = end < input.length() ? input.substr(end + Separator.length()) : wxString(wxS("<r a='1'/>"));
 
-    const Expansion first = Expand(text, xml);
-    if (IsSteady(text))
-        Require(Expand(text, xml) == first, "the same template and document give the same text");
+    const Expansion first = Expand(text, xml, Start::AtOnce);
+    if (IsSteady(text)) {
+        Require(Expand(text, xml, Start::AtOnce) == first, "the same template and document give the same text");
+        Require(Expand(text, xml, Start::WhenNeeded) == first, "it does not matter when scripts start");
+    }
     if (!text.Contains(wxS("<%")) && !text.Contains(wxS("[%")))
         Require(first.isDone && first.text == Lines(text), "a text without tags is written as it is");
     Require(JS_CountHostObjects() == scriptObjects, "no script object outlives its context");

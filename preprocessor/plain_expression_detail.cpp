@@ -3,6 +3,7 @@
 #include "preprocessor/text_detail.h"
 #include "script/value_conversion.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <string>
@@ -121,30 +122,70 @@ bool IsComparison(Operator op)
     return op >= Operator::Equal && op <= Operator::GreaterOrEqual;
 }
 
-/// Nothing where script would convert between texts and numbers. Texts are not joined here.
+/// The number that script makes of a value; nothing for texts other than plain decimal numbers.
+std::optional<double> ToNumber(const PlainValue& value)
+{
+    const auto* const text = std::get_if<wxString>(&value);
+    if (!text)
+        return NumberOf(value);
+    constexpr size_t longest = 64;
+    char digits[longest];
+    const size_t length = text->length();
+    if (length == 0 || length > longest)
+        return length == 0 ? std::optional<double>(0) : std::nullopt;
+    const wchar_t* const chars = text->wx_str();
+    for (size_t i = 0; i < length; ++i) {
+        const bool isSign = i == 0 && length > 1 && chars[i] == L'-';
+        const bool isPoint = chars[i] == L'.' && i + 1 < length && i > 0;
+        if (!isSign && !isPoint && (chars[i] < L'0' || chars[i] > L'9'))
+            return std::nullopt;
+        digits[i] = static_cast<char>(chars[i]);
+    }
+    double number = 0;
+    const auto [parsed, error] = std::from_chars(digits, digits + length, number);
+    return error == std::errc() && parsed == digits + length ? std::optional<double>(number) : std::nullopt;
+}
+
+/// Nothing where a text would have to become a number and is none.
 std::optional<PlainValue> Apply(Operator op, const PlainValue& left, const PlainValue& right)
 {
     if ((op == Operator::Same || op == Operator::NotSame) && left.index() != right.index())
         return op == Operator::NotSame;
-    if (IsText(left) != IsText(right))
+    if (IsText(left) && IsText(right) && IsComparison(op))
+        return Compare(op, std::get<wxString>(left).compare(std::get<wxString>(right)), 0);
+    const std::optional<double> leftNumber = ToNumber(left);
+    const std::optional<double> rightNumber = ToNumber(right);
+    if (!leftNumber || !rightNumber)
         return std::nullopt;
-    if (IsText(left)) {
-        const auto& leftText = std::get<wxString>(left);
-        const auto& rightText = std::get<wxString>(right);
-        if (IsComparison(op))
-            return Compare(op, leftText.compare(rightText), 0);
-        return std::nullopt;
-    }
     if (IsComparison(op))
-        return Compare(op, NumberOf(left), NumberOf(right));
-    return Calculate(op, NumberOf(left), NumberOf(right));
+        return Compare(op, *leftNumber, *rightNumber);
+    return Calculate(op, *leftNumber, *rightNumber);
+}
+
+/// Appends a value to another one as texts; in its place, since a copy at each link would make chains quadratic.
+bool Append(PlainValue& left, const PlainValue& right)
+{
+    wxString text;
+    const auto* const rightText = std::get_if<wxString>(&right);
+    if (!rightText && !ConvertPlain(right, text))
+        return false;
+    if (!IsText(left)) {
+        wxString leftText;
+        if (!ConvertPlain(left, leftText))
+            return false;
+        left = leftText;
+    }
+    std::get<wxString>(left) += rightText ? *rightText : text;
+    return true;
 }
 
 /// Reads and evaluates in one go. Every function gives nothing for what is not plain.
 class PlainExpression
 {
 public:
-    explicit PlainExpression(const wxString& text) : m_at(text.wx_str()), m_end(m_at + text.length()) {}
+    PlainExpression(const wxString& text, const PlainFunctions* functions)
+        : m_at(text.wx_str()), m_end(m_at + text.length()), m_functions(functions)
+    {}
 
     std::optional<PlainValue> Evaluate()
     {
@@ -165,9 +206,12 @@ private:
     std::optional<PlainValue> Parenthesised();
     std::optional<PlainValue> Text();
     std::optional<PlainValue> Number();
+    std::optional<PlainValue> Call(std::wstring_view name);
+    bool TakeProperty(PlainValue& value);
 
     const wchar_t* m_at;
     const wchar_t* m_end;
+    const PlainFunctions* m_functions;
     int m_nesting = 0;
 };
 
@@ -198,9 +242,10 @@ std::optional<PlainValue> PlainExpression::Binary(int precedence)
         const std::optional<PlainValue> right = Binary(info->precedence + 1);
         if (!right)
             return std::nullopt;
-        if (info->op == Operator::Plus && IsText(*left) && IsText(*right))
-            std::get<wxString>(*left) += std::get<wxString>(*right);
-        else if (info->op == Operator::Or || info->op == Operator::And) {
+        if (info->op == Operator::Plus && (IsText(*left) || IsText(*right))) {
+            if (!Append(*left, *right))
+                return std::nullopt;
+        } else if (info->op == Operator::Or || info->op == Operator::And) {
             if (IsTrue(*left) != (info->op == Operator::Or))
                 left = right;
         } else
@@ -225,9 +270,10 @@ std::optional<PlainValue> PlainExpression::Unary()
         return std::nullopt;
     if (sign == L'!')
         return !IsTrue(*operand);
-    if (IsText(*operand))
+    const std::optional<double> number = ToNumber(*operand);
+    if (!number)
         return std::nullopt;
-    return sign == L'-' ? -NumberOf(*operand) : NumberOf(*operand);
+    return sign == L'-' ? -*number : *number;
 }
 
 std::optional<PlainValue> PlainExpression::Operand()
@@ -242,6 +288,10 @@ std::optional<PlainValue> PlainExpression::Operand()
         return Number();
     const wchar_t* const wordEnd = text_detail::SkipWord(m_at, m_end);
     const std::wstring_view word(m_at, wordEnd - m_at);
+    if (m_functions && !word.empty() && wordEnd != m_end && *wordEnd == L'(') {
+        m_at = wordEnd + 1;
+        return Call(word);
+    }
     // Other letters, and "$", may go on with the word.
     if ((word != L"true" && word != L"false") || (wordEnd != m_end && (*wordEnd >= 0x80 || *wordEnd == L'$')))
         return std::nullopt;
@@ -276,6 +326,48 @@ std::optional<PlainValue> PlainExpression::Text()
     return wxString(start, m_at++ - start);
 }
 
+/// A call, from behind its opening parenthesis on.
+std::optional<PlainValue> PlainExpression::Call(std::wstring_view name)
+{
+    std::optional<PlainValue> argument;
+    SkipBlanks();
+    if (m_at != m_end && (*m_at == L'"' || *m_at == L'\'')) {
+        argument = Text();
+        if (!argument)
+            return std::nullopt;
+        SkipBlanks();
+    }
+    if (m_at == m_end || *m_at != L')')
+        return std::nullopt;
+    ++m_at;
+    std::optional<PlainValue> value = m_functions->Call(name, argument ? &std::get<wxString>(*argument) : nullptr);
+    const bool isKnown = value && (m_at == m_end || *m_at != L'.' || TakeProperty(*value));
+    return isKnown ? value : std::nullopt;
+}
+
+/// Takes one of the properties of texts that are known; of texts in ASCII, whose letters have simple counterparts.
+bool PlainExpression::TakeProperty(PlainValue& value)
+{
+    const auto isAscii = [](wchar_t ch) { return ch < 0x80; };
+    auto* const text = std::get_if<wxString>(&value);
+    if (!text || !std::all_of(text->wc_str(), text->wc_str() + text->length(), isAscii))
+        return false;
+    const auto take = [this](std::wstring_view word) {
+        const bool isHere = StartsWith(word);
+        m_at += isHere ? word.size() : 0;
+        return isHere;
+    };
+    if (take(L".toUpperCase()"))
+        text->MakeUpper();
+    else if (take(L".toLowerCase()"))
+        text->MakeLower();
+    else if (take(L".length") && (m_at == m_end || !(IsWordChar(*m_at) || *m_at >= 0x80 || *m_at == L'$')))
+        value = static_cast<double>(text->length());
+    else
+        return false;
+    return true;
+}
+
 /// A decimal number without an exponent: what else begins with a digit is the engine's.
 std::optional<PlainValue> PlainExpression::Number()
 {
@@ -294,9 +386,9 @@ std::optional<PlainValue> PlainExpression::Number()
 
 } // namespace
 
-std::optional<PlainValue> EvaluatePlain(const wxString& text)
+std::optional<PlainValue> EvaluatePlain(const wxString& text, const PlainFunctions* functions)
 {
-    return PlainExpression(text).Evaluate();
+    return PlainExpression(text, functions).Evaluate();
 }
 
 bool ConvertPlain(const PlainValue& value, bool& result)

@@ -142,7 +142,9 @@ bool ExpandRun::RunTexts()
 bool ExpandRun::Expand(wxString& text)
 {
     CXmlNode* const root = m_document.Document().GetRawRoot();
-    if (m_template.Process(root ? root : m_document.Document().GetEmptyNode(), text, nullptr))
+    // What -e has run may have changed what scripts find.
+    CJScript* const script = m_options.texts.empty() ? nullptr : m_document.Start();
+    if (m_template.Process(root ? root : m_document.Document().GetEmptyNode(), text, script))
         return true;
     m_diagnostics.ReportFailure(m_template);
     return false;

@@ -13,8 +13,10 @@
 #include <wx/log.h>
 #include <wx/xml/xml.h>
 
+#include <algorithm>
 #include <limits>
 #include <optional>
+#include <string_view>
 
 wxIMPLEMENT_CLASS(CCondTagParser, CTagParser);
 
@@ -57,19 +59,6 @@ void MoveToNext(CXmlNodeRef& node)
         node.Set(xml_detail::NextOf(*current));
 }
 
-/// The first attribute of these names that there is, by the order of the names; null for none.
-const wxXmlAttribute* FindAttribute(const wxXmlNode* node, const std::vector<wxString>& names)
-{
-    for (const wxString& name : names) {
-        const wxXmlAttribute* attribute = node ? node->GetAttributes() : nullptr;
-        for (; attribute; attribute = attribute->GetNext()) {
-            if (attribute->GetName() == name)
-                return attribute;
-        }
-    }
-    return nullptr;
-}
-
 void AppendCounter(const CondExpression& expression, const CCondTagParser::wxArrayCounters& counters, wxString& out)
 {
     const int innermost = static_cast<int>(counters.GetCount()) - 1;
@@ -77,6 +66,60 @@ void AppendCounter(const CondExpression& expression, const CCondTagParser::wxArr
         wxLogError(wxS("Xml parse : bad ++ counter level: request %d has %d"), expression.level, innermost);
     else
         out << counters[static_cast<size_t>(innermost - expression.level)];
+}
+
+/// The methods of a node that only read it.
+class NodeFunctions : public PlainFunctions
+{
+public:
+    explicit NodeFunctions(const wxXmlNode* node) : m_node(node) {}
+
+    std::optional<PlainValue> Call(std::wstring_view name, const wxString* argument) const override;
+
+private:
+    const wxXmlNode* m_node;
+};
+
+const wxXmlAttribute* FindAttribute(const wxXmlNode* node, const wxString& name)
+{
+    const wxXmlAttribute* attribute = node ? node->GetAttributes() : nullptr;
+    while (attribute && attribute->GetName() != name)
+        attribute = attribute->GetNext();
+    return attribute;
+}
+
+/// The first attribute of these names that there is, by the order of the names; null for none.
+const wxXmlAttribute* FindAttribute(const wxXmlNode* node, const std::vector<wxString>& names)
+{
+    for (const wxString& name : names) {
+        if (const wxXmlAttribute* const attribute = FindAttribute(node, name))
+            return attribute;
+    }
+    return nullptr;
+}
+
+/// A text as script has it. Characters that are two there are left to the engine.
+std::optional<PlainValue> PlainText(const wxString& text)
+{
+    const wchar_t* const chars = text.wx_str();
+    if (!std::all_of(chars, chars + text.length(), [](wchar_t ch) { return ch < 0xD800; }))
+        return std::nullopt;
+    return text;
+}
+
+std::optional<PlainValue> NodeFunctions::Call(std::wstring_view name, const wxString* argument) const
+{
+    if (argument && name == L"GetProp") {
+        const wxXmlAttribute* const attribute = FindAttribute(m_node, *argument);
+        return PlainText(attribute ? attribute->GetValue() : wxString());
+    }
+    if (argument && name == L"HasProp")
+        return FindAttribute(m_node, *argument) != nullptr;
+    if (!argument && name == L"GetName")
+        return PlainText(m_node ? m_node->GetName() : wxString());
+    if (!argument && (name == L"GetCount" || name == L"GetChildrenCount"))
+        return static_cast<double>(ChildCount(m_node));
+    return std::nullopt;
 }
 
 wxString HierarchyOf(const CondPlan& plan)
@@ -367,7 +410,9 @@ CJScript* CCondTagParser::Script()
 /// empty when it has deleted the node.
 template <typename Result> bool CCondTagParser::Evaluate(const wxString& text, const CXmlNodeRef& node, Result& result)
 {
-    const std::optional<PlainValue> plain = EvaluatePlain(text);
+    // Once a script has run, the methods may be others.
+    const NodeFunctions functions(node.GetXmlNode());
+    const std::optional<PlainValue> plain = EvaluatePlain(text, m_script ? nullptr : &functions);
     if (plain && ConvertPlain(*plain, result))
         return true;
     CJScript* const script = Script();

@@ -104,7 +104,9 @@ public:
 
 protected:
     /// Called at the first script of a Process that was given no context: a host that starts its engine only when a
-    /// template needs it does so here, and gives the document its script objects (CXmlDocument::SetScript).
+    /// template needs it does so here, and gives the document its script objects (CXmlDocument::SetScript). Until then
+    /// expressions that only read the current node are decided without: no script may have had a chance to put
+    /// something in the place of its methods.
     /// @return the context, not owned; null when there is none: scripts and conditions fail then.
     virtual CJScript* ProvideScript() { return nullptr; }
 

@@ -76,9 +76,10 @@ const std::vector<std::string> Tokens{
 /// A well-formed expression of the plain kind, most of the time.
 std::string RandomExpression(int depth)
 {
-    static const std::vector<std::string> operands{"0",    "1",      "2",      "3",     "42",
-                                                   "2.5",  "0.25",   "100000", "true",  "false",
-                                                   "\"\"", "\"ab\"", "'ab'",   "'b c'", "1000000007"};
+    static const std::vector<std::string> operands{"0",          "1",    "2",       "3",     "42",     "2.5",   "0.25",
+                                                   "100000",     "true", "false",   "\"\"",  "\"ab\"", "'ab'",  "'b c'",
+                                                   "1000000007", "'1'",  "\"2.5\"", "'-3'",  "'0'",    "'010'", "'-'",
+                                                   "'.5'",       "'1.'", "' 1'",    "'1e3'", "'-0'"};
     static const std::vector<std::string> operators{"+",  "-",  "*",  "/",   "%",   "<",  "<=", ">",
                                                     ">=", "==", "!=", "===", "!==", "&&", "||"};
     if (depth == 0)
@@ -142,6 +143,15 @@ TEST(PlainExpressionTest, NumbersTruthValuesAndStringsAreDecidedWithoutTheEngine
         {L"1 && 2 && 3", L"3"},
         {L"!\"\" && !0", L"true"},
         {L"1 == 2 || 3 == 3 && 4 >= 4", L"true"},
+        {L"\"1\" + 1", L"11"},
+        {L"1 + 1 + \"1\"", L"21"},
+        {L"\"is \" + true", L"is true"},
+        {L"\"1\" == 1", L"true"},
+        {L"\"10\" > 9", L"true"},
+        {L"\"10\" > \"9\"", L"false"},
+        {L"-\"2.5\" * \"2\"", L"-5"},
+        {L"+\"\" + 1", L"1"},
+        {L"+\"007\"", L"7"},
     };
     for (const DecidedCase& test : cases) {
         const std::optional<PlainValue> value = EvaluatePlain(test.text);
@@ -155,14 +165,14 @@ TEST(PlainExpressionTest, NumbersTruthValuesAndStringsAreDecidedWithoutTheEngine
 TEST(PlainExpressionTest, EverythingElseIsLeftToTheEngine)
 {
     for (const wchar_t* text :
-         {L"",          L" ",          L"x",         L"1 2",      L"1 +",    L"(1",           L"1)",
-          L"--1",       L"1--2",       L"1++2",      L"2 ** 3",   L"1 << 2", L"1 & 2",        L"1 | 2",
-          L"1 ^ 2",     L"~1",         L"1 ? 2 : 3", L"1, 2",     L"1;",     L"010",          L"0x10",
-          L"1e3",       L".5",                L"1.5.2",    L"1n",     L"1_0",          L"1a",
-          L"1$",        L"true1",      L"true$",     L"trueé",    L"null",   L"undefined",    L"NaN",
-          L"\"a\\n\"",  L"\"a",        L"'a\"",      L"`a`",      L"1 // c", L"1 /* c */",    L"1 <!--2",
-          L"\"1\" + 1", L"\"1\" == 1", L"\"a\" - 1", L"-\"1\"",   L"1 = 1",  L"1 ?? 2",       L"1\n+2",
-          L"{}",        L"[]",         L"/a/",       L"typeof 1", L"true.x", L"\"a\".length", L"1 <= = 2"}) {
+         {L"",           L" ",         L"x",         L"1 2",    L"1 +",          L"(1",      L"1)",
+          L"--1",        L"1--2",      L"1++2",      L"2 ** 3", L"1 << 2",       L"1 & 2",   L"1 | 2",
+          L"1 ^ 2",      L"~1",        L"1 ? 2 : 3", L"1, 2",   L"1;",           L"010",     L"0x10",
+          L"1e3",        L".5",        L"1.5.2",     L"1n",     L"1_0",          L"1a",      L"1$",
+          L"true1",      L"true$",     L"trueé",     L"null",   L"undefined",    L"NaN",     L"\"a\\n\"",
+          L"\"a",        L"'a\"",      L"`a`",       L"1 // c", L"1 /* c */",    L"1 <!--2", L"\"a\" == 1",
+          L"\" 1\" * 1", L"\"a\" - 1", L"-\"1e3\"",  L"1 = 1",  L"1 ?? 2",       L"1\n+2",   L"{}",
+          L"[]",         L"/a/",       L"typeof 1",  L"true.x", L"\"a\".length", L"1 <= = 2"}) {
         const std::optional<PlainValue> value = EvaluatePlain(text);
         wxString result;
         EXPECT_FALSE(value && ConvertPlain(*value, result)) << wxString(text).utf8_string();

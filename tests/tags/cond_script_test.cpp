@@ -170,7 +170,82 @@ TEST_F(CondLateScriptTest, WhatNeedsNoScriptStartsNone)
 
 TEST_F(CondLateScriptTest, TheFirstScriptStartsOne)
 {
-    EXPECT_EQ("1i||2i||", Expand("<%repeat filter='i'%>\n[%n%][%(GetName())%]\n<%/repeat%>\n"));
+    EXPECT_EQ("10||21||", Expand("<%repeat filter='i'%>\n[%n%][%(GetIndex())%]\n<%/repeat%>\n"));
+    EXPECT_EQ(1, m_starts);
+}
+
+/// Expressions that only read the current node, and some that look like it.
+constexpr const char* ReadingScripts[] = {
+    "GetProp('name')",
+    "GetProp(\"name\").toUpperCase()",
+    "GetProp( 'name' ).toLowerCase() + '!'",
+    "GetProp('name').length * 2",
+    "+GetProp('price') * +GetProp('count')",
+    "GetProp('price') * GetProp('count') + GetProp('count')",
+    "GetProp('count') + '-' + (+GetProp('price') + 1)",
+    "GetProp('count') > 3 && HasProp('name')",
+    "GetProp('none') == ''",
+    "+GetProp('none')",
+    "HasProp('none') || GetName() + GetCount() + GetChildrenCount()",
+    "!HasProp('name')",
+    "GetProp('wide').toUpperCase()",
+    "GetProp('far') + GetProp('far').length",
+    "GetProp('far') < GetProp('wide')",
+    "GetProp('name') * 2",
+    "GetProp('name').lengthy",
+    "GetProp('name').length()",
+    "GetProp('name').trim()",
+    "GetProp('name')[0]",
+    "GetProp",
+    "GetProp()",
+    "GetProp('name', 'x')",
+    "GetProp(name)",
+    "GetProp('na' + 'me')",
+    "GetProp('name')('x')",
+    "GetName('x')",
+    "GetNames()",
+    "xGetName()",
+    "this.GetName()",
+    "GetCount().length",
+    "GetName() GetName()",
+    "GetProp('name'",
+};
+
+TEST_F(CondScriptTest, WhatIsDecidedWithoutTheEngineIsWhatTheEngineGives)
+{
+    const wxString xml = wxString::FromUTF8("<item name='Pen' price='2.5' count='4' wide='\u00e4\u00df' "
+                                            "far='\U0001F58A'>text<a/><!--b--></item>");
+    for (const char* expression : ReadingScripts) {
+        const wxString text =
+            wxString::Format("<%%keep%%>\n[%%(%s)%%]\n<%%/keep%%>\n<%%if cond=\"%s\"%%>\nyes\n<%%/if%%>\n", expression,
+                             wxString(expression).Contains("\"") ? "0" : expression);
+        const std::string judged = Expand(text, xml);
+        CXmlDocument plain;
+        plain.SetContent(xml);
+        LateParser late(&pp, plain);
+        late.Parse(text, "main.tpl", nullptr, false);
+        ASSERT_EQ(0, late.ParseBlock(late.GetLastBlock(0)));
+        wxString out;
+        const bool done = late.Process(plain.GetRawRoot(), out, nullptr);
+        out.Replace("\n", "|");
+        EXPECT_EQ(judged.substr(0, 6) != "false,", done) << expression;
+        EXPECT_TRUE(!done || judged == out.utf8_string()) << expression << ": " << out << " instead of " << judged;
+        plain.Clear();
+    }
+}
+
+TEST_F(CondLateScriptTest, ReadingTheCurrentNodeStartsNoScript)
+{
+    EXPECT_EQ("1 2 I i true||2 4 I i true||",
+              Expand("<%repeat filter='i'%>\n[%(GetProp('n'))%] [%(GetProp('n') * 2)%] [%(GetName().toUpperCase())%] "
+                     "[%(GetName())%] [%(HasProp('n'))%]\n<%/repeat%>\n"));
+    EXPECT_EQ(0, m_starts);
+}
+
+TEST_F(CondLateScriptTest, AfterAScriptHasRunItsChangesCount)
+{
+    EXPECT_EQ("1 1 mine||", Expand("<%keep node='i'%>\n[%(GetProp('n'))%] [%(GetProp = function() { return 'mine'; }, "
+                                   "GetIndex() + 1)%] [%(GetProp('n'))%]\n<%/keep%>\n"));
     EXPECT_EQ(1, m_starts);
 }
 

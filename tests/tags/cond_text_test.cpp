@@ -160,14 +160,14 @@ TEST_F(CondTextTest, AScriptWithoutItsClosingParenthesisIsAName)
 
 TEST_F(CondTextTest, WithoutScriptOnlyWhatNeedsOneFails)
 {
-    Read("<%keep%>\n[%id%] [%(1 + 1)%] [%(GetName())%]\n<%/keep%>\n<%if cond='GetName()'/%>\n");
+    Read("<%keep%>\n[%id%] [%(1 + 1)%] [%(GetName())%] [%(GetIndex())%]\n<%/keep%>\n<%if cond='GetIndex()'/%>\n");
     CXmlDocument plain;
     plain.SetContent("<r id='7'/>");
     wxString out;
     EXPECT_FALSE(parser.Process(plain.GetRawRoot(), out, nullptr));
-    EXPECT_EQ("7 2 \n\n", out);
-    EXPECT_EQ(CondFailure("Xml parse : bad condition GetName() in \nif="), "false" + LastFailure(parser, 0).substr(1));
-    EXPECT_EQ("Xml parse : bad script GetName()", Errors());
+    EXPECT_EQ("7 2 r \n\n", out);
+    EXPECT_EQ(CondFailure("Xml parse : bad condition GetIndex() in \nif="), "false" + LastFailure(parser, 0).substr(1));
+    EXPECT_EQ("Xml parse : bad script GetIndex()", Errors());
 }
 
 // --- Counters ---
