@@ -30,7 +30,12 @@ bool CXmlDocument::MergeWith(CXmlNode* base, CXmlNode* overlay, CXmlNode* anchor
     merge.GetTarget().ForEach([this](wxXmlNode* node) { ForgetChildren(node); });
     for (wxXmlNode* const node : merge.GetSources())
         overlay->m_document->ForgetChildren(node);
-    overlay->m_document->HandOver(merge.GetMoved(), this);
+    // The handle of the overlay's root does not move; mostly it is the only one.
+    CXmlDocument& other = *overlay->m_document;
+    if (other.m_nodes.size() + other.m_guests.size() > 1) {
+        for (wxXmlNode* const node : merge.GetMoved())
+            TakeOver(node, other);
+    }
     EndedHandles ended;
     for (wxXmlNode* const node : merge.TakeRemoved()) {
         ended.push_back(TakeHandle(node));
@@ -87,16 +92,4 @@ void CXmlDocument::ForgetChildren(wxXmlNode* node)
     const auto entry = m_nodes.find(node);
     if (entry != m_nodes.end())
         entry->second->m_known = CXmlNode::KnownChildren();
-}
-
-/// After nodes have gone over into another document: the handles on them go on here, but are of that document.
-void CXmlDocument::HandOver(const std::vector<wxXmlNode*>& nodes, CXmlDocument* document)
-{
-    if (m_nodes.empty())
-        return;
-    for (wxXmlNode* const node : nodes) {
-        const auto entry = m_nodes.find(node);
-        if (entry != m_nodes.end())
-            entry->second->m_document = document;
-    }
 }

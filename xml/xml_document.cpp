@@ -104,12 +104,14 @@ CXmlDocument::EndedHandles CXmlDocument::ReplaceTree(Tree tree)
     EndedHandles ended;
     ended.reserve(m_nodes.size());
     for (const auto& [node, handle] : m_nodes) {
+        CallHome(*handle);
         handle->SetXmlNode(nullptr);
         ended.emplace_back(handle);
     }
     m_nodes.clear();
     for (CXmlNodeRef* const ref : m_refs)
         ref->m_node = nullptr;
+    SendGuestsHome();
     m_tree = std::move(tree);
     return ended;
 }
@@ -178,6 +180,7 @@ CXmlNode* CXmlDocument::GetAttachNode(wxXmlNode* node)
     CXmlNode*& entry = m_nodes[node];
     if (entry) {
         // The handle on a node that has gone is that of the one which took its place in memory.
+        CallHome(*entry);
         entry->m_node = node;
         return entry;
     }
@@ -192,6 +195,7 @@ std::unique_ptr<CXmlNode> CXmlDocument::TakeHandle(wxXmlNode* node)
     if (entry == m_nodes.end())
         return nullptr;
     std::unique_ptr<CXmlNode> handle(entry->second);
+    CallHome(*handle);
     handle->SetXmlNode(nullptr);
     m_nodes.erase(entry);
     return handle;
@@ -223,11 +227,7 @@ void CXmlDocument::EndRefs(const wxXmlNode* top)
 void CXmlDocument::DeleteUnlinked(wxXmlNode* node)
 {
     EndRefs(node);
-    xml_detail::DeleteTree(node, [this](wxXmlNode* gone) {
-        const auto entry = m_nodes.empty() ? m_nodes.end() : m_nodes.find(gone);
-        if (entry != m_nodes.end())
-            entry->second->SetXmlNode(nullptr);
-    });
+    xml_detail::DeleteTree(node, [this](wxXmlNode* gone) { EmptyHandles(gone); });
 }
 
 void CXmlDocument::DeleteNode(wxXmlNode* node)

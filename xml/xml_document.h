@@ -11,6 +11,7 @@
 #include <wx/string.h>
 
 #include <memory>
+#include <unordered_map>
 #include <vector>
 
 class CJScript;
@@ -160,12 +161,19 @@ private:
     static CXmlNode* SearchNode(const wxString& nodeName, const wxString& propName, const wxString& propValue,
                                 CXmlNode* parent);
     void ForgetChildren(wxXmlNode* node);
-    void HandOver(const std::vector<wxXmlNode*>& nodes, CXmlDocument* document);
+
+    void TakeOver(wxXmlNode* top, CXmlDocument& from);
+    std::vector<CXmlNode*> HandlesOf(wxXmlNode* node);
+    void EmptyHandles(wxXmlNode* node);
+    void SendGuestsHome();
+    static void CallHome(CXmlNode& handle);
 
     Tree m_tree;
     CXmlNode m_emptyNode;
     CHashPXmlNode m_nodes{100};
     std::vector<CXmlNodeRef*> m_refs;
+    /// The handles of other documents on nodes of this tree, which were moved here.
+    std::unordered_multimap<const wxXmlNode*, CXmlNode*> m_guests;
     CJScript* m_script;
     bool m_constructionFlag;
     unsigned int m_maxDepth = DefaultMaxDepth;

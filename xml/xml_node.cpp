@@ -52,7 +52,7 @@ int IndexOf(const wxXmlNode& parent, const wxXmlNode& child)
 
 } // namespace
 
-CXmlNode::CXmlNode(CXmlDocument* document, wxXmlNode* node) : m_document(document), m_node(node)
+CXmlNode::CXmlNode(CXmlDocument* document, wxXmlNode* node) : m_owner(document), m_document(document), m_node(node)
 {
     m_link.Link(this, &ms_JSClass);
 }
@@ -79,6 +79,22 @@ void CXmlNode::SetXmlNode(wxXmlNode* node)
 {
     m_node = node;
     m_known = KnownChildren();
+}
+
+/// What is known of the children. A guest knows nothing, since it does not hear of changes by other handles.
+CXmlNode::KnownChildren& CXmlNode::Known()
+{
+    if (IsGuest())
+        m_known = KnownChildren();
+    return m_known;
+}
+
+/// After children have been taken away or put in between by this handle.
+void CXmlNode::NoteChildrenChanged()
+{
+    m_known = KnownChildren();
+    if (IsGuest())
+        m_document->ForgetChildren(m_node);
 }
 
 CXmlNode* CXmlNode::GetRawChildren()
@@ -113,6 +129,8 @@ CXmlNode* CXmlNode::GetRawNode(const wxString& name)
 /// The first child of this name, found by a walk as long as that is short.
 wxXmlNode* CXmlNode::FindChild(const wxString& name)
 {
+    if (IsGuest())
+        return FindByName(m_node->GetChildren(), name);
     if (m_known.names) {
         const auto found = m_known.names->find(name);
         return found == m_known.names->end() ? nullptr : found->second;
@@ -150,13 +168,14 @@ CXmlNode* CXmlNode::GetRawItem(int index)
 {
     if (!m_node || index < 0)
         return Attach(nullptr);
-    const bool goOn = m_known.item && m_known.index <= index;
-    wxXmlNode* node = goOn ? m_known.item : m_node->GetChildren();
-    for (int left = index - (goOn ? m_known.index : 0); node && left > 0; --left)
+    KnownChildren& known = Known();
+    const bool goOn = known.item && known.index <= index;
+    wxXmlNode* node = goOn ? known.item : m_node->GetChildren();
+    for (int left = index - (goOn ? known.index : 0); node && left > 0; --left)
         node = node->GetNext();
     if (node) {
-        m_known.item = node;
-        m_known.index = index;
+        known.item = node;
+        known.index = index;
     }
     return Attach(node);
 }
@@ -267,12 +286,13 @@ int CXmlNode::GetChildrenCount()
 {
     if (!m_node)
         return 0;
-    if (m_known.count < 0) {
-        m_known.count = 0;
-        for (wxXmlNode* node = m_node->GetChildren(); node; node = node->GetNext(), ++m_known.count)
-            m_known.last = node;
+    KnownChildren& known = Known();
+    if (known.count < 0) {
+        known.count = 0;
+        for (wxXmlNode* node = m_node->GetChildren(); node; node = node->GetNext(), ++known.count)
+            known.last = node;
     }
-    return m_known.count;
+    return known.count;
 }
 
 int CXmlNode::GetChildrenCountOf(const wxString& name) const

@@ -22,6 +22,9 @@ class WXDLLIMPEXP_FWD_XML wxXmlNode;
 /// Ok(). Children, siblings and positions count nodes of every type, texts and comments included. The root element has
 /// neither a parent nor siblings.
 ///
+/// A handle whose node has been moved into another document goes on, as one of that document; it is empty when the node
+/// is gone. It ends when its own document's tree does.
+///
 /// A handle ends when its node is removed through the document or its parent's handle, and with the document's tree
 /// (CXmlDocument::Clear). A handle on a deeper node of a removed subtree stays until then, as an empty one; it may come
 /// to stand for a node made later. Documents and their nodes are used by one thread at a time.
@@ -161,6 +164,10 @@ private:
     static CJScriptLink* LinkOf(CXmlNode* node) { return node->GetJSLink(); }
     CXmlNode* Attach(wxXmlNode* node) const;
     void SetXmlNode(wxXmlNode* node);
+    /// Whether the node has gone over into another document, which may have handles of its own on it.
+    bool IsGuest() const { return m_document != m_owner; }
+    KnownChildren& Known();
+    void NoteChildrenChanged();
     wxXmlNode* LastChild();
     wxXmlNode* FindChild(const wxString& name);
     void LinkBehind(wxXmlNode* child, wxXmlNode* before);
@@ -168,6 +175,7 @@ private:
     wxString GetPropOrNothing(const wxString& name) const;
     bool AddPropIfOk(const wxString& name, const wxString& value);
 
+    CXmlDocument* const m_owner; ///< Who deletes this handle.
     CXmlDocument* m_document;
     wxXmlNode* m_node;
     KnownChildren m_known;

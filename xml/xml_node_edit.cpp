@@ -12,10 +12,11 @@ using xml_detail::ElementHeightOf;
 
 wxXmlNode* CXmlNode::LastChild()
 {
-    wxXmlNode* last = m_known.last ? m_known.last : m_node->GetChildren();
+    KnownChildren& known = Known();
+    wxXmlNode* last = known.last ? known.last : m_node->GetChildren();
     while (last && last->GetNext())
         last = last->GetNext();
-    return m_known.last = last;
+    return known.last = last;
 }
 
 /// Links a free node into the children, right behind `before` (null: as the first).
@@ -27,6 +28,8 @@ void CXmlNode::LinkBehind(wxXmlNode* child, wxXmlNode* before)
         before->SetNext(child);
     else
         m_node->SetChildren(child);
+    if (IsGuest())
+        NoteChildrenChanged();
     if (child->GetNext()) {
         m_known.item = nullptr;
         m_known.names.reset();
@@ -74,7 +77,7 @@ void CXmlNode::RemoveChildren()
 {
     if (!m_node)
         return;
-    m_known = KnownChildren();
+    NoteChildrenChanged();
     wxXmlNode* child = m_node->GetChildren();
     m_node->SetChildren(nullptr);
     // They end last, since script that hears of it may do anything, also to this handle.
@@ -90,7 +93,7 @@ void CXmlNode::RemoveChildren()
 void CXmlNode::RemoveChild(CXmlNode* child)
 {
     if (m_node && child && child->m_node && m_node->RemoveChild(child->m_node))
-        m_known = KnownChildren();
+        NoteChildrenChanged();
 }
 
 /// Whether a node can become a child here; it is one of this document's from then on.
@@ -99,7 +102,7 @@ bool CXmlNode::TakeChild(CXmlNode* child)
     if (!m_node || !child || !child->m_node || xml_detail::IsWithin(m_node, child->m_node) ||
         !m_document->AllowsDepth(DepthOf(*m_node) + 1 + ElementHeightOf(*child->m_node)))
         return false;
-    child->m_document = m_document;
+    m_document->TakeOver(child->m_node, *child->m_document);
     return true;
 }
 

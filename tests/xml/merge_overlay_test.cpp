@@ -592,6 +592,78 @@ TEST(MergeHandles, children_known_before_are_counted_anew)
     EXPECT_EQ(overlay.Dump(), "<r><a Merge='Remove'/><c Merge='Remove'/><b Merge='PosBefore'/><z/></r>");
 }
 
+TEST(MergeHandles, overlay_has_those_that_it_had)
+{
+    TestDocument base("<r/>");
+    TestDocument overlay("<r><x><y/></x></r>");
+    CXmlNode* const x = overlay.Child("x");
+    CXmlNode* const y = x->GetRawChildren();
+    EXPECT_EQ(x->GetChildrenCount(), 1);
+    EXPECT_TRUE(base.MergeWith(&overlay));
+    base.Child("x")->AddRawNode("z");
+    EXPECT_EQ(x->GetChildrenCount(), 2);
+    EXPECT_EQ(y->GetDocument(), &base);
+    EXPECT_EQ(y->GetRawNext(), base.Child("x")->GetRawNode("z"));
+    EXPECT_EQ(base.Child("x")->GetRawItem(1)->GetName(), "z");
+    x->RemoveChildren();
+    EXPECT_FALSE(y->Ok());
+    EXPECT_FALSE(base.Child("x")->GetRawItem(1)->Ok());
+    EXPECT_EQ(base.Child("x")->GetChildrenCount(), 0);
+}
+
+TEST(MergeHandles, handles_of_the_overlay_are_empty_when_their_nodes_are_gone)
+{
+    TestDocument overlay("<r><x><y/></x><x Merge='Remove'/><z/></r>");
+    CXmlNode* const x = overlay.Child("x");
+    CXmlNode* const y = x->GetRawChildren();
+    CXmlNode* const z = overlay.Child("z");
+    {
+        TestDocument base("<r/>");
+        EXPECT_TRUE(base.MergeWith(&overlay));
+        EXPECT_EQ(base.Dump(), "<r><z/></r>");
+        EXPECT_FALSE(x->Ok());
+        EXPECT_FALSE(y->Ok());
+        EXPECT_EQ(z->GetDocument(), &base);
+    }
+    EXPECT_FALSE(z->Ok());
+    EXPECT_EQ(z->GetDocument(), &overlay);
+    EXPECT_EQ(z->GetRawNext(), overlay.GetEmptyNode());
+}
+
+TEST(MergeHandles, node_that_is_moved_into_one_that_was_moved_is_let_go_once)
+{
+    TestDocument base("<r/>");
+    CXmlNode* handle = nullptr;
+    {
+        TestDocument overlay("<r><x/><x Merge='Pos'><y/></x></r>");
+        handle = overlay.GetRawRoot()->GetRawItem(1)->GetRawChildren();
+        EXPECT_TRUE(base.MergeWith(&overlay));
+        EXPECT_EQ(handle->GetIndex(), 0);
+    }
+    EXPECT_EQ(base.Dump(), "<r><x><y/></x></r>");
+    base.Clear();
+}
+
+TEST(MergeHandles, node_that_goes_through_several_documents_is_known_to_all)
+{
+    TestDocument last("<r/>");
+    TestDocument first("<r><x/></r>");
+    CXmlNode* const ofFirst = first.Child("x");
+    {
+        TestDocument second("<r/>");
+        EXPECT_TRUE(second.MergeWith(&first));
+        CXmlNode* const ofSecond = second.Child("x");
+        EXPECT_TRUE(last.MergeWith(&second));
+        EXPECT_EQ(ofSecond->GetDocument(), &last);
+        EXPECT_EQ(ofFirst->GetDocument(), &last);
+    }
+    EXPECT_EQ(ofFirst->GetName(), "x");
+    EXPECT_TRUE(first.MergeWith(&last));
+    EXPECT_EQ(first.Child("x"), ofFirst);
+    EXPECT_EQ(ofFirst->GetDocument(), &first);
+    EXPECT_EQ(first.Dump(), "<r><x/></r>");
+}
+
 TEST(MergeHandles, handle_on_a_node_that_is_removed_ends)
 {
     TestDocument base("<r><a><i/></a><b/></r>");
