@@ -219,7 +219,7 @@ const OperatorInfo* PlainExpression::PeekOperator()
 {
     SkipBlanks();
     for (const OperatorInfo& info : Operators) {
-        if (!StartsWith(info.text))
+        if (m_at == m_end || *m_at != info.text[0] || !StartsWith(info.text))
             continue;
         // Increments, shifts, powers and comments begin like operators.
         const std::wstring_view rest = Rest().substr(info.text.size(), 1);
@@ -411,7 +411,10 @@ bool ConvertPlain(const PlainValue& value, wxString& result)
     if (const double* const number = std::get_if<double>(&value)) {
         if (!(std::abs(*number) < LargestExactInteger) || *number != std::trunc(*number))
             return false;
-        result = std::to_wstring(static_cast<long long>(*number));
+        constexpr size_t longest = 24;
+        char digits[longest];
+        const char* const end = std::to_chars(digits, digits + longest, static_cast<long long>(*number)).ptr;
+        result.assign(std::wstring(static_cast<const char*>(digits), end));
     } else if (const bool* const truth = std::get_if<bool>(&value))
         result = *truth ? wxS("true") : wxS("false");
     else
