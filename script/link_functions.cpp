@@ -58,35 +58,45 @@ void CJScriptLink::AddFunction(JSFunction* function)
     if (!function || !script)
         return;
     const wxThreadCriticalSectionLocker lock(CJScript::EngineLock());
-    if (m_functions.empty()) {
-        m_functionScript = script;
+    if (!m_functions) {
+        m_functions = std::make_unique<Functions>();
+        m_functions->script = script;
         script->KeepsFunctions(this, true);
     }
-    m_functions.push_back(function);
-    JS_AddRoot(script->GetContext(), &m_functions.back());
+    m_functions->kept.push_back(function);
+    JS_AddRoot(m_functions->script->GetContext(), &m_functions->kept.back());
 }
 
 void CJScriptLink::RemoveFunction(JSFunction* function)
 {
-    const wxThreadCriticalSectionLocker lock(CJScript::EngineLock());
-    const auto found = std::find(m_functions.begin(), m_functions.end(), function);
-    if (found == m_functions.end())
+    if (!m_functions)
         return;
-    JS_RemoveRoot(m_functionScript->GetContext(), &*found);
-    m_functions.erase(found);
-    if (m_functions.empty())
-        std::exchange(m_functionScript, nullptr)->KeepsFunctions(this, false);
+    const wxThreadCriticalSectionLocker lock(CJScript::EngineLock());
+    auto& kept = m_functions->kept;
+    const auto found = std::find(kept.begin(), kept.end(), function);
+    if (found == kept.end())
+        return;
+    JS_RemoveRoot(m_functions->script->GetContext(), &*found);
+    kept.erase(found);
+    if (kept.empty()) {
+        ForgetFunctions();
+        return;
+    }
+    // Nothing keeps it alive until it would be called.
+    if (std::find(kept.begin(), kept.end(), function) == kept.end()) {
+        auto& onDestroy = m_functions->onDestroy;
+        onDestroy.erase(std::remove(onDestroy.begin(), onDestroy.end(), function), onDestroy.end());
+    }
 }
 
 void CJScriptLink::ForgetFunctions()
 {
-    if (CJScript* const script = std::exchange(m_functionScript, nullptr)) {
-        for (JSFunction*& function : m_functions)
-            JS_RemoveRoot(script->GetContext(), &function);
-        script->KeepsFunctions(this, false);
-    }
-    m_functions.clear();
-    m_onDestroy.clear();
+    const std::unique_ptr<Functions> forgotten = std::move(m_functions);
+    if (!forgotten)
+        return;
+    for (JSFunction*& function : forgotten->kept)
+        JS_RemoveRoot(forgotten->script->GetContext(), &function);
+    forgotten->script->KeepsFunctions(this, false);
 }
 
 void CJScriptLink::JS_RegisterCallOnDestroy(JSFunction* function)
@@ -94,21 +104,23 @@ void CJScriptLink::JS_RegisterCallOnDestroy(JSFunction* function)
     if (!function)
         return;
     AddFunction(function);
-    if (m_functionScript)
-        m_onDestroy.push_back(function);
+    if (m_functions)
+        m_functions->onDestroy.push_back(function);
 }
 
 void CJScriptLink::CallJS_OnDestroy()
 {
+    if (!m_functions)
+        return;
     const wxWeakRef<CJScriptLink> self(this);
     // What is registered from here on comes too late: a function that registers itself would be called for ever.
-    for (std::size_t left = m_onDestroy.size(); left > 0 && !m_onDestroy.empty() && m_functionScript; --left) {
-        JSFunction* const function = m_onDestroy.front();
-        m_onDestroy.erase(m_onDestroy.begin());
-        if (m_functionScript->HasOutlivedItsEnd())
+    for (std::size_t left = m_functions->onDestroy.size(); left > 0; --left) {
+        if (!m_functions || m_functions->onDestroy.empty() || m_functions->script->HasOutlivedItsEnd())
             return;
+        JSFunction* const function = m_functions->onDestroy.front();
+        m_functions->onDestroy.erase(m_functions->onDestroy.begin());
         // Behind the script object, `this` is the global object.
-        m_functionScript->CallWithRet(function, m_jsObject ? this : nullptr, nullptr, 0, nullptr);
+        m_functions->script->CallWithRet(function, m_jsObject ? this : nullptr, nullptr, 0, nullptr);
         if (!self)
             return;
         RemoveFunction(function);

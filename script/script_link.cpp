@@ -45,7 +45,7 @@ CJScriptLink::~CJScriptLink()
         CJScriptLinkClass::RemoveFromScopeList(this);
     InitEvtHandler(false);
     CallJS_OnDestroy();
-    if (!m_jsObject && m_functions.empty())
+    if (!m_jsObject && !m_functions)
         return;
     const wxThreadCriticalSectionLocker lock(CJScript::EngineLock());
     ForgetFunctions();
@@ -79,11 +79,23 @@ CJScriptLink* CJScriptLink::GetParent() const
     return parent ? static_cast<CJScriptLink*>(JS_GetPrivate(m_context, parent)) : nullptr;
 }
 
+wxString CJScriptLink::GetName() const
+{
+    if (m_name)
+        return *m_name;
+    return m_isChild ? MadeUpName(m_owner) : wxString();
+}
+
+void CJScriptLink::SetName(const wxString& name)
+{
+    m_name = name.empty() ? nullptr : std::make_unique<wxString>(name);
+}
+
 wxString CJScriptLink::GetCompleteName() const
 {
     const CJScriptLink* const parent = GetParent();
     const wxString path = parent ? parent->GetCompleteName() : wxString();
-    return path.empty() ? m_name : wxString::Format(wxS("%s.%s"), path, m_name);
+    return path.empty() ? GetName() : wxString::Format(wxS("%s.%s"), path, GetName());
 }
 
 bool CJScriptLink::CreateGlobalObject(JSContext* cx, wxString name)
@@ -95,7 +107,7 @@ bool CJScriptLink::CreateGlobalObject(JSContext* cx, wxString name)
     if (!m_jsObject)
         return false;
     m_context = cx;
-    m_name = name;
+    SetName(name);
     m_isChild = false;
     m_dynamic = false;
     CJScriptLinkClass::DeclareGlobal(this);
@@ -106,24 +118,23 @@ bool CJScriptLink::CreateObject(JSContext* cx, CJScriptLink* parent, wxString na
 {
     if (!parent || !parent->GetJSObject())
         return false;
-    if (name.empty())
-        name = MadeUpName(m_owner);
+    const wxString property = name.empty() ? MadeUpName(m_owner) : name;
     const wxThreadCriticalSectionLocker lock(CJScript::EngineLock());
     if (m_jsObject) {
         const bool bound =
-            m_context == cx && JS_DefineWideProperty(cx, parent->GetJSObject(), name.wx_str(), name.length(),
+            m_context == cx && JS_DefineWideProperty(cx, parent->GetJSObject(), property.wx_str(), property.length(),
                                                      OBJECT_TO_JSVAL(m_jsObject), nullptr, nullptr, JSPROP_ENUMERATE);
         if (!bound || !m_isUnnamed)
             return bound;
         JS_SetParent(cx, m_jsObject, parent->GetJSObject());
     } else {
-        m_jsObject = m_jsClass->CreateObject(cx, this, parent, name);
+        m_jsObject = m_jsClass->CreateObject(cx, this, parent, property);
         if (!m_jsObject)
             return false;
         m_context = cx;
     }
     m_isUnnamed = false;
-    m_name = name;
+    SetName(name);
     m_isChild = true;
     m_dynamic = dynamic;
     return true;
@@ -198,9 +209,11 @@ bool CJScriptLink::DeleteObject()
 void CJScriptLink::RemoveFromParent()
 {
     JSObject* const parent = m_isChild ? JS_GetParent(m_context, m_jsObject) : nullptr;
+    if (!parent)
+        return;
+    const wxString name = GetName();
     jsval removed = JSVAL_VOID;
-    if (parent)
-        JS_DeleteWideProperty2(m_context, parent, m_name.wx_str(), m_name.length(), &removed);
+    JS_DeleteWideProperty2(m_context, parent, name.wx_str(), name.length(), &removed);
 }
 
 void CJScriptLink::SetScopeDelete()

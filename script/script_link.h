@@ -12,6 +12,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <list>
+#include <memory>
 #include <vector>
 
 class CJScript;
@@ -45,7 +46,7 @@ public:
     bool IsDynamic() const { return m_dynamic && m_jsObject; }
     /// The handle on the context in which the script object lives; null without one.
     CJScript* GetScript() const;
-    const wxString& GetName() const { return m_name; }
+    wxString GetName() const;
     JSObject* GetJSObject() const { return m_jsObject; }
     wxObject* GetRootObject() const { return m_owner; }
     JSContext* GetContext() const { return m_context; }
@@ -160,22 +161,30 @@ public:
 private:
     friend class CJScriptLinkClass;
 
+    /// Functions of script that are kept alive.
+    struct Functions
+    {
+        CJScript* script;                   ///< Where they are rooted.
+        std::list<JSFunction*> kept;        ///< Each node's word is a root.
+        std::vector<JSFunction*> onDestroy; ///< To be called; all are in `kept` too.
+    };
+
     bool Attach(JSContext* cx, JSObject* object);
+    void SetName(const wxString& name);
     bool CallWith(JSFunction* function, bool& result, int argc, jsval* argv);
 
+    // Documents have a link for each node that script has seen, so what few links have is made on demand.
     wxObject* m_owner = nullptr;
-    JSObject* m_jsObject = nullptr;
-    wxString m_name;
-    bool m_isChild = false; ///< A property of another link's object.
     CJScriptLinkClass* m_jsClass = nullptr;
+    JSObject* m_jsObject = nullptr;
+    JSContext* m_context = nullptr;
+    std::unique_ptr<wxString> m_name; ///< Null for a child: the made-up one.
+    std::unique_ptr<Functions> m_functions;
+    CJScriptLink** m_deletion = nullptr; ///< What the coming deletion of the native object reads; null in there: none.
+    std::size_t m_announcedBytes = 0;
+    bool m_isChild = false;   ///< A property of another link's object.
     bool m_isUnnamed = false; ///< Made because it is a property of another class: the first name given becomes its own.
     bool m_dynamic = false;
     bool m_scopeDelete = false;
     bool m_isEventHandler = false;
-    JSContext* m_context = nullptr;
-    CJScriptLink** m_deletion = nullptr; ///< What the coming deletion of the native object reads; null in there: none.
-    std::size_t m_announcedBytes = 0;
-    CJScript* m_functionScript = nullptr; ///< Where the functions below are rooted.
-    std::list<JSFunction*> m_functions;   ///< Each node's word is a root.
-    std::vector<JSFunction*> m_onDestroy; ///< Kept alive by being in m_functions too.
 };

@@ -372,6 +372,17 @@ TEST_P(LinkLifetimeTest, KeptFunctionsOutliveCollectionsUntilTheyAreRemoved)
     EXPECT_EQ(Mine::ms_alive, 1);
 }
 
+TEST_P(LinkLifetimeTest, AFunctionThatIsNoLongerKeptIsNotCalledInTheEnd)
+{
+    auto child = Child("child");
+    CJScriptLink* const link = child->GetJSLink();
+    Show("var seen = []; child.first = function () { seen.push(1); }; child.second = function () { seen.push(2); };"
+         "child.CallOnDestroy(child.first); child.CallOnDestroy(child.second)");
+    link->RemoveFunction(link->GetJSFunction("first"));
+    child.reset();
+    EXPECT_EQ(Show("seen"), "2");
+}
+
 TEST_P(LinkLifetimeTest, KeptFunctionsGoWithTheirLink)
 {
     auto child = Child("child");
