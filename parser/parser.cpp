@@ -92,9 +92,17 @@ wxSharedPtr<CParserFile> CParser::AddFile(const wxString& name, const CParserUni
 
 long CParser::Parse(const wxString& text, const wxString& fileName, const CParserUnit* from, bool removeDefines)
 {
+    return Parse(text, fileName, from, removeDefines, CTextOrigin());
+}
+
+long CParser::Parse(const wxString& text, const wxString& fileName, const CParserUnit* from, bool removeDefines,
+                    const CTextOrigin& origin)
+{
     PreparePreprocessor();
     wxString key;
     const wxSharedPtr<CParserFile> file = AddFile(fileName, from, key);
+    file->m_path = origin.path;
+    file->m_loopLines = origin.loopLines;
     CParserBlock* const block = CreateBlock(false);
     if (removeDefines && m_removeDefines) {
         wxString stripped = text;

@@ -62,6 +62,10 @@ public:
     /// @return the preprocessor's result: 0, or a negative value after an error was recorded.
     long Parse(const wxString& text, const wxString& fileName, const CParserUnit* from, bool removeDefines);
 
+    /// As above, for a text that a directive has found.
+    long Parse(const wxString& text, const wxString& fileName, const CParserUnit* from, bool removeDefines,
+               const CTextOrigin& origin);
+
     /// The directory against which includes are searched, also for the preprocessor in use.
     void SetDir(CDir& dir);
 

@@ -8,10 +8,12 @@
 #include <wx/string.h>
 
 #include <memory>
+#include <vector>
 
 class CParser;
 class CParserBlock;
 class CParserUnit;
+struct CSourceLine;
 
 /// One source text known to a parser. Shared by the parser's file table and by every unit made from it, so that a unit
 /// can always tell where it came from.
@@ -40,12 +42,38 @@ public:
     /// The copy of the unit that caused this file to be read, or null for a top-level text. Owned by the file.
     const CParserUnit* GetIncludedFrom() const { return m_includedFrom.get(); }
 
+    /// Whether the text is the body of a loop, which GetIncludedFrom() then begins; an include or a text of its own
+    /// otherwise.
+    bool IsLoop() const { return m_loopLines != nullptr; }
+
+    /// Where an include was opened, in the search directory; GetName() of any other text.
+    const wxString& GetPath() const { return m_path.empty() ? m_name : m_path; }
+
 private:
+    friend class CParser;
+    friend class CParserUnit;
+
     CParser* m_parser;
     std::unique_ptr<CParserUnit> m_includedFrom;
     wxString m_name;
+    wxString m_path;                                             ///< Empty when it is the name.
+    std::shared_ptr<const std::vector<CSourceLine>> m_loopLines; ///< What the lines of a loop's body stand for.
 
     wxDECLARE_CLASS(CParserFile);
+};
+
+/// A line of a text that was read, as opposed to one that a loop repeats.
+struct CSourceLine
+{
+    wxSharedPtr<CParserFile> file; ///< Null for a unit that has none.
+    unsigned long line = 0;        ///< Counted from 1.
+};
+
+/// What a directive knows about a text that it has parsed.
+struct CTextOrigin
+{
+    wxString path;                                             ///< Where an include was opened.
+    std::shared_ptr<const std::vector<CSourceLine>> loopLines; ///< The lines that a loop's body was taken from.
 };
 
 /// From a file's name to the file.

@@ -26,6 +26,13 @@ wxString CParserUnit::GetContext() const
     return FormatContext(m_file.get(), m_line);
 }
 
+CSourceLine CParserUnit::GetSource() const
+{
+    if (m_file && m_file->IsLoop() && m_line - 1 < m_file->m_loopLines->size())
+        return (*m_file->m_loopLines)[m_line - 1];
+    return {m_file, m_line};
+}
+
 unsigned int CParserUnit::SplitAt(size_t pos, int index)
 {
     size_t tailStart = m_text.find_first_not_of(L" \t\n\r", pos);

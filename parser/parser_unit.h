@@ -30,6 +30,10 @@ public:
     /// Where the unit comes from, as every error message tells it: `file "NAME" line N`.
     wxString GetContext() const;
 
+    /// The line that was read for this unit: its file and line, but for a unit of a loop the line of the loop's body,
+    /// however deep loops are nested.
+    CSourceLine GetSource() const;
+
     /// Cuts the unit in two at character `pos` (0-based): this unit keeps what stands before, a new unit just behind it
     /// in the same block takes the rest without its leading blanks, tabs and line ends, with the same file and line.
     /// @param index this unit's slot in its block, or a negative value to have it searched. The unit must be listed by

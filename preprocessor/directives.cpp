@@ -155,7 +155,11 @@ long CPreprocessor::DirectiveWarning(_DirectiveLine& line)
 {
     if (KeepInUndecidedSection(line))
         return 0;
-    const CParserUnit* const unit = line.position.m_unit;
-    wxLogWarning(wxS("WARNING: %s\nin '%s' (%d)"), line.Rest(), unit->GetFileName(), static_cast<int>(unit->m_line));
+    WarningGiven(line.Rest(), *line.position.m_unit);
     return 0;
+}
+
+void CPreprocessor::WarningGiven(const wxString& text, const CParserUnit& unit)
+{
+    wxLogWarning(wxS("WARNING: %s\nin '%s' (%d)"), text, unit.GetFileName(), static_cast<int>(unit.m_line));
 }

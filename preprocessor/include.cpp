@@ -71,5 +71,5 @@ long CPreprocessor::Include(const wxString& argument, _BlockPosition& position)
     IncludeRead(path);
     HideInterpreterLine(text);
     const CNestedText nested(m_sections.size(), m_sectionBase, m_includeDepth);
-    return nested.Insert(*m_parser, text, name, position.m_unit, true, position);
+    return nested.Insert(*m_parser, text, name, position.m_unit, true, {path, nullptr}, position);
 }

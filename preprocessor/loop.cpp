@@ -11,6 +11,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 /// What stands behind "for": a name, a blank, and three expressions separated by ";".
 struct _LoopHeader
@@ -62,20 +63,29 @@ int FindLoopEnd(const CParserBlock& block, int slot)
     return -1;
 }
 
-/// Takes the body out of the block, up to the slot of its "#endfor", which becomes the current one.
-wxString TakeBody(_BlockPosition& position, int loopEnd)
+struct LoopBody
 {
-    wxString body;
+    wxString text;
+    CTextOrigin origin; ///< The lines that the text was made of.
+};
+
+/// Takes the body out of the block, up to the slot of its "#endfor", which becomes the current one.
+LoopBody TakeBody(_BlockPosition& position, int loopEnd)
+{
+    LoopBody body;
+    const auto lines = std::make_shared<std::vector<CSourceLine>>();
     while (position.m_index < loopEnd) {
         CParserUnit* const unit = position.m_block->GetUnit(position.m_index);
         if (!unit) {
             ++position.m_index;
             continue;
         }
-        body.append(unit->m_text).append(1, wxUniChar(L'\n'));
+        body.text.append(unit->m_text).append(1, wxUniChar(L'\n'));
+        lines->push_back(unit->GetSource());
         position.m_block->RemoveElement(unit, &position.m_index, 1);
     }
     position.m_unit = position.m_block->GetUnit(loopEnd);
+    body.origin.loopLines = lines;
     return body;
 }
 
@@ -166,24 +176,25 @@ long CPreprocessor::ApplyFor(const wxString& arguments, _BlockPosition& position
         wxString::Format(wxS("%s (LOOP l.%d)"), directive->GetFileName(), static_cast<int>(directive->m_line));
     if (evaluated == 1) {
         ++position.m_index;
-        const wxString body = TakeBody(position, loopEnd);
+        const LoopBody body = TakeBody(position, loopEnd);
         m_wasPartial = true;
         // The loop's own name is not known before the pass that runs the loop.
         m_defines.erase(header.name);
         const CNestedText nested(m_sections.size(), m_sectionBase, m_loopNesting);
-        const long result = nested.Insert(*m_parser, body, label, directive, false, position);
+        const long result = nested.Insert(*m_parser, body.text, label, directive, false, body.origin, position);
         return result == 0 ? 1 : result;
     }
     // The passes' files copy the directive's unit, so it outlives its place in the block.
     const std::unique_ptr<CParserUnit> owner(directive);
     int slot = position.m_index;
     position.m_block->RemoveElement(directive, &slot, 0);
-    const wxString body = TakeBody(position, loopEnd);
-    return body.empty() ? 0 : RunLoop(header.name, bounds, body, label, directive, position);
+    const LoopBody body = TakeBody(position, loopEnd);
+    return body.text.empty() ? 0 : RunLoop(header.name, bounds, body.text, body.origin, label, directive, position);
 }
 
 long CPreprocessor::RunLoop(const wxString& name, const _LoopBounds& bounds, const wxString& body,
-                            const wxString& label, const CParserUnit* directive, _BlockPosition& position)
+                            const CTextOrigin& origin, const wxString& label, const CParserUnit* directive,
+                            _BlockPosition& position)
 {
     const CNestedText nested(m_sections.size(), m_sectionBase, m_loopNesting);
     long result = 0;
@@ -192,7 +203,7 @@ long CPreprocessor::RunLoop(const wxString& name, const _LoopBounds& bounds, con
     for (long long value = bounds.start; value <= bounds.end && result == 0; value += bounds.step) {
         variable.value = std::to_wstring(value);
         m_defines[name] = variable;
-        result = nested.Insert(*m_parser, body, label, directive, false, position);
+        result = nested.Insert(*m_parser, body, label, directive, false, origin, position);
     }
     m_defines.erase(name);
     return result;

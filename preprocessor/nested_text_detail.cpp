@@ -7,9 +7,9 @@
 #include <memory>
 
 long CNestedText::Insert(CParser& parser, const wxString& text, const wxString& name, const CParserUnit* from,
-                         bool removeDefines, _BlockPosition& position) const
+                         bool removeDefines, const CTextOrigin& origin, _BlockPosition& position) const
 {
-    if (const long result = parser.Parse(text, name, from, removeDefines))
+    if (const long result = parser.Parse(text, name, from, removeDefines, origin))
         return result;
     const std::unique_ptr<CParserBlock> block(parser.GetLastBlock(1));
     position.m_block->InsertBlock(block.get(), &position.m_index);

@@ -4,6 +4,7 @@
 
 class CParser;
 class CParserUnit;
+struct CTextOrigin;
 struct _BlockPosition;
 
 /// A text that a directive has parsed and inserted: while this lives, the text has its own conditional sections (it
@@ -28,7 +29,7 @@ public:
     /// Parses the text and moves its units to the current slot, which then stands behind them.
     /// @return the result of CParser::Parse.
     long Insert(CParser& parser, const wxString& text, const wxString& name, const CParserUnit* from,
-                bool removeDefines, _BlockPosition& position) const;
+                bool removeDefines, const CTextOrigin& origin, _BlockPosition& position) const;
 
 private:
     size_t& m_sectionBase;

@@ -18,6 +18,7 @@ class CParserUnit;
 class CPreprocessorScripts;
 struct _DirectiveLine;
 struct _LoopHeader;
+struct CTextOrigin;
 
 /// One entry of the define table.
 struct _DefineInfo
@@ -112,6 +113,10 @@ public:
     /// Called for every file that an include has read, with its path as opened in the search directory. Does nothing
     /// here; for hosts that keep track of what a result depends on.
     virtual void IncludeRead(const wxString& path);
+
+    /// Called for every warning directive, with the rest of its line and its unit. Logs it here: as "WARNING: TEXT",
+    /// a line feed, and "in 'FILE' (LINE)".
+    virtual void WarningGiven(const wxString& text, const CParserUnit& unit);
 
     void SetParser(CParser* parser) { m_parser = parser; }
     CParser* GetParser() const { return m_parser; }
@@ -307,8 +312,8 @@ private:
     long EvaluateBound(const wxString& bound, const wxString& messageStart, const _BlockPosition& position, int& value);
     long EvaluateBounds(const _LoopHeader& header, const _BlockPosition& position, _LoopBounds& bounds);
     long CheckBounds(const _LoopBounds& bounds, const _LoopHeader& header, const CParserUnit* unit);
-    long RunLoop(const wxString& name, const _LoopBounds& bounds, const wxString& body, const wxString& label,
-                 const CParserUnit* directive, _BlockPosition& position);
+    long RunLoop(const wxString& name, const _LoopBounds& bounds, const wxString& body, const CTextOrigin& origin,
+                 const wxString& label, const CParserUnit* directive, _BlockPosition& position);
 
     CParser* m_parser;
     CMapStringToDefineInfo m_defines{100};

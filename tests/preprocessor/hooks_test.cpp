@@ -58,6 +58,11 @@ public:
 
     void IncludeRead(const wxString& path) override { calls.push_back("read " + path.utf8_string()); }
 
+    void WarningGiven(const wxString& text, const CParserUnit& unit) override
+    {
+        calls.push_back("warning" + text.utf8_string() + " at " + unit.GetContext().utf8_string());
+    }
+
     Texts calls;
     long applied = Base;
     long endChecked = Base;
@@ -251,6 +256,13 @@ TEST_F(HooksTest, NestedResultsOfHooksArePassedUp)
     pp.looped = HookedPreprocessor::Base;
     pp.included = 8;
     EXPECT_EQ("8, no unit: ", Run("#for i 1;2;1\n#include \"i.txt\"\n#endfor"));
+}
+
+TEST_F(HooksTest, WarningsAreGivenWithTheirTextAndUnit)
+{
+    EXPECT_EQ("a\n", Run("a\n#warning b c"));
+    EXPECT_EQ("warning b c at file \"main.txt\" line 2", pp.calls[2]);
+    EXPECT_TRUE(log.Texts(wxLOG_Warning).empty());
 }
 
 TEST_F(HooksTest, OnlyFilesThatWereReadAreToldOf)
