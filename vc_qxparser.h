@@ -1,6 +1,7 @@
 #pragma once
 
-// Everything a host needs, in one line.
+/// @file
+/// Everything a host needs, in one line.
 
 #include "base/dir.h"
 #include "base/file.h"

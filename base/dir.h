@@ -36,8 +36,12 @@ public:
     /// exist: see Ok.
     explicit CDir(const wxString& path);
 
+    ///@{
+    /// A copy is equal and goes its own way.
     CDir(const CDir& other);
     CDir& operator=(const CDir& other);
+    ///@}
+
     ~CDir() override;
 
     /// The absolute path, without "." and ".." (but see ResolvePath) and without a slash at its end. For the inside of
@@ -82,6 +86,7 @@ public:
         foundFile,    ///< a regular file
         foundOther    ///< a directory, a device, a pipe; and when the system does not say
     };
+    /// What there is under `name`, at this moment.
     eFound FindFile(const wxString& name) const;
 
     /// A text that is another one as soon as there is another file under `name`, or its content has been changed

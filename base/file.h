@@ -34,8 +34,12 @@ public:
 
     /// A file that is not open.
     CFile();
+
+    ///@{
+    /// A copy shares the open file, and the place in it.
     CFile(const CFile& other);
     CFile& operator=(const CFile& other);
+    ///@}
 
     /// With the last copy the file is closed. One from CDir::CreateFileW that was not closed by Close is discarded.
     ~CFile() override;
@@ -43,8 +47,11 @@ public:
     /// The standard input of the process, which stays open when this file is closed.
     static CFile StandardInput();
 
+    ///@{
+    /// Whether the file is open.
     bool IsOpened() const;
     bool Ok() const { return IsOpened(); }
+    ///@}
 
     /// Reads the whole rest of the file into `text`; line ends and NULs stay as they are. At the end of the file the
     /// rest is the empty text. False, with `text` empty, when the file is not open for reading, when reading fails,
@@ -65,12 +72,14 @@ public:
     /// True when reading, writing or converting has failed since the file was opened.
     bool Error() const;
 
+    ///@{
     /// The streams over the open file, as bytes: no encoding applies, a byte order mark is not skipped. Null when the
     /// file is not open that way. They belong to the file and end with its last copy. What is written is held back in
     /// part, so only Close tells whether all of it arrived; texts are written as ToUtf8 (base/text_encoding.h) gives
     /// them. The input stream can seek where the system can.
     wxInputStream* GetInputStream() const;
     wxOutputStream* GetOutputStream() const;
+    ///@}
 
     /// Closes the file, for all copies. For one from CDir::CreateFileW this is the moment when it appears under its
     /// name, complete and flushed to the disk. False when the file was not open, and when anything written has not

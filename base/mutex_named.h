@@ -20,6 +20,7 @@ class SharedLock;
 class VC_QXPARSER_API CMutexNamed
 {
 public:
+    /// The mutex of this name, not locked. Nothing is touched before the first Lock or TryLock.
     explicit CMutexNamed(const wxString& name);
 
     /// Unlocks what was locked through this object and is not unlocked yet.
@@ -46,6 +47,7 @@ private:
 class VC_QXPARSER_API CMutexNamedLocker
 {
 public:
+    /// Locks; IsLocked tells whether it worked.
     explicit CMutexNamedLocker(CMutexNamed& mutex);
     ~CMutexNamedLocker();
     CMutexNamedLocker(const CMutexNamedLocker&) = delete;

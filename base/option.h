@@ -16,13 +16,17 @@
 class VC_QXPARSER_API CHashStringToString
 {
 public:
-    using value_type = std::pair<wxString, wxString>;
-    using const_iterator = std::vector<value_type>::const_iterator;
+    using value_type = std::pair<wxString, wxString>;               ///< a key and its value
+    using const_iterator = std::vector<value_type>::const_iterator; ///< goes from entry to entry, in their order
 
+    ///@{
+    /// The entries, in their order.
     const_iterator begin() const { return m_entries.begin(); }
     const_iterator end() const { return m_entries.end(); }
-    size_t size() const { return m_entries.size(); }
-    bool empty() const { return m_entries.empty(); }
+    ///@}
+
+    size_t size() const { return m_entries.size(); } ///< The number of entries.
+    bool empty() const { return m_entries.empty(); } ///< Whether there is none.
 
     /// The entry with this key; end() when there is none.
     const_iterator find(const wxString& key) const;
@@ -53,8 +57,13 @@ class VC_QXPARSER_API COption : public wxObject
 
 public:
     COption();
+
+    ///@{
+    /// A copy is equal and goes its own way.
     COption(const COption& other);
     COption& operator=(const COption& other);
+    ///@}
+
     ~COption() override;
 
     /// Adds the options of `text`. One whose name is there already gets the new value and keeps its place. No text is
@@ -64,11 +73,13 @@ public:
     /// The value of the option `name`. False, with `value` as it was, when there is none.
     bool Get(const wxString& name, wxString& value) const;
 
+    ///@{
     /// Walk over all options in the order in which their names first came: `it->first` is a name, `it->second` its
     /// value. First sets `it` on the first, Next moves it from one option to the next; both are false when there is
     /// none (more), and `it` is then no option. ExtractOption ends the validity of `it`.
     bool First(CHashStringToString::const_iterator& it) const;
     bool Next(CHashStringToString::const_iterator& it) const;
+    ///@}
 
 private:
     CHashStringToString m_options;

@@ -5,6 +5,7 @@
 #include <string>
 #include <wx/string.h>
 
+/// @file
 /// Texts and the bytes outside. Inside, a text is a wxString of one wchar_t for each code point; outside it is UTF-8
 /// wherever the library chooses, whatever the locale of the process. Reading is CFile's (base/file.h).
 

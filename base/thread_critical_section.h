@@ -31,6 +31,7 @@ private:
 class VC_QXPARSER_API wxThreadCriticalSectionLocker
 {
 public:
+    /// Enters; the section must outlive this object.
     explicit wxThreadCriticalSectionLocker(wxThreadCriticalSection& section);
     ~wxThreadCriticalSectionLocker();
     wxThreadCriticalSectionLocker(const wxThreadCriticalSectionLocker&) = delete;

@@ -4,7 +4,7 @@
 packages=(
     build-essential cmake ninja-build pkg-config
     libwxgtk3.2-dev libmozjs-102-dev libexpat1-dev libcli11-dev libedit-dev
-    libgtest-dev librapidcheck-dev xvfb xauth
+    libgtest-dev librapidcheck-dev xvfb xauth doxygen
 )
 
 install_missing_packages() {

@@ -27,10 +27,12 @@ public:
     /// A parser that uses `pp` (not owned, may be null) and starts with a copy of its directory.
     explicit CParser(CPreprocessor* pp);
 
+    ///@{
     /// Copies every member. Blocks and preprocessor are then shared, not duplicated: only one of the parsers may be
     /// cleaned.
     CParser(const CParser& other);
     CParser& operator=(const CParser& other);
+    ///@}
 
     ~CParser() override;
 
@@ -77,7 +79,9 @@ public:
     void SetError(const wxString& message, const CParserUnit* unit);
     /// Copies the last message and its unit to those arguments that are not null.
     void GetLastError(wxString* message, const CParserUnit** unit) const;
+    /// Copies the last message, which is empty when there is none; `message` must not be null.
     void GetLastErrorStr(wxString* message) const;
+    /// Forgets the last message and its unit.
     void ClearError();
 
     /// The table's reference to the file of this file's name, null when there is none.
@@ -86,6 +90,7 @@ public:
     /// The file of this name; made when the table has none (`from` as in Parse).
     wxSharedPtr<CParserFile> GetFile(const wxString& name, CParserUnit* from);
 
+    /// The preprocessor in use; null before the first Parse when none was given.
     CPreprocessor* GetPP() const { return m_pp; }
 
     /// From now on an empty line makes a unit too. There is no way back.
@@ -95,23 +100,25 @@ public:
     /// owned; it must stay valid until the next Clean().
     void SetRemoveDefines(const wchar_t** names) { m_removeDefines = names; }
 
+    /// What the system option "tavoli.pp.debugcontext" was, as a truth value, when the last parser was made without a
+    /// preprocessor.
     static bool UseDebugContext() { return ms_bUseDebugContext; }
 
     /// Does nothing; a place for hosts that ask before they delete.
     void AskDeleteElement() {}
 
 protected:
-    CHashParserFile m_files{100};
-    CArrayParserBlock m_blocks;
-    CPreprocessor* m_pp = nullptr;
-    bool m_ppExternal = false;
-    wxString m_lastError;
-    const CParserUnit* m_errorUnit = nullptr;
-    CDir m_dir;
-    const wchar_t** m_removeDefines = nullptr;
-    bool m_keepEmptyLines = false;
+    CHashParserFile m_files{100};              ///< the files by their names
+    CArrayParserBlock m_blocks;                ///< the listed blocks, owned
+    CPreprocessor* m_pp = nullptr;             ///< the preprocessor in use; null: none yet
+    bool m_ppExternal = false;                 ///< whether it was given, and is not owned
+    wxString m_lastError;                      ///< see GetLastError
+    const CParserUnit* m_errorUnit = nullptr;  ///< see GetLastError; not owned
+    CDir m_dir;                                ///< see SetDir
+    const wchar_t** m_removeDefines = nullptr; ///< see SetRemoveDefines; not owned
+    bool m_keepEmptyLines = false;             ///< see KeepEmptyLines
 
-    static bool ms_bUseDebugContext;
+    static bool ms_bUseDebugContext; ///< see UseDebugContext
 
 private:
     void PreparePreprocessor();

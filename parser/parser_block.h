@@ -61,6 +61,7 @@ public:
     /// The unit of a slot below GetCount(), null for a hole.
     CParserUnit* GetUnit(unsigned int slot) const { return m_units.Item(slot); }
 
+    /// The parser that lists this block, null for a detached one.
     CParser* GetParser() const { return m_parser; }
 
     /// The slot of a unit, or -1. Looks at every slot before it.
@@ -71,10 +72,11 @@ public:
     unsigned int InsertBehind(CParserUnit* unit, int index);
 
 protected:
+    /// For Clone: a detached block with clones of the units (see CParserUnit::Clone), without holes.
     CParserBlock(const CParserBlock& other);
 
-    CArrayParserUnit m_units;
-    CParser* m_parser;
+    CArrayParserUnit m_units; ///< the slots; the units in them are owned
+    CParser* m_parser;        ///< the parser that lists this block, not owned; null for a detached one
 
     wxDECLARE_CLASS(CParserBlock);
 };

@@ -21,9 +21,9 @@ class VC_QXPARSER_API CParserFile : public wxObject
 {
 public:
     /// @param parser the parser whose file table holds this file; not owned.
-    /// @param from the unit on whose behalf the text is read, or null for a top-level text. The file keeps a private
-    /// copy
-    ///        (text, file and line).
+    /// @param from the unit on whose behalf the text is read, or null for a top-level text. The file keeps a copy of
+    /// its
+    ///        text, file and line.
     CParserFile(CParser* parser, const CParserUnit* from);
     ~CParserFile() override;
 

@@ -36,16 +36,14 @@ public:
 
     /// Cuts the unit in two at character `pos` (0-based): this unit keeps what stands before, a new unit just behind it
     /// in the same block takes the rest without its leading blanks, tabs and line ends, with the same file and line.
-    /// @param index this unit's slot in its block, or a negative value to have it searched. The unit must be listed by
-    /// a
-    ///        block.
+    /// @param index this unit's slot in its block, which it must have, or a negative value to have it searched.
     /// @return the slot of the new unit.
     unsigned int SplitAt(size_t pos, int index);
 
-    wxSharedPtr<CParserFile> m_file;
-    CParserBlock* m_block;
-    unsigned long m_line;
-    wxString m_text;
+    wxSharedPtr<CParserFile> m_file; ///< the file the text came from; may be null
+    CParserBlock* m_block;           ///< the block that lists the unit, not owned; null for a free unit
+    unsigned long m_line;            ///< the line in `m_file`, counted from 1
+    wxString m_text;                 ///< the text, without its line end
 
     wxDECLARE_CLASS(CParserUnit);
 };

@@ -33,6 +33,7 @@ WX_DECLARE_STRING_HASH_MAP(_DefineInfo, CMapStringToDefineInfo);
 /// One open conditional section.
 struct _IfDefStateInfo
 {
+    /// What the branches of a section have come to so far.
     enum State
     {
         BranchTaken = 1, ///< A branch was taken: the current one, or one before it.
@@ -41,7 +42,7 @@ struct _IfDefStateInfo
         ElseSkipped = 4  ///< The "else" branch is left out, because a branch was taken before.
     };
 
-    int m_state;
+    int m_state;          ///< One of State.
     bool m_savedSkipping; ///< Whether text was already left out where the section opened.
     wxString m_context;   ///< Where the section opened.
     bool m_unresolved;    ///< Partial mode could not decide it: its directives are kept.
@@ -50,22 +51,21 @@ struct _IfDefStateInfo
 /// How far a walk over a block has come. Directives that insert or remove units move it.
 struct _BlockPosition
 {
-    CParserBlock* m_block;
-    int m_index;         ///< The slot of the current unit.
-    CParserUnit* m_unit; ///< The current unit.
-    bool m_lineStarted;  ///< Something that is neither blank nor comment stands before this place on the line.
+    CParserBlock* m_block; ///< The block that is walked over.
+    int m_index;           ///< The slot of the current unit.
+    CParserUnit* m_unit;   ///< The current unit.
+    bool m_lineStarted;    ///< Something that is neither blank nor comment stands before this place on the line.
 };
 
 /// What an input may ask of a preprocessor before it is refused. Going past a limit is an error with a message of its
 /// own at the directive that did it.
 struct CPreprocessorLimits
 {
-    unsigned int includeDepth = 200;   ///< Files that include each other, the outermost text not counted.
-    unsigned int loopNesting = 200;    ///< Loops inside loops.
-    unsigned int openSections = 10000; ///< Conditional sections open at once, those of the including texts included.
-    unsigned int argumentNesting =
-        200;                      ///< Defines used inside arguments of defines, conditional texts inside each other.
-    unsigned long loopPasses = 0; ///< Passes of one loop; 0: no limit.
+    unsigned int includeDepth = 200;    ///< Files that include each other, the outermost text not counted.
+    unsigned int loopNesting = 200;     ///< Loops inside loops.
+    unsigned int openSections = 10000;  ///< Conditional sections open at once, those of the including texts included.
+    unsigned int argumentNesting = 200; ///< Defines inside arguments of defines; conditional texts inside each other.
+    unsigned long loopPasses = 0;       ///< Passes of one loop; 0: no limit.
 };
 
 /// Rewrites the units of a block in place: drops comments, keeps string literals, applies the directives introduced by
@@ -118,9 +118,13 @@ public:
     /// a line feed, and "in 'FILE' (LINE)".
     virtual void WarningGiven(const wxString& text, const CParserUnit& unit);
 
+    ///@{
+    /// The parser that receives the errors; not owned.
     void SetParser(CParser* parser) { m_parser = parser; }
     CParser* GetParser() const { return m_parser; }
+    ///@}
 
+    /// Whether each line is trimmed on both ends and dropped when nothing is left of it.
     void SetTrim(bool trim) { m_trim = trim; }
 
     /// In partial mode what cannot be decided yet (unknown names, conditions that use them) is kept as text for a later
@@ -128,17 +132,23 @@ public:
     void SetPartialMode(bool partial) { m_partial = partial; }
     /// Whether partial mode has kept anything since the last ResetPartial.
     bool WasPartial() const { return m_wasPartial; }
+    /// Makes WasPartial false.
     void ResetPartial() { m_wasPartial = false; }
 
     /// Turns this preprocessor into a pass-through that leaves blocks untouched. There is no way back.
     void Desactivate() { m_deactivated = true; }
 
+    ///@{
     /// The directory in which includes are searched.
     void SetDir(CDir& dir) { m_dir = dir; }
     CDir GetDir() { return m_dir; }
+    ///@}
 
+    ///@{
+    /// The limits; a change holds from the next directive on.
     void SetLimits(const CPreprocessorLimits& limits) { m_limits = limits; }
     const CPreprocessorLimits& GetLimits() const { return m_limits; }
+    ///@}
 
     /// Forgets all defines and open sections and ends the scripts.
     void Clean();
@@ -146,7 +156,9 @@ public:
     /// Adds a define without origin. A name that is already defined keeps its value; when that differs, a message
     /// (without unit) is recorded in the parser.
     void AddDefine(const wxString& name, const wxString& value, wxArrayString params);
+    /// Removes a define; nothing happens when there is none of this name.
     void RemoveDefine(const wxString& name);
+    /// Whether there is a define of this name, compared with case.
     bool HasDefine(const wxString& name) const;
 
     /// Expands one define without arguments into `result`.
@@ -168,8 +180,7 @@ public:
     /// Replaces the defines in a text ("#NAME", and "##NAME" for the value as a quoted string), except in quoted
     /// strings and except the names in `params`.
     /// @return 0; 1 when a name is not defined: recorded as an error, but in partial mode kept as written instead; -1
-    /// after
-    ///         any other recorded error.
+    ///         after any other recorded error.
     long DirectiveReplaceDefines(const wxString& text, wxString& result, const _BlockPosition& position,
                                  const wxArrayString& params);
 
@@ -217,9 +228,11 @@ public:
     /// As above, from the start of `text`, which loses the string and its quotes.
     static wxString ExtractString(wxString& text, bool unescape);
 
+    ///@{
     /// Removes the characters of `set` from the start or the end of `text`.
     static void TrimLeft(wxString& text, const wchar_t* set);
     static void TrimRight(wxString& text, const wchar_t* set);
+    ///@}
 
     /// Joins double-quoted strings that stand next to each other with nothing but blanks and tabs between.
     static wxString ConcatQuotes(const wxString& text);

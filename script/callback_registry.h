@@ -34,10 +34,14 @@ class VC_QXPARSER_API CJSCallBack : public wxObject
 public:
     /// @param ownLink the link of the object that owns the registry; not owned.
     explicit CJSCallBack(CJScriptLink* ownLink) : m_ownLink(ownLink) {}
+
+    ///@{
     /// A copy has records of its own, which keep the objects alive by themselves. Assigning deletes the records that
     /// were there.
     CJSCallBack(const CJSCallBack& other);
     CJSCallBack& operator=(const CJSCallBack& other);
+    ///@}
+
     ~CJSCallBack() override;
 
     /// The context that keeps objects alive; not owned, may be null. Set null before it ends.
@@ -63,10 +67,12 @@ public:
     /// @return false when there is no such record or `userData` is null.
     bool GetUserData(int id, CJScriptLink* link, const wxString& name, bool persistent, void** userData);
 
+    ///@{
     /// The first and the next persistent record with this id, in the order of registration. False when there is none
     /// (more).
     bool GetFirst(int id, wxlistJSCallBackNode*& node, CJScriptLink** link, wxString* name, void** userData);
     bool GetNext(int id, wxlistJSCallBackNode*& node, CJScriptLink** link, wxString* name, void** userData);
+    ///@}
 
     /// The number of persistent records with this id.
     int GetCallBackCount(int id);

@@ -22,29 +22,33 @@ class CJScriptLinkClass;
 /// native_function.h) make rows from members and check their types.
 struct VC_QXPARSER_API JSMapEntry
 {
+    /// What a row describes.
     enum Kind : std::uint8_t
     {
-        End = 0,
-        ObjectPointer = 0x01, ///< A pointer to a scriptable object; script reads its object, or null.
-        Integer = 0x02,
-        Double = 0x03,
-        Text = 0x04,
-        Boolean = 0x05,
-        RawPointer = 0x07, ///< Script reads the pointer as a number.
-        Object = 0x08,     ///< An embedded scriptable object.
-        RawObject = 0x09,  ///< An embedded plain object; script reads its address as a number.
-        IntegerArray = 0x0a,
-        TextArray = 0x0b,
-        Constant = 0x32,
-        Event = 0x33,
-        Method = 0x40,
-        Constructor = 0x80,
-        PrimaryConstructor = 0x81
+        End = 0,                  ///< The end of a table.
+        ObjectPointer = 0x01,     ///< A pointer to a scriptable object; script reads its object, or null.
+        Integer = 0x02,           ///< An int; script reads and writes a number.
+        Double = 0x03,            ///< A double; script reads and writes a number.
+        Text = 0x04,              ///< A wxString; script reads and writes a text.
+        Boolean = 0x05,           ///< A bool; script reads and writes a truth value.
+        RawPointer = 0x07,        ///< Script reads the pointer as a number.
+        Object = 0x08,            ///< An embedded scriptable object.
+        RawObject = 0x09,         ///< An embedded plain object; script reads its address as a number.
+        IntegerArray = 0x0a,      ///< A wxArrayInt; script reads a copy as an array, and writes one.
+        TextArray = 0x0b,         ///< A wxArrayString; script reads a copy as an array, and writes one.
+        Constant = 0x32,          ///< An integer on the prototype.
+        Event = 0x33,             ///< The name of the function that handles an event.
+        Method = 0x40,            ///< A native function.
+        Constructor = 0x80,       ///< A native function that makes objects of the class.
+        PrimaryConstructor = 0x81 ///< The one that script's `new` runs.
     };
 
     /// The row that ends a table.
     JSMapEntry() = default;
 
+    ///@{
+    /// The row of a field. `fieldPosition` is where it is; `linkPosition`, for scriptable objects, where in that object
+    /// its link is. The rows of scriptable objects, of raw pointers and of raw objects can only be read by script.
     JSMapEntry(const char* rowName, std::size_t fieldPosition, std::size_t linkPosition, wxObject*);
     JSMapEntry(const char* rowName, std::size_t fieldPosition, int&);
     JSMapEntry(const char* rowName, std::size_t fieldPosition, double&);
@@ -55,25 +59,34 @@ struct VC_QXPARSER_API JSMapEntry
     JSMapEntry(const char* rowName, std::size_t fieldPosition, wxObject&);
     JSMapEntry(const char* rowName, std::size_t fieldPosition, wxArrayInt&);
     JSMapEntry(const char* rowName, std::size_t fieldPosition, wxArrayString&);
+    ///@}
+
     /// An integer constant on the prototype.
     JSMapEntry(const char* rowName, int value);
+
+    ///@{
     /// An event: when one of this name (see CJScriptLinkClass::NameEvent) or type reaches the object, its script
     /// function `handler` is called.
     JSMapEntry(const wchar_t* eventName, const char* handler);
     JSMapEntry(int eventType, const char* handler);
+    ///@}
+
     /// A method. `arguments` is what script sees as its length; the native checks its own count.
     JSMapEntry(const char* rowName, JSNative native, unsigned int arguments);
+
+    ///@{
     /// A constructor, and the primary one, which script's `new` runs when there is one.
     JSMapEntry(JSNative native, unsigned int arguments);
     JSMapEntry(JSNative native, unsigned int arguments, bool primary);
+    ///@}
 
     /// The row of a field: what the constructors above come to.
     static JSMapEntry Field(Kind rowKind, const char* rowName, std::size_t fieldPosition, std::size_t linkPosition = 0);
 
-    const char* name = nullptr;
-    std::uint32_t index = 0; ///< Counted from 1 over the whole class chain; written when the class is first used.
-    std::uint8_t tinyid = 0; ///< The property's id over the whole class chain; written likewise.
-    Kind kind = End;
+    const char* name = nullptr; ///< As script sees it; "ctor" for constructors, null for the end.
+    std::uint32_t index = 0;    ///< Counted from 1 over the whole class chain; written when the class is first used.
+    std::uint8_t tinyid = 0;    ///< The property's id over the whole class chain; written likewise.
+    Kind kind = End;            ///< What the row describes.
     std::uint32_t extra = 0;    ///< The link's position, the number of arguments, or the constant's value.
     std::uint32_t position = 0; ///< Of fields.
     JSNative native = nullptr;  ///< Of methods and constructors.
@@ -135,14 +148,14 @@ template <typename Owner, typename Base, typename Field> JSMapEntry JSField(cons
                              script_detail::PositionOf<Owner, Field>(member));
 }
 
-/// A property over a pointer to a scriptable object, or over an embedded one; `link` is the member of that object's
-/// class that is its link.
+/// A property over a pointer to a scriptable object; `link` is the member of that object's class that is its link.
 template <typename Owner, typename Base, typename Target>
 JSMapEntry JSObjectField(const char* name, Target* Base::*member, CJScriptLink Target::*link)
 {
     return JSMapEntry::Field(JSMapEntry::ObjectPointer, name, script_detail::PositionOf<Owner, Target*>(member),
                              script_detail::PositionOf<Target, CJScriptLink>(link));
 }
+/// A property over an embedded scriptable object; `link` as above.
 template <typename Owner, typename Base, typename Target>
 JSMapEntry JSObjectField(const char* name, Target Base::*member, CJScriptLink Target::*link)
 {

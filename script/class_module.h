@@ -9,7 +9,9 @@
 template <typename Class> class JSClassModule : public wxModule
 {
 public:
+    /// Registers the class.
     bool OnInit() override { return CJScriptLinkClass::RegisterJSClass(&Class::ms_JSClass); }
+    /// Unregisters the class.
     void OnExit() override { CJScriptLinkClass::UnregisterJSClass(&Class::ms_JSClass); }
 
     /// For a library that is loaded when the modules of the program have started, and by other means than wxWidgets'.

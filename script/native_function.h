@@ -17,17 +17,18 @@
 #include <utility>
 #include <vector>
 
-// Rows of class tables made from native functions:
-//
-//     JSMapEntry CCounter::m_JSMapEntries[] = {
-//         JSConstructor<CCounter, int>(),
-//         JSMethod<&CCounter::Add>("Add"),
-//         JSField<CCounter>("value", &CCounter::m_value),
-//         JSMapEntry(),
-//     };
-//
-// The native behind each row checks the object and the number of arguments, converts the arguments and the result
-// (value_conversion.h), and throws the same messages for every function.
+/// @file
+/// Rows of class tables made from native functions:
+///
+///     JSMapEntry CCounter::m_JSMapEntries[] = {
+///         JSConstructor<CCounter, int>(),
+///         JSMethod<&CCounter::Add>("Add"),
+///         JSField<CCounter>("value", &CCounter::m_value),
+///         JSMapEntry(),
+///     };
+///
+/// The native behind each row checks the object and the number of arguments, converts the arguments and the result
+/// (value_conversion.h), and throws the same messages for every function.
 
 /// How one type crosses between host and script; `name` is what messages call it. A host adds a type by specialising
 /// it.
@@ -259,7 +260,9 @@ template <typename Class> JSMapEntry JSPrimaryConstructor()
 /// The conversions of value_conversion.h, one line a type.
 template <typename Type, bool (*FromFunction)(JSContext*, jsval, Type&), auto ToFunction> struct JSNamedConversion
 {
+    /// Reads a value of script's: what FromFunction does.
     static bool From(JSContext* cx, jsval v, Type& out) { return FromFunction(cx, v, out); }
+    /// Makes a value for script: what ToFunction does.
     template <typename Value> static jsval To(JSContext* cx, Value&& value)
     {
         return ToFunction(cx, std::forward<Value>(value));

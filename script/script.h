@@ -34,7 +34,7 @@ public:
         /// The message with the name of the error's type in front: "TYPE: MESSAGE".
         wxString FullMsg() const;
 
-        wxString msg;
+        wxString msg;   ///< The message, without the error's type.
         int line = 0;   ///< Counted from 0 at the first line of the evaluated text.
         int column = 0; ///< Characters between the start of the line and the offending token; 0 when unknown.
         int type = 0;   ///< The flags of the engine's report.
@@ -45,9 +45,11 @@ public:
     explicit CJScript(JSContext* cx);
     ~CJScript() override;
 
+    ///@{
     /// Copies share the context and own nothing. They are inert once the context has ended.
     CJScript(const CJScript& other);
     CJScript& operator=(const CJScript& other);
+    ///@}
 
     /// Drops errors, scripts and the global object, and ends an own context. The object is inert then.
     /// @return true.
@@ -59,7 +61,9 @@ public:
     bool SetGlobal(CJScriptLink* link, const wxString& name);
     /// Gives the global object up and collects.
     void RemoveGlobal();
+    /// Whether there is a global object that SetGlobal has made.
     bool HasGlobal() const { return m_global != nullptr; }
+    /// Its link, not owned; null when there is none.
     CJScriptLink* GetGlobal() const { return m_global; }
     /// Empties an object's scope. The global link gets a fresh global object, not bound to a name.
     void ClearScope(CJScriptLink* link);
@@ -97,23 +101,31 @@ public:
     /// Whether the object of `link` has a function of this name. False for a null `link`.
     bool HasFunction(const wxString& name, CJScriptLink* link);
 
+    ///@{
     /// Calls a function of `link`'s object, which is its `this`. Returns false, unreported, when there is no such
     /// function, and false, reported, when it fails.
     bool Call(const wxString& name, CJScriptLink* link);
     bool Call(const wxString& name, CJScriptLink* link, wxString arg);
+    ///@}
+
     /// A null `arg` passes the null object.
     bool Call(const wxString& name, CJScriptLink* link, CJScriptLink* arg);
     /// `ret` receives the raw result word, not shifted.
     bool CallWithRet(const wxString& name, CJScriptLink* link, int& ret);
+
+    ///@{
     /// `ret` (may be null) receives the result word, JSVAL_VOID after a failure.
     bool CallWithRet(const wxString& name, CJScriptLink* link, jsval* ret, int argc, jsval* argv);
     bool CallWithRet(JSFunction* fn, CJScriptLink* link, jsval* ret, int argc, jsval* argv);
+    ///@}
 
     /// Keeps further errors from being recorded until the next Execute.
     void HideError() { m_hideError = true; }
+    /// The number of errors recorded since the last operation began.
     int GetErrorCount() const { return static_cast<int>(m_errors.size()); }
     /// The error `i`, counted from 0, below GetErrorCount(). Valid until the next operation.
     CJScriptError* GetError(int i) { return &m_errors[i]; }
+    /// Forgets the recorded errors.
     void CleanError() { m_errors.clear(); }
     /// Text that follows the next formatted report, under " Call stack is:".
     void SetCallStack(const wxString& callStack) { m_callStack = callStack; }
@@ -121,15 +133,19 @@ public:
     /// first), into the call stack of the report that will follow, unless there is one already.
     static void NoteSilentFailure(JSContext* cx, const wxString& what);
 
+    /// The text that script makes of a value, as jsval_to_wxString.
     wxString JSValToString(jsval& v);
     /// The pointer that a script object made by pwxObject_to_jsval carries; null when the value is none.
     wxObject* JSValToObject(jsval& v);
 
+    ///@{
     /// Marks the start and the end of something that keeps script's objects in use. At the end of the outermost one,
     /// objects queued with CJScriptLink::SetScopeDelete are deleted.
     void IncScopeLevel();
     void DecScopeLevel();
+    ///@}
 
+    /// The engine's context; null once it has ended.
     JSContext* GetContext() const { return m_context; }
 
     /// Stops a script that runs longer than this, with an error that script cannot catch. 0: no limit.

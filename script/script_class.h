@@ -18,16 +18,16 @@ class CJScriptLinkClass;
 /// A constructor of a scriptable class.
 struct CJsCtorDescr
 {
-    JSNative native;
-    unsigned int arguments;
-    bool primary;
+    JSNative native;        ///< what `new` runs
+    unsigned int arguments; ///< how many it takes
+    bool primary;           ///< whether it is the one for any number of arguments
 };
 
 /// What a class has in one engine context.
 struct CJSLinkClassContext
 {
-    JSContext* context;
-    JSClass jsClass;
+    JSContext* context;            ///< the context this is about
+    JSClass jsClass;               ///< the class as the engine knows it there
     JSObject* prototype = nullptr; ///< Rooted while it is set.
 };
 
@@ -40,13 +40,16 @@ WX_DECLARE_HASH_MAP(int, wxString, wxIntegerHash, wxIntegerEqual, CHaspEvt);
 class VC_QXPARSER_API CJScriptLinkClass
 {
 public:
+    /// The descriptor of the class that `classMap` describes; both must live as long as the library.
     explicit CJScriptLinkClass(const JSMap* classMap) : m_map(classMap) {}
     virtual ~CJScriptLinkClass();
 
     CJScriptLinkClass(const CJScriptLinkClass&) = delete;
     CJScriptLinkClass& operator=(const CJScriptLinkClass&) = delete;
 
+    /// The class's table.
     const JSMap* GetMap() const { return m_map; }
+    /// The parent class's descriptor; null for none.
     CJScriptLinkClass* GetParent() const { return m_map->parent; }
     /// Whether this is `other` or one of its descendants.
     bool IsKindOf(const CJScriptLinkClass* other) const;
@@ -55,10 +58,15 @@ public:
     /// and declared up to there.
     /// @return true.
     bool CreateSpec();
+
+    ///@{
+    /// Adds to what CreateSpec builds: a property that is answered by GetPropW and SetPropW (the latter unless `flags`
+    /// has JSPROP_READONLY), or a native function that takes `nargs` arguments; the static ones go to the constructor.
     void AddPropSpec(const char* name, int tinyid, int flags);
     void AddStaticPropSpec(const char* name, int tinyid, int flags);
     void AddFuncSpec(const char* name, JSNative native, int nargs);
     void AddStaticFuncSpec(const char* name, JSNative native, int nargs);
+    ///@}
 
     /// The class's prototype in a context, made on first use together with its constructor. Null on failure, and with
     /// `declareOnly`, which only prepares the class.
@@ -79,8 +87,16 @@ public:
     JSMapEntry* FindEntry(jsval id, bool byTinyId) const;
     /// Reads a property of the native object.
     bool GetEntryValue(JSContext* cx, JSMapEntry* entry, const CJScriptLink* link, jsval* value) const;
+
+    ///@{
+    /// The getter behind every property: reads the field of the native object. False, without a message, when there is
+    /// no native object or no such property.
     static int GetPropW(JSContext* cx, JSObject* object, jsval id, jsval* vp);
     int GetPropW(const CJScriptLink* link, JSMapEntry* entry, jsval* vp);
+    ///@}
+
+    /// The setter behind every property: converts the value into the field. False for what cannot be written; an
+    /// unknown property and a failed conversion are logged.
     static int SetPropW(JSContext* cx, JSObject* object, jsval id, jsval* vp);
 
     /// Calls the object's script function for an event.
@@ -102,6 +118,7 @@ public:
     /// Throws an Error with this message into the running script.
     static void DeclareError(JSContext* cx, wxString message);
 
+    /// Called by the collector for each dead script object of a scriptable class.
     static void Finalize(JSContext* cx, JSObject* object);
     /// An object that others hold when its context has ended becomes an empty shell; the context's native objects end
     /// with it all the same.
@@ -119,20 +136,25 @@ public:
     /// Forgets the prototypes of a context whose global object is going.
     static void DestroyContextProto(JSContext* cx);
 
+    ///@{
     /// The classes that every global object gets; a class's module registers and unregisters it. Registering twice is
     /// registering once.
     static bool RegisterJSClass(CJScriptLinkClass* cls);
     static void UnregisterJSClass(CJScriptLinkClass* cls);
+    ///@}
+
     /// Makes a class known in a context: its constructor where there is a global object, else only what every object of
     /// the class needs. False on failure.
     static bool DeclareJSClass(JSContext* cx, CJScriptLinkClass* cls);
     /// Makes all registered classes known in the context of a global object.
     static bool DeclareGlobal(CJScriptLink* global);
 
+    ///@{
     /// The links whose native objects are deleted as soon as no script runs and none can reach them.
     static void AddToScopeList(CJScriptLink* link);
     static void RemoveFromScopeList(CJScriptLink* link);
     static void GCScopeList();
+    ///@}
 
 private:
     friend class CJScriptLink;

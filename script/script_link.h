@@ -41,17 +41,27 @@ public:
     /// handlers.
     void Link(wxObject* owner, CJScriptLinkClass* cls);
 
+    /// Whether there is a script object.
     bool IsCreated() const { return m_jsObject != nullptr; }
     /// Whether the script object owns the native object.
     bool IsDynamic() const { return m_dynamic && m_jsObject; }
     /// The handle on the context in which the script object lives; null without one.
     CJScript* GetScript() const;
+    /// The name of the property that the script object is, or of the global object; empty without one.
     wxString GetName() const;
+    /// The script object; null without one.
     JSObject* GetJSObject() const { return m_jsObject; }
+    /// The native object that embeds this link; null before Link.
     wxObject* GetRootObject() const { return m_owner; }
+    /// The engine context in which the script object lives; null without one.
     JSContext* GetContext() const { return m_context; }
+
+    ///@{
+    /// The class given to Link, null before it, and its table.
     CJScriptLinkClass* GetClass() const { return m_jsClass; }
     const JSMap* GetJSMap() const;
+    ///@}
+
     /// The link of the object that this one's is a named property of; null for global and dynamic objects, and when the
     /// parent's native object is gone.
     CJScriptLink* GetParent() const;
@@ -94,22 +104,30 @@ public:
     /// @return true when there was one and it did not return false; else what the next handlers say.
     bool ProcessEvent(wxEvent& event) override;
 
+    ///@{
     /// Statements that bring another object of the class to this one's state; see CJScriptLinkClass::GetInitScript.
     wxString GetInitScript() const;
     bool GetInitScript_Inplace(wchar_t*& buffer, int& room) const;
+    ///@}
 
     /// The function that is the property `name` of the script object; null when there is none.
     JSFunction* GetJSFunction(const wxString& name) const;
+
+    ///@{
     /// Calls a function with the script object as `this`; `result` becomes the truth value of what it returns, true for
     /// nothing. False after a failure, which is reported.
     bool CallFunction(JSFunction* function, bool& result);
     bool CallFunction(JSFunction* function, bool& result, const wxString& argument);
+    ///@}
+
     /// A null `argument` passes the null object.
     bool CallFunction(JSFunction* function, bool& result, CJScriptLink* argument);
 
+    ///@{
     /// Keeps a function value alive as long as this link, or until it is removed as often as it was added.
     void AddFunction(JSFunction* function);
     void RemoveFunction(JSFunction* function);
+    ///@}
 
     /// Has a function called, with the script object as `this` where there still is one, when the native object goes:
     /// for script's own objects at the latest when their context ends, right before. A host's object that goes after
@@ -118,30 +136,45 @@ public:
     /// Calls them, each once.
     void CallJS_OnDestroy();
 
-    // What the functions of every script object do (see m_JSMapEntries).
+    ///@{
+    /// What wxPlatformInfo says of the system and the toolkit.
     static wxString GetOperatingSystemFamilyName();
     static wxString GetOperatingSystemIdName();
     static int GetOSMajorVersion();
     static int GetOSMinorVersion();
     static wxString GetPortIdName();
     static wxString GetPortIdShortName();
+    ///@}
+
     /// `format` with its first "%s" replaced; nothing else in it means anything.
     static wxString FormatStrStr(const wxString& format, const wxString& text);
     /// The 0-based place of `what`, -1 when it is absent.
     static int FindStr(const wxString& text, const wxString& what, bool matchCase);
+
+    ///@{
+    /// The text with all letters in one case.
     static wxString StrToUpper(const wxString& text);
     static wxString StrToLower(const wxString& text);
+    ///@}
+
     /// `format` with "%1", "%2", ... replaced by the arguments, counted from 1. Others, and inserted text, stay as they
     /// are.
     static wxString FormatString(const wxString& format, const wxArrayString& arguments);
+    /// `text` with every `what` replaced; what has been inserted is not looked at again. An empty `what` changes
+    /// nothing.
     static wxString FindReplaceStr(const wxString& text, const wxString& what, const wxString& by);
+    /// FormatString, for script.
     wxString JS_FormatStringA(const wxString& format, const wxArrayString& arguments);
+    /// Logs "pause", verbosely.
     void JS_Pause();
     /// What follows `prefix` in `text`; empty when it does not start so.
     wxString JS_StartsWithStr(const wxString& text, const wxString& prefix);
+
+    ///@{
     /// In debug builds, log an error when the condition does not hold.
     static void ASSERT(bool condition);
     static void ASSERT_MSG(bool condition, const wxString& message);
+    ///@}
 
     /// The word that roots are registered with.
     void* GetJSObjectAddress() { return &m_jsObject; }
@@ -154,9 +187,13 @@ public:
     /// Called when the context of the functions kept here ends.
     void ForgetFunctions();
 
+    ///@{
+    /// What every scriptable class has: its table, the rows of that, and its descriptor. A host's class has them too,
+    /// and the virtual functions GetJSLink and GetJSMap: see docs/scripting.md.
     static const JSMap m_JSMap;
     static JSMapEntry m_JSMapEntries[];
     static CJScriptLinkClass ms_JSClass;
+    ///@}
 
 private:
     friend class CJScriptLinkClass;

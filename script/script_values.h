@@ -13,11 +13,17 @@
 class VC_QXPARSER_API qxjsPointer : public wxObject
 {
 public:
+    /// Carries `value`; there is no script object yet.
     explicit qxjsPointer(void* value = nullptr);
 
+    ///@{
+    /// The pointer.
     void* GetValue() const { return m_value; }
     void SetValue(void* value) { m_value = value; }
+    ///@}
 
+    ///@{
+    /// What every scriptable class has: see CJScriptLink.
     virtual CJScriptLink* GetJSLink() { return &m_link; }
     virtual const CJScriptLink* GetJSLink() const { return &m_link; }
     virtual const JSMap* GetJSMap() const { return &m_JSMap; }
@@ -25,6 +31,7 @@ public:
     static const JSMap m_JSMap;
     static JSMapEntry m_JSMapEntries[];
     static CJScriptLinkClass ms_JSClass;
+    ///@}
 
 private:
     CJScriptLink m_link;
@@ -37,11 +44,17 @@ private:
 class VC_QXPARSER_API qxjsSize_t : public wxObject
 {
 public:
+    /// Carries `value`; there is no script object yet.
     explicit qxjsSize_t(std::uint32_t value);
 
+    ///@{
+    /// The size.
     std::uint32_t GetValue() const { return m_value; }
     void SetValue(std::uint32_t value) { m_value = value; }
+    ///@}
 
+    ///@{
+    /// What every scriptable class has: see CJScriptLink.
     virtual CJScriptLink* GetJSLink() { return &m_link; }
     virtual const CJScriptLink* GetJSLink() const { return &m_link; }
     virtual const JSMap* GetJSMap() const { return &m_JSMap; }
@@ -49,6 +62,7 @@ public:
     static const JSMap m_JSMap;
     static JSMapEntry m_JSMapEntries[];
     static CJScriptLinkClass ms_JSClass;
+    ///@}
 
 private:
     CJScriptLink m_link;

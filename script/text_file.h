@@ -14,6 +14,7 @@
 class VC_QXPARSER_API CqxJSFile : public wxObject
 {
 public:
+    /// No file yet.
     CqxJSFile();
 
     CqxJSFile(const CqxJSFile&) = delete;
@@ -27,6 +28,7 @@ public:
     bool Create(wxString path);
     /// Whether a file has been read by Open. One that Create has made is written without being open.
     bool IsOpened();
+    /// Closes the file; what was written is on disk already.
     void Close();
 
     /// Whether all lines have been read.
@@ -42,6 +44,8 @@ public:
     /// its other lines have. A last line that had no end gets none, so the text is continued there.
     bool WriteLn(wxString text);
 
+    ///@{
+    /// What every scriptable class has: see CJScriptLink.
     virtual CJScriptLink* GetJSLink() { return &m_link; }
     virtual const CJScriptLink* GetJSLink() const { return &m_link; }
     virtual const JSMap* GetJSMap() const { return &m_JSMap; }
@@ -49,6 +53,7 @@ public:
     static const JSMap m_JSMap;
     static JSMapEntry m_JSMapEntries[];
     static CJScriptLinkClass ms_JSClass;
+    ///@}
 
 private:
     bool Resolve(wxString& path);

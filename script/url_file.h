@@ -12,6 +12,7 @@
 class VC_QXPARSER_API CJSURLFile : public wxObject
 {
 public:
+    /// No file yet.
     CJSURLFile();
 
     CJSURLFile(const CJSURLFile&) = delete;
@@ -19,13 +20,17 @@ public:
 
     /// Opens the file `name` of the directory that CDir::ExtractDir makes of `location`, `path` and `encoding`.
     bool Open(const wxString& location, const wxString& name, const wxString& path, const wxString& encoding);
+    /// Whether a file is open.
     bool IsOpened();
+    /// Closes the file; nothing happens when none is open.
     void Close();
     /// The next line; empty at the end and when no file is open.
     wxString ReadLn();
     /// The rest of the file; empty when no file is open.
     wxString ReadAll();
 
+    ///@{
+    /// What every scriptable class has: see CJScriptLink.
     virtual CJScriptLink* GetJSLink() { return &m_link; }
     virtual const CJScriptLink* GetJSLink() const { return &m_link; }
     virtual const JSMap* GetJSMap() const { return &m_JSMap; }
@@ -33,6 +38,7 @@ public:
     static const JSMap m_JSMap;
     static JSMapEntry m_JSMapEntries[];
     static CJScriptLinkClass ms_JSClass;
+    ///@}
 
 private:
     CFile m_file;

@@ -11,9 +11,12 @@ class wxObject;
 /// vc_qxparser_window fills this in when it is loaded.
 struct CJSWindowEvents
 {
+    ///@{
     /// Puts the link among the window's event handlers, and takes it away.
     void (*push)(wxObject* window, CJScriptLink* link);
     void (*pop)(wxObject* window, CJScriptLink* link);
+    ///@}
+
     /// What wxWindow::GetName says.
     wxString (*name)(const wxObject* window);
 };

@@ -46,9 +46,13 @@ public:
     public:
         /// @param parent not owned, may be null.
         explicit CDefineList(const CDefineList* parent);
+
+        ///@{
         /// A copy lists the same entries.
         CDefineList(const CDefineList& other) = default;
         CDefineList& operator=(const CDefineList& other);
+        ///@}
+
         ~CDefineList();
 
         /// Puts a new entry first, whether or not there is one of this name.
@@ -61,6 +65,7 @@ public:
         /// Removes the list's own first entry of this name, if any.
         void Remove(const wxString& name);
 
+        /// The list it was made from, as given to the constructor; it may have gone.
         const CDefineList* GetParent() const { return m_parent; }
 
     private:
@@ -78,12 +83,16 @@ public:
     /// The counters of the open repeats, the innermost last.
     using wxArrayCounters = wxArrayInt;
 
+    /// A parser that makes its own preprocessor. A template should not go through it: see docs/templates.md.
     explicit CCondTagParser(const wchar_t* begin = L"<%", const wchar_t* end = L"%>");
     /// A parser that uses `pp` (not owned); see CParser.
     explicit CCondTagParser(CPreprocessor* pp, const wchar_t* begin = L"<%", const wchar_t* end = L"%>");
+
+    ///@{
     /// Copies share the blocks (see CParser) and the global defines there are.
     CCondTagParser(const CCondTagParser& other) = default;
     CCondTagParser& operator=(const CCondTagParser& other) = default;
+    ///@}
 
     /// Expands the blocks of this parser, one after the other, against `node`.
     /// @param node null is taken as an empty node.

@@ -27,6 +27,7 @@ struct TagTitle;
 class VC_QXPARSER_API CTagBlock : public CParserBlock
 {
 public:
+    /// What operations return when they do not give 0.
     enum eTagResult : long
     {
         tagNotFound = 1,    ///< No tag, or no type in a tag.
@@ -90,38 +91,64 @@ public:
     /// at the end.
     wxString GetHierarchy(int level) const;
 
+    ///@{
+    /// The type, empty until the opening tag is read, and the name.
     wxString GetType() const { return m_type; }
     wxString GetName() const { return m_name; }
+    ///@}
+
+    /// Gives the block another name.
     void SetName(wxString name) { m_name = name; }
+
+    ///@{
+    /// The options of the opening tag.
     COption& GetOption() { return m_option; }
     const COption& GetOption() const { return m_option; }
+    ///@}
 
+    ///@{
+    /// The block in which this one stands; not owned, null at the top.
     CTagBlock* GetParent() const { return m_parent; }
     void SetParent(CTagBlock* parent) { m_parent = parent; }
+    ///@}
 
+    ///@{
     /// Whether this block's tags are the double ones.
     bool IsDoubleTag() const { return m_doubleTag; }
     void SetDoubleTag(bool doubleTag) { m_doubleTag = doubleTag; }
+    ///@}
 
+    ///@{
     /// The tags of the parser; empty texts without one.
     const wxString& GetBeginTag() const;
     const wxString& GetEndTag() const;
     const wxString& GetDoubleBeginTag() const;
     const wxString& GetDoubleEndTag() const;
+    ///@}
+
+    ///@{
     /// The double tags for a double-tag block, else the single ones.
     const wxString& GetCurrentBeginTag() const;
     const wxString& GetCurrentEndTag() const;
+    ///@}
 
+    ///@{
     /// The blocks nested in this one, in the order of the text; owned by this block.
     std::size_t GetSubBlockCount() const { return m_subBlocks.size(); }
     CTagBlock* GetSubBlock(std::size_t index) const { return m_subBlocks[index].get(); }
+    ///@}
 
+    ///@{
     /// The lines of the opening tag, null for a block without tags.
     const CTagHeaderBlock* GetBeginHeader() const { return m_beginHeader ? &*m_beginHeader : nullptr; }
     CTagHeaderBlock* GetBeginHeader() { return m_beginHeader ? &*m_beginHeader : nullptr; }
+    ///@}
+
+    ///@{
     /// The lines of the closing tag, null for a single tag.
     const CTagHeaderBlock* GetEndHeader() const { return m_endHeader ? &*m_endHeader : nullptr; }
     CTagHeaderBlock* GetEndHeader() { return m_endHeader ? &*m_endHeader : nullptr; }
+    ///@}
 
 private:
     struct Tag;

@@ -26,8 +26,11 @@ public:
     /// @return 0, always.
     virtual long Process();
 
+    ///@{
+    /// The block whose tag this is; not owned, may be null.
     CTagBlock* GetParent() const { return m_parent; }
     void SetParent(CTagBlock* parent) { m_parent = parent; }
+    ///@}
 
 private:
     CTagBlock* m_parent;

@@ -37,19 +37,24 @@ public:
     /// @return its code; CTagBlock::tagNotFound for what is no tag block.
     long ParseBlock(CParserBlock* block) override;
 
+    ///@{
+    /// The tags: those given to the constructor, and each of them written twice.
     const wxString& GetBeginTag() const { return m_beginTag; }
     const wxString& GetEndTag() const { return m_endTag; }
     const wxString& GetDoubleBeginTag() const { return m_doubleBeginTag; }
     const wxString& GetDoubleEndTag() const { return m_doubleEndTag; }
+    ///@}
 
     /// The hierarchy of a block (see CTagBlock::GetHierarchy); for null those of all blocks of this parser, with
     /// nothing between them.
     wxString GetHierarchy(CTagBlock* block) const;
 
+    ///@{
     /// How many blocks may be open at a time. Reading, copying and deleting a block take stack for each level of it
     /// (about 1 KiB).
     void SetNestingLimit(unsigned int limit) { m_nestingLimit = limit; }
     unsigned int GetNestingLimit() const { return m_nestingLimit; }
+    ///@}
 
 private:
     friend class CTagBlock;

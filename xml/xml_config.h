@@ -16,8 +16,8 @@
 /// One registration with a configuration.
 struct tCfgObject
 {
-    CJScriptLink* link = nullptr;
-    wxString section; ///< The names of elements, from below the root element on, with "/" between them.
+    CJScriptLink* link = nullptr; ///< of the registered object; not owned
+    wxString section;             ///< The names of elements, from below the root element on, with "/" between them.
 };
 
 /// An XML document that keeps the state of registered objects in a file: the script class "CXmlConfig".
@@ -48,6 +48,7 @@ struct tCfgObject
 class VC_QXPARSER_API CXmlConfig : public CXmlDocument
 {
 public:
+    /// The registrations; not for hosts.
     class CHashMapCfgObject;
 
     /// A configuration without content, to be loaded.
@@ -99,22 +100,32 @@ public:
     /// there is none, unless `create` has the missing ones made (and the root element "Config", too).
     CXmlNode* GetSectionNode(wxString path, bool create);
 
+    ///@{
     /// Hands an object its section, or has it take its default state. Nothing happens without a script, and for what is
     /// not registered; a link with several registrations is taken for its first.
     void ObjectLoad(const tCfgObject& object);
     void ObjectLoad(const wxString& name);
     void ObjectLoad(CJScriptLink* link);
+    ///@}
+
+    ///@{
     /// Has an object write its section, which is made if need be.
     /// @return false when a hook fails or says so, and for what is not registered; true without a script.
     bool ObjectStore(const tCfgObject& object);
     bool ObjectStore(const wxString& name);
     bool ObjectStore(CJScriptLink* link);
+    ///@}
+
     /// Loads every object.
     void LoadAll();
     /// Stores objects up to the first that fails, which makes it false.
     bool StoreAll();
+
+    ///@{
+    /// Stores objects by the names of their registrations, as ObjectStore does, and ignores failures.
     void StoreObjectConfig(const wxString& name);
     void StoreObjectsConfig(const wxArrayString& names);
+    ///@}
 
     /// Registers an object and loads it. Characters of the names other than ASCII letters, digits and "_" become "_".
     /// Another registration of this name ends. Nothing happens for an empty name.
@@ -122,25 +133,40 @@ public:
     void ObjectRegisterNamed(CJScriptLink* link, wxString name, wxString section);
     /// Registers a window under its name (wxWindow::GetName). Nothing happens for objects that are no windows.
     void ObjectRegister(CJScriptLink* link, wxString section);
+    /// As ObjectRegisterNamed, but the object is not loaded.
     void ObjectRegisterNamedNoLoad(CJScriptLink* link, wxString name, wxString section);
+
+    ///@{
+    /// As ObjectRegisterNamed and ObjectRegister, with the element `name` as the section.
     void ObjectRegisterNamedNoSect(CJScriptLink* link, wxString name);
     void ObjectRegisterNoSect(CJScriptLink* link);
+    ///@}
+
+    ///@{
     /// Ends a registration; of several that a link has, the first.
     void ObjectUnregister(const wxString& name);
     void ObjectUnregister(CJScriptLink* link);
+    ///@}
+
+    ///@{
+    /// Whether there is a registration: of this name, of this object.
     bool HasObject(const wxString& name) const;
     bool HasObject(const CJScriptLink* link) const;
+    ///@}
 
     /// Leaves the configuration without a tree.
     void CleanConfig();
     /// Ends all registrations.
     void CleanObjects();
 
+    ///@{
+    /// What every scriptable class has: see CJScriptLink.
     const JSMap* GetJSMap() const override { return &m_JSMap; }
 
     static const JSMap m_JSMap;
     static JSMapEntry m_JSMapEntries[];
     static CJScriptLinkClass ms_JSClass;
+    ///@}
 
 private:
     class Locks;

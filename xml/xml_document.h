@@ -34,8 +34,8 @@ WX_DECLARE_HASH_MAP(wxXmlNode*, CXmlNode*, wxPointerHash, wxPointerEqual, CHashP
 /// An XML tree, and the handles on its nodes: the script class "XmlDocument".
 ///
 /// With a script context, every handle has a script object, a child of the document's own; it is made when something
-/// asks for it. Failures are false or
-/// null, with a message in the log; nothing is thrown. A document is used by one thread at a time.
+/// asks for it. Failures are false or null, with a message in the log; nothing is thrown. A document is used by one
+/// thread at a time.
 class VC_QXPARSER_API CXmlDocument : public wxObject
 {
 public:
@@ -44,7 +44,7 @@ public:
     {
         wxString message; ///< The reason alone; empty when there is none.
         long line = 0;    ///< Counted from 1, as is the column.
-        long column = 0;
+        long column = 0;  ///< Counted from 1, in characters.
     };
 
     /// How deep elements may be nested when nothing else is said; the root element counts as 1.
@@ -113,17 +113,23 @@ public:
     /// there is a node missing, and when one of them is below the other.
     bool MergeXML(CXmlNode* dest, CXmlNode* src, bool keepExisting);
 
+    /// The node that stands for nothing; it lives as long as the document.
     CXmlNode* GetEmptyNode() { return &m_emptyNode; }
+    /// The context of the document's script object, not owned; null for a document without script.
     CJScript* GetScript() const { return m_script; }
     /// Gives a document that was made without script its context: from now on it is as if the constructor had been
     /// called with these parameters.
     /// @return false when it has a context already, or its script object cannot be made.
     bool SetScript(CJScript* script, const wxString& name, CJScriptLink* parent);
 
+    ///@{
     /// Bounds the depth of elements for what comes: loading, saving, adding, inserting and merging.
     void SetMaxDepth(unsigned int depth) { m_maxDepth = depth; }
     unsigned int GetMaxDepth() const { return m_maxDepth; }
+    ///@}
 
+    ///@{
+    /// What every scriptable class has: see CJScriptLink.
     virtual const CJScriptLink* GetJSLink() const { return &m_link; }
     virtual CJScriptLink* GetJSLink() { return &m_link; }
     virtual const JSMap* GetJSMap() const { return &m_JSMap; }
@@ -131,6 +137,7 @@ public:
     static const JSMap m_JSMap;
     static JSMapEntry m_JSMapEntries[];
     static CJScriptLinkClass ms_JSClass;
+    ///@}
 
 protected:
     /// For a scriptable class derived from this one.

@@ -44,10 +44,14 @@ public:
     /// tree is changed through handles and the document only.
     wxXmlNode* GetXmlNode() const { return m_node; }
 
+    ///@{
+    /// The first child, the sibling behind, the sibling before, and the parent.
     CXmlNode* GetRawChildren();
     CXmlNode* GetRawNext();
     CXmlNode* GetRawPrevious();
     CXmlNode* GetRawParent();
+    ///@}
+
     /// The first child of this name.
     CXmlNode* GetRawNode(const wxString& name);
     /// The first of the siblings that follow with this name.
@@ -58,7 +62,8 @@ public:
     /// The child at a position counted from 0.
     CXmlNode* GetRawItem(int index);
 
-    // The same for script: the link of the node that was found.
+    ///@{
+    /// The same for script: the link of the node that was found.
     CJScriptLink* GetChildren() { return LinkOf(GetRawChildren()); }
     CJScriptLink* GetNext() { return LinkOf(GetRawNext()); }
     CJScriptLink* GetPrevious() { return LinkOf(GetRawPrevious()); }
@@ -68,6 +73,7 @@ public:
     CJScriptLink* GetPreviousByName(const wxString& name) { return LinkOf(GetRawPreviousByName(name)); }
     CJScriptLink* Item(int index) { return LinkOf(GetRawItem(index)); }
     CJScriptLink* AddNode(const wxString& name) { return LinkOf(AddRawNode(name)); }
+    ///@}
 
     /// Appends a new, empty element.
     /// @return its handle; the empty node on the empty node, and, with an error in the log, where it would stand deeper
@@ -78,10 +84,13 @@ public:
     bool RemoveRawNode(const wxString& name);
     /// Deletes any node of the document. False for null, and on the empty node.
     bool RemoveRawNode(CXmlNode* child);
+    /// As RemoveRawNode, for script.
     bool RemoveNode(const wxString& name) { return RemoveRawNode(name); }
     /// Takes away properties and children.
     void Clear();
+    /// Takes away the properties, the attributes of the element.
     void ClearProps();
+    /// Deletes the children, and all that is below them.
     void RemoveChildren();
     /// Unlinks a child, which is nobody's until it is inserted again or deleted through the document.
     void RemoveChild(CXmlNode* child);
@@ -92,23 +101,35 @@ public:
     /// of this node, it lands in front of the last child or at the end.
     void InsertChildAt(CXmlNode* child, CXmlNode* at, bool after);
 
+    /// The name of an element; "text", "comment" and the like for other nodes, empty for the empty node.
     wxString GetName() const;
+    /// Gives the node another name; nothing is checked, and nothing happens on the empty node.
     void SetName(const wxString& name);
     /// The content of the first text or CDATA child.
     wxString GetNodeContent() const;
     /// Sets the content of the first text child, which is appended when there is none. Elements stay.
     void SetNodeContent(const wxString& text);
 
+    /// Whether there is a property of this name. Names of properties are compared with case.
     bool HasProp(const wxString& name) const;
+    /// The first property of this name; `def` when there is none.
     wxString GetPropW(const wxString& name, const wxString& def) const;
     /// `def` also when the property is not a whole decimal number.
     long GetPropLong(const wxString& name, long def) const;
+
+    ///@{
     /// Appends a property, also when there is one of this name.
     void AddProp(const wxString& name, const wxString& value);
     void AddProp(const wxString& name, long value);
+    ///@}
+
+    ///@{
     /// Sets the first property of this name, in its place, or appends it.
     void AddOrChangeProp(const wxString& name, const wxString& value);
     void AddOrChangeProp(const wxString& name, long value);
+    ///@}
+
+    /// Takes the first property of this name away; false when there is none.
     bool DelProp(const wxString& name);
     /// Every property as ` NAME="VALUE"`, in order, with nothing escaped.
     wxString GetAllProps() const;
@@ -117,8 +138,11 @@ public:
     /// Those before the first property of this name in any case, without it; all when there is none.
     wxString GetAllPropsBefore(const wxString& name) const;
 
+    /// Whether there is a child of this name.
     bool HasNode(const wxString& name);
+    /// The number of children.
     int GetChildrenCount();
+    /// The number of children of this name.
     int GetChildrenCountOf(const wxString& name) const;
     /// How many levels of nodes are below this one.
     int GetChildrenDepth() const;
@@ -127,20 +151,28 @@ public:
     /// The way from the root element, such as "Item(2).Item(0)"; empty for the root element.
     wxString GetNodeString() const;
 
-    // The empty node is first, last and alone. The root element is last only.
+    ///@{
+    /// The place among the siblings: without one before it, without one behind it, both, neither. The empty node is
+    /// first, last and alone. The root element is last only.
     bool IsFirst() const;
     bool IsLast() const;
     bool IsAlone() const;
     bool IsMiddle() const;
+    ///@}
 
+    /// What every scriptable class has: see CJScriptLink.
     virtual const CJScriptLink* GetJSLink() const { return &m_link; }
     /// In a document with script, also makes the script object if there is none yet.
     virtual CJScriptLink* GetJSLink();
+
+    ///@{
+    /// What every scriptable class has: see CJScriptLink.
     virtual const JSMap* GetJSMap() const { return &m_JSMap; }
 
     static const JSMap m_JSMap;
     static JSMapEntry m_JSMapEntries[];
     static CJScriptLinkClass ms_JSClass;
+    ///@}
 
 private:
     friend class CXmlDocument;

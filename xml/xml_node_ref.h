@@ -16,6 +16,7 @@ class VC_QXPARSER_API CXmlNodeRef
 public:
     /// @param document whose node it is, @param node the node; both may be null.
     CXmlNodeRef(CXmlDocument* document, wxXmlNode* node);
+    /// A copy refers to the same node, by itself.
     CXmlNodeRef(const CXmlNodeRef& other) : CXmlNodeRef(other.m_document, other.m_node) {}
     ~CXmlNodeRef();
     CXmlNodeRef& operator=(const CXmlNodeRef&) = delete;
@@ -24,6 +25,7 @@ public:
     wxXmlNode* GetXmlNode() const { return m_node; }
     /// Its handle; the document's empty node for none, null when the document has gone.
     CXmlNode* GetHandle() const;
+    /// The document; null when it has gone.
     CXmlDocument* GetDocument() const { return m_document; }
 
     /// Refers to another node of the same document; null for none.
