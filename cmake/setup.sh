@@ -6,6 +6,9 @@ packages=(
     libwxgtk3.2-dev libmozjs-102-dev libexpat1-dev libcli11-dev libedit-dev
     libgtest-dev librapidcheck-dev xvfb xauth doxygen
 )
+# Debian's npm brings some 350 packages with it: only where there is none from elsewhere.
+command -v node >/dev/null || packages+=(nodejs)
+command -v npm >/dev/null || packages+=(npm)
 
 install_missing_packages() {
     local missing=() package
