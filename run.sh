@@ -4,7 +4,7 @@ set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 source "$root/cmake/setup.sh"
 
-setup_release qxp
+setup_release qxp OFF
 if [ $# -gt 0 ]; then
     exec "$root/build/release/qxp/qxp" "$@"
 fi

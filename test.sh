@@ -4,6 +4,6 @@ set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 source "$root/cmake/setup.sh"
 
-setup_release all
+setup_release all ON
 cd "$root"
 exec ctest --preset release -j "$(nproc)" "$@"

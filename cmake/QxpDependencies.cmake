@@ -1,26 +1,8 @@
 # Every outside library the project links, as imported targets with one name each.
 
 find_package(PkgConfig REQUIRED)
-find_package(Threads REQUIRED)
 
-# wxWidgets: strings, containers, streams, logging, modules (base) and the XML tree (xml).
-find_program(WX_CONFIG_EXECUTABLE NAMES wx-config REQUIRED)
-set(wxWidgets_CONFIG_EXECUTABLE "${WX_CONFIG_EXECUTABLE}")
-find_package(wxWidgets 3.2 REQUIRED COMPONENTS base xml)
-add_library(qxp_wxbase INTERFACE)
-add_library(qxp::wxbase ALIAS qxp_wxbase)
-target_include_directories(qxp_wxbase SYSTEM INTERFACE ${wxWidgets_INCLUDE_DIRS})
-target_compile_definitions(qxp_wxbase INTERFACE ${wxWidgets_DEFINITIONS}
-  $<$<NOT:$<BOOL:$<TARGET_PROPERTY:VC_QXPARSER_WINDOWS>>>:wxUSE_GUI=0>)
-target_link_libraries(qxp_wxbase INTERFACE ${wxWidgets_LIBRARIES} Threads::Threads)
-
-# wxWidgets with windows. What links it, directly or not, sees the declarations of windows.
-find_package(wxWidgets 3.2 REQUIRED COMPONENTS core base)
-add_library(qxp_wxcore INTERFACE)
-add_library(qxp::wxcore ALIAS qxp_wxcore)
-target_link_libraries(qxp_wxcore INTERFACE qxp_wxbase ${wxWidgets_LIBRARIES})
-set_target_properties(qxp_wxcore PROPERTIES
-  INTERFACE_VC_QXPARSER_WINDOWS ON COMPATIBLE_INTERFACE_BOOL VC_QXPARSER_WINDOWS)
+include(QxpWxWidgets)
 
 # The XML parser whose events the document reader builds its tree from.
 find_package(EXPAT REQUIRED)

@@ -1,9 +1,5 @@
+#include "qxp/application.h"
 #include "qxp/command_line.h"
-#include "qxp/expand_command.h"
-#include "qxp/merge_command.h"
-#include "qxp/preprocess_command.h"
-#include "qxp/script_command.h"
-#include "qxp/tags_command.h"
 
 #include <CLI/CLI.hpp>
 #include <wx/init.h>
@@ -21,8 +17,6 @@ namespace
 {
 
 constexpr int StatusUsage = 2;
-
-constexpr const char* Version = "qxp " QXP_VERSION;
 
 int FailUsage(const std::string& message)
 {
@@ -59,22 +53,8 @@ int main(int argc, char** argv)
     if (!initializer.IsOk())
         return StatusFailure;
 
-    CLI::App app("Text pipeline: preprocesses texts that hold directives, defines and inline script, and runs scripts.",
-                 "qxp");
-    app.set_version_flag("--version", Version);
-    app.require_subcommand(1);
-    app.get_formatter()->column_width(34);
-    app.get_formatter()->label("SUBCOMMAND", "COMMAND");
-    app.footer("Example:\n  qxp preprocess -D PLATFORM=linux config.h.in");
-
-    std::function<int()> run;
-    AddPreprocessCommand(app, run);
-    AddTagsCommand(app, run);
-    AddExpandCommand(app, run);
-    AddMergeCommand(app, run);
-    std::vector<std::string> scriptArguments;
-    const CLI::App& script = AddScriptCommand(app, run, scriptArguments);
-
+    Application application;
+    CLI::App& app = application.app;
     if (argc < 2) {
         std::cerr << app.help();
         return StatusUsage;
@@ -83,12 +63,14 @@ int main(int argc, char** argv)
     const auto isFirst = [&](const CLI::App* command) { return command->get_name() == first; };
     if (first.substr(0, 1) != "-" && app.get_subcommands(isFirst).empty())
         return FailUsage("There is no command " + first);
+    const bool isScript = first == application.script->get_name();
     try {
-        app.parse(first == script.get_name() ? SplitAtFirstArgument(script, argc, argv, scriptArguments) : argc, argv);
+        app.parse(isScript ? SplitAtFirstArgument(*application.script, argc, argv, application.scriptArguments) : argc,
+                  argv);
     } catch (const CLI::ParseError& error) {
         if (error.get_exit_code() == 0)
             return Answer(app, error);
         return FailUsage(app.get_subcommands().empty() ? "A command must come before " + first : error.what());
     }
-    return RunWithinMemory(run);
+    return RunWithinMemory(application.run);
 }

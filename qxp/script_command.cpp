@@ -178,9 +178,10 @@ const CLI::App& AddScriptCommand(CLI::App& app, std::function<int()>& run, const
     CLI::App* const command = app.add_subcommand("script", "Run a script");
     const auto options = std::make_shared<ScriptOptions>();
     command->group("Commands");
-    command->footer("What is no option is FILE (- is standard input), and behind it come its ARGs, which\n"
-                    "it sees as the array `arguments`.\n"
-                    "Example:\n  qxp script -e 'FormatString(\"%1 %2\", \"Hello\", StrToUpper(\"world\"))'");
+    // Shown only: what they are is taken out of the command line before it is parsed, for behind FILE options are ARGs.
+    command->add_option("FILE", "The script; - is standard input, which is also the default");
+    command->add_option("ARG", "What the script sees as the array `arguments`")->option_text("...");
+    command->footer("Example:\n  qxp script -e 'FormatString(\"%1 %2\", \"Hello\", StrToUpper(\"world\"))'");
     command
         ->add_option("-e,--eval", options->texts, "Run TEXT instead of a file (repeatable) and write the last result")
         ->type_name("TEXT")
