@@ -160,6 +160,8 @@ check_completions() {
     completes '--no-trim ' qxp preprocess --no-
     completes 'always auto never ' qxp preprocess --color ''
     completes 'folder/ ' qxp preprocess -C fo
+    completes '' qxp preprocess -D fi
+    completes 'file.txt folder/ ' qxp preprocess f
     completes 'file.txt ' qxp tags fi
     completes 'file.txt ' qxp expand --output fi
     completes '' qxp merge --in-place-no

@@ -25,7 +25,7 @@ TEST(ForgottenLibraryTest, TheFirstWindowLoadsTheLibraryOrIsRefusedAloud)
     EXPECT_EQ(frame.m_presses, isMissing ? 0 : 1);
     if (isMissing)
         EXPECT_EQ(log.Errors(),
-                  std::vector<wxString>{wxS("Script objects that are windows need libvc_qxparser_window.so.0")});
+                  std::vector<wxString>{wxS("Script objects that are windows need libvc_qxparser_window.so.1")});
     else
         EXPECT_TRUE(log.Errors().empty());
 }

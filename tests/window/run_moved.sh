@@ -10,6 +10,6 @@ place=$(mktemp -d)
 trap 'rm -rf "$place"' EXIT
 for library in "$@"; do
     name=$(basename "$library")
-    cp "$library" "$place/${name%%.so*}.so.0"
+    cp "$library" "$place/${name%.*.*}"
 done
 LD_LIBRARY_PATH=$place${LD_LIBRARY_PATH:+:$LD_LIBRARY_PATH} EXPECT_WINDOW_LIBRARY=$expected xvfb-run -a "$program"
