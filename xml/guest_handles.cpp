@@ -1,8 +1,10 @@
 #include "xml/tree_links_detail.h"
 #include "xml/xml_document.h"
+#include "xml/xml_node_ref.h"
 
 #include <wx/xml/xml.h>
 
+#include <algorithm>
 #include <utility>
 
 /// The handles on a node of this tree: this document's own, and guests, which are no longer known here afterwards.
@@ -21,12 +23,25 @@ std::vector<CXmlNode*> CXmlDocument::HandlesOf(wxXmlNode* node)
     return handles;
 }
 
-/// Makes the handles on a node, and on what is below it, handles on nodes of this tree: it has been, or will be, moved
-/// here from another document. That one goes on to own its handles.
+/// Makes the references to a node, and to what is below it, this document's.
+void CXmlDocument::TakeOverRefs(const wxXmlNode* top, CXmlDocument& from)
+{
+    const auto stays = [&](const CXmlNodeRef* ref) { return !xml_detail::IsWithin(ref->m_node, top); };
+    const auto moved = std::stable_partition(from.m_refs.begin(), from.m_refs.end(), stays);
+    for (auto ref = moved; ref != from.m_refs.end(); ++ref) {
+        (*ref)->m_document = this;
+        m_refs.push_back(*ref);
+    }
+    from.m_refs.erase(moved, from.m_refs.end());
+}
+
+/// Makes the handles on a node, and on what is below it, handles on nodes of this tree, as well as the references to
+/// them: it has been, or will be, moved here from another document. That one goes on to own its handles.
 void CXmlDocument::TakeOver(wxXmlNode* top, CXmlDocument& from)
 {
     if (&from == this)
         return;
+    TakeOverRefs(top, from);
     unsigned int depth = 0;
     for (wxXmlNode* node = top; node; node = xml_detail::NextInTree(node, top, depth)) {
         for (CXmlNode* const handle : from.HandlesOf(node)) {

@@ -32,7 +32,7 @@ bool CXmlDocument::MergeWith(CXmlNode* base, CXmlNode* overlay, CXmlNode* anchor
         overlay->m_document->ForgetChildren(node);
     // The handle of the overlay's root does not move; mostly it is the only one.
     CXmlDocument& other = *overlay->m_document;
-    if (other.m_nodes.size() + other.m_guests.size() > 1) {
+    if (other.m_nodes.size() + other.m_guests.size() > 1 || !other.m_refs.empty()) {
         for (wxXmlNode* const node : merge.GetMoved())
             TakeOver(node, other);
     }

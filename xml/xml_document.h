@@ -170,6 +170,7 @@ private:
     void ForgetChildren(wxXmlNode* node);
 
     void TakeOver(wxXmlNode* top, CXmlDocument& from);
+    void TakeOverRefs(const wxXmlNode* top, CXmlDocument& from);
     std::vector<CXmlNode*> HandlesOf(wxXmlNode* node);
     void EmptyHandles(wxXmlNode* node);
     void SendGuestsHome();

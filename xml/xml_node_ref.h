@@ -9,8 +9,9 @@ class CXmlNode;
 class WXDLLIMPEXP_FWD_XML wxXmlNode;
 
 /// A weak reference to a node of a document's tree: it refers to nothing once the node has been deleted, whoever did
-/// it, or the document has. For walks during which script may change the tree; it costs no handle as long as none is
-/// asked for. A document tells its references of each node deleted, so keep few of them.
+/// it, or the document has. It goes along with a node that is moved into another document. For walks during which
+/// script may change the tree; it costs no handle as long as none is asked for. A document tells its references of each
+/// node deleted, so keep few of them.
 class VC_QXPARSER_API CXmlNodeRef
 {
 public:
@@ -25,7 +26,7 @@ public:
     wxXmlNode* GetXmlNode() const { return m_node; }
     /// Its handle; the document's empty node for none, null when the document has gone.
     CXmlNode* GetHandle() const;
-    /// The document; null when it has gone.
+    /// The document whose node it is now; null when that has gone.
     CXmlDocument* GetDocument() const { return m_document; }
 
     /// Refers to another node of the same document; null for none.

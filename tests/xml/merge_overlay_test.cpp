@@ -1,4 +1,5 @@
 #include "tests/xml/merge_fixture.h"
+#include "xml/xml_node_ref.h"
 
 // Adding
 
@@ -628,6 +629,61 @@ TEST(MergeHandles, handles_of_the_overlay_are_empty_when_their_nodes_are_gone)
     EXPECT_FALSE(z->Ok());
     EXPECT_EQ(z->GetDocument(), &overlay);
     EXPECT_EQ(z->GetRawNext(), overlay.GetEmptyNode());
+}
+
+TEST(MergeHandles, references_go_along_with_their_nodes)
+{
+    TestDocument overlay("<r><x><y/></x><z Merge='Pos'/></r>");
+    const CXmlNodeRef x(&overlay, overlay.Child("x")->GetXmlNode());
+    const CXmlNodeRef y(&overlay, x.GetXmlNode()->GetChildren());
+    const CXmlNodeRef z(&overlay, overlay.Child("z")->GetXmlNode());
+    {
+        TestDocument base("<r/>");
+        EXPECT_TRUE(base.MergeWith(&overlay));
+        EXPECT_EQ(x.GetHandle(), base.Child("x"));
+        EXPECT_EQ(z.GetHandle(), overlay.Child("z"));
+        base.Child("x")->RemoveChildren();
+        EXPECT_EQ(y.GetXmlNode(), nullptr);
+    }
+    EXPECT_EQ(x.GetHandle(), nullptr);
+    EXPECT_EQ(z.GetDocument(), &overlay);
+}
+
+TEST(MergeHandles, references_go_along_with_inserted_nodes)
+{
+    TestDocument other("<r><x><y/></x><z/></r>");
+    CXmlNode* const moved = other.Child("x");
+    const CXmlNodeRef x(&other, moved->GetXmlNode());
+    const CXmlNodeRef y(&other, x.GetXmlNode()->GetChildren());
+    const CXmlNodeRef z(&other, other.Child("z")->GetXmlNode());
+    TestDocument base("<r><a/></r>");
+    other.GetRawRoot()->RemoveChild(moved);
+    EXPECT_EQ(x.GetDocument(), &other);
+    base.GetRawRoot()->InsertChildAt(moved, base.Child("a"), false);
+    EXPECT_EQ(x.GetDocument(), &base);
+    EXPECT_EQ(y.GetHandle(), base.Child("x")->GetRawChildren());
+    other.Clear();
+    EXPECT_EQ(z.GetXmlNode(), nullptr);
+    EXPECT_NE(x.GetXmlNode(), nullptr);
+    base.Clear();
+    EXPECT_EQ(x.GetXmlNode(), nullptr);
+    EXPECT_EQ(y.GetHandle(), base.GetEmptyNode());
+}
+
+TEST(MergeHandles, names_of_many_children_are_looked_up_anew)
+{
+    TestDocument base("<r/>");
+    TestDocument overlay("<r><x/></r>");
+    CXmlNode* const guest = overlay.Child("x");
+    for (int i = 0; i < 100; ++i)
+        guest->AddRawNode(wxString::Format("n%d", i));
+    EXPECT_TRUE(guest->GetRawNode("n99")->Ok());
+    EXPECT_TRUE(base.MergeWith(&overlay));
+    EXPECT_TRUE(base.Child("x")->GetRawNode("n98")->Ok());
+    EXPECT_TRUE(base.Child("x")->RemoveRawNode("n99"));
+    EXPECT_FALSE(guest->GetRawNode("n99")->Ok());
+    EXPECT_TRUE(guest->RemoveRawNode("n98"));
+    EXPECT_FALSE(base.Child("x")->GetRawNode("n98")->Ok());
 }
 
 TEST(MergeHandles, node_that_is_moved_into_one_that_was_moved_is_let_go_once)
