@@ -1,9 +1,11 @@
-// What loading and saving an XML document costs, with wxXmlDocument's own functions and with ours.
+// What loading, saving and merging XML documents costs, with wxXmlDocument's own functions and with ours.
 //
 //   xml_driver plain|fast INPUT [OUTPUT]     CPU seconds of reading, writing and deleting, peak memory after each
+//   xml_driver merge BASE OVERLAY OUTPUT     the same with the merge of an overlay in between
 //
 // `plain` is wxXmlDocument through buffered streams, `fast` is ours. One document a process, so that the peaks are its
 // own. Without OUTPUT the document is not written.
+#include "xml/merge_detail.h"
 #include "xml/tree_links_detail.h"
 #include "xml/tree_reader_detail.h"
 #include "xml/tree_writer_detail.h"
@@ -74,6 +76,42 @@ bool Write(const wxXmlDocument& document, const wxString& name, bool fast)
                 : document.Save(buffered, indentation) && buffered.Close();
 }
 
+void Merge(const wxXmlDocument& base, const wxXmlDocument& overlay)
+{
+    const Phase phase("merge");
+    xml_detail::OverlayMerge merge;
+    merge.Run(*base.GetRoot(), *overlay.GetRoot(), nullptr, true);
+    for (wxXmlNode* const node : merge.TakeRemoved())
+        xml_detail::DeleteTree(node, [](const wxXmlNode*) {});
+}
+
+void Delete(wxXmlDocument& document)
+{
+    const Phase phase("delete");
+    xml_detail::DeleteTree(document.DetachDocumentNode(), [](const wxXmlNode*) {});
+}
+
+bool ReadMergeWrite(const wxString& baseName, const wxString& overlayName, const wxString& output)
+{
+    wxXmlDocument base;
+    wxXmlDocument overlay;
+    if (!Read(base, baseName, true) || !Read(overlay, overlayName, true))
+        return false;
+    Merge(base, overlay);
+    const bool isWritten = Write(base, output, true);
+    Delete(overlay);
+    Delete(base);
+    return isWritten;
+}
+
+bool ReadWrite(const wxString& input, const wxString& output, bool fast)
+{
+    wxXmlDocument document;
+    const bool isDone = Read(document, input, fast) && (output.empty() || Write(document, output, fast));
+    Delete(document);
+    return isDone;
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -81,13 +119,9 @@ int main(int argc, char** argv)
     const wxInitializer initializer;
     if (argc < 3)
         return 2;
-    const bool fast = std::string(argv[1]) == "fast";
-    wxXmlDocument document;
-    if (!Read(document, wxString::FromUTF8(argv[2]), fast))
-        return 1;
-    if (argc > 3 && !Write(document, wxString::FromUTF8(argv[3]), fast))
-        return 1;
-    const Phase phase("delete");
-    xml_detail::DeleteTree(document.DetachDocumentNode(), [](const wxXmlNode*) {});
-    return 0;
+    const std::string mode = argv[1];
+    const auto argument = [&](int i) { return i < argc ? wxString::FromUTF8(argv[i]) : wxString(); };
+    const bool isDone = mode == "merge" ? ReadMergeWrite(argument(2), argument(3), argument(4))
+                                        : ReadWrite(argument(2), argument(3), mode == "fast");
+    return isDone ? 0 : 1;
 }

@@ -32,8 +32,11 @@ wxXmlNode* MergeChildren::FirstFrom(wxXmlNode* from, const ChildQuery& query)
     if (from && HasIndex())
         return m_index->FirstFrom(*from, query);
     wxXmlNode* node = from;
-    for (; node && !query.Fits(*node); ++m_walked)
+    for (; node && !query.Fits(*node); ++m_walked) {
+        if (HasIndex())
+            return m_index->FirstFrom(*from, query);
         node = node->GetNext();
+    }
     return node;
 }
 

@@ -46,7 +46,7 @@ public:
     /// The nodes that went over into the base.
     const std::vector<wxXmlNode*>& GetMoved() const { return m_moved; }
     /// Hands out the nodes taken out of the base, which are nobody's now.
-    std::vector<wxXmlNode*> TakeRemoved() { return std::move(m_removed); }
+    std::vector<wxXmlNode*> TakeRemoved();
 
 private:
     /// Where what follows is inserted.

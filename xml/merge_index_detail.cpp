@@ -18,6 +18,10 @@ wchar_t ToLower(wchar_t c)
     return static_cast<wchar_t>(std::towlower(static_cast<std::wint_t>(c)));
 }
 
+/// As long as what is looked for is found so near on the average, a table would cost more than it saves: that of an
+/// attribute which many share is the most costly of all.
+constexpr std::size_t ShortWalk = 16;
+
 void AddToHash(std::uint64_t& hash, std::uint64_t value)
 {
     hash = (hash ^ value) * 0x9E3779B97F4A7C15u;
@@ -100,7 +104,16 @@ void ChildIndex::Table::Remove(std::uint64_t hash, Place& place)
         several[hash].erase(&place);
 }
 
-wxXmlNode* ChildIndex::Table::FirstFrom(const Place& from, std::uint64_t hash, const ChildQuery& query) const
+ChildIndex::Place* ChildIndex::Table::Walk(Place& from, const ChildQuery& query)
+{
+    ++asked;
+    Place* place = &from;
+    for (; place && !query.Fits(*place->node); ++walked)
+        place = place->next;
+    return place;
+}
+
+ChildIndex::Place* ChildIndex::Table::FirstFrom(Place& from, std::uint64_t hash, const ChildQuery& query) const
 {
     // Those that do not fit have the same hash by chance.
     const auto fits = [&](const Place* place) { return query.Fits(*place->node); };
@@ -108,36 +121,37 @@ wxXmlNode* ChildIndex::Table::FirstFrom(const Place& from, std::uint64_t hash, c
     if (!only)
         return nullptr;
     if (*only)
-        return (*only)->label >= from.label && fits(*only) ? (*only)->node : nullptr;
+        return (*only)->label >= from.label && fits(*only) ? *only : nullptr;
     const auto places = several.find(hash);
     if (places == several.end())
         return nullptr;
     const auto end = places->second.end();
     const auto found = std::find_if(places->second.lower_bound(&from), end, fits);
-    return found == end ? nullptr : (*found)->node;
+    return found == end ? nullptr : *found;
 }
 
 wxXmlNode* ChildIndex::FirstFrom(wxXmlNode& from, const ChildQuery& query)
 {
     Table& table = TableFor(query);
-    if (table.isMade)
-        return table.FirstFrom(m_order.Of(from), HashOf(query.name, query.attribute), query);
-    wxXmlNode* node = &from;
-    for (; node && !query.Fits(*node); ++table.walked)
-        node = node->GetNext();
-    return node;
+    Place* const found = table.isMade ? table.FirstFrom(m_order.Of(from), HashOf(query.name, query.attribute), query)
+                                      : table.Walk(m_order.Of(from), query);
+    if (!found)
+        return nullptr;
+    m_order.Expect(*found);
+    return found->node;
 }
 
-wxXmlNode* ChildIndex::Previous(const wxXmlNode& child) const
+wxXmlNode* ChildIndex::Previous(const wxXmlNode& child)
 {
-    const Place* const previous = m_order.Of(child).previous;
-    return previous ? previous->node : nullptr;
+    Place& place = m_order.Of(child);
+    m_order.Expect(place);
+    return place.previous ? place.previous->node : nullptr;
 }
 
 ChildIndex::Table& ChildIndex::TableFor(const ChildQuery& query)
 {
     Table& table = query.attribute ? m_byAttribute[query.attribute->GetName()] : m_byName;
-    if (!table.isMade && table.walked >= m_patience)
+    if (!table.isMade && table.walked >= m_patience && table.walked >= ShortWalk * table.asked)
         Fill(table, query.attribute ? &query.attribute->GetName() : nullptr);
     return table;
 }
@@ -145,6 +159,7 @@ ChildIndex::Table& ChildIndex::TableFor(const ChildQuery& query)
 void ChildIndex::Fill(Table& table, const wxString* attributeName)
 {
     table.isMade = true;
+    table.single.Reserve(m_order.Count());
     for (Place* place = m_order.First(); place; place = place->next) {
         const wxXmlAttribute* const attribute = attributeName ? FindAttribute(*place->node, *attributeName) : nullptr;
         if (attribute || !attributeName)

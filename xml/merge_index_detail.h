@@ -39,7 +39,7 @@ public:
     /// `from` itself, if it fits, or the first behind it; null when there is none.
     wxXmlNode* FirstFrom(wxXmlNode& from, const ChildQuery& query);
     /// Null for the first child.
-    wxXmlNode* Previous(const wxXmlNode& child) const;
+    wxXmlNode* Previous(const wxXmlNode& child);
 
     /// After a child has been linked in behind `previous` (null: as the first).
     void Add(wxXmlNode& child, const wxXmlNode* previous);
@@ -53,11 +53,12 @@ private:
     {
         bool operator()(const Place* a, const Place* b) const { return a->label < b->label; }
     };
-    using Places = std::set<const Place*, InOrder>;
+    using Places = std::set<Place*, InOrder>;
 
     /// Who fits which query, by the hash of the query; made when it pays.
     struct Table
     {
+        std::size_t asked = 0;
         std::size_t walked = 0;
         bool isMade = false;
         PointerMap<Place> single;
@@ -65,7 +66,8 @@ private:
 
         void Add(std::uint64_t hash, Place& place);
         void Remove(std::uint64_t hash, Place& place);
-        wxXmlNode* FirstFrom(const Place& from, std::uint64_t hash, const ChildQuery& query) const;
+        Place* Walk(Place& from, const ChildQuery& query);
+        Place* FirstFrom(Place& from, std::uint64_t hash, const ChildQuery& query) const;
     };
 
     Table& TableFor(const ChildQuery& query);

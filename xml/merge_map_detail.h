@@ -12,6 +12,8 @@ namespace xml_detail
 template <typename Value> class PointerMap
 {
 public:
+    bool IsEmpty() const { return m_count == 0; }
+
     void Reserve(std::size_t count)
     {
         std::size_t size = m_slots.size();

@@ -19,26 +19,40 @@ constexpr double CapacityGrowth = 1.5;
 
 ChildOrder::ChildOrder(const wxXmlNode& parent)
 {
+    for (wxXmlNode* node = parent.GetChildren(); node; node = node->GetNext())
+        m_places.emplace_back().node = node;
+    const Label room = (Label(1) << LabelBits) / (m_places.size() + 1);
+    Label label = 0;
     Place* last = nullptr;
-    for (wxXmlNode* node = parent.GetChildren(); node; node = node->GetNext()) {
-        Place& place = m_places.emplace_back();
-        place.node = node;
+    for (Place& place : m_places) {
+        place.label = label += room;
         place.previous = last;
         (last ? last->next : m_first) = &place;
         last = &place;
     }
-    m_byNode.Reserve(m_places.size());
-    const Label room = (Label(1) << LabelBits) / (m_places.size() + 1);
-    Label label = 0;
-    for (Place& place : m_places) {
-        place.label = label += room;
-        m_byNode[KeyOf(*place.node)] = &place;
+}
+
+ChildOrder::Place& ChildOrder::Of(const wxXmlNode& child)
+{
+    for (Place* const place : {m_expected, m_expected ? m_expected->previous : nullptr, m_first}) {
+        if (IsOf(place, child))
+            return *place;
     }
+    if (m_byNode.IsEmpty())
+        FillByNode();
+    return **m_byNode.Find(KeyOf(child));
+}
+
+void ChildOrder::FillByNode()
+{
+    m_byNode.Reserve(Count());
+    for (Place* place = m_first; place; place = place->next)
+        m_byNode[KeyOf(*place->node)] = place;
 }
 
 ChildOrder::Place& ChildOrder::Add(wxXmlNode& child, const wxXmlNode* previous)
 {
-    Place& place = m_places.emplace_back();
+    Place& place = m_added.emplace_back();
     place.node = &child;
     place.previous = previous ? &Of(*previous) : nullptr;
     place.next = place.previous ? place.previous->next : m_first;
@@ -46,7 +60,9 @@ ChildOrder::Place& ChildOrder::Add(wxXmlNode& child, const wxXmlNode* previous)
     (place.previous ? place.previous->next : m_first) = &place;
     if (place.next)
         place.next->previous = &place;
-    return *(m_byNode[KeyOf(child)] = &place);
+    if (!m_byNode.IsEmpty())
+        m_byNode[KeyOf(child)] = &place;
+    return place;
 }
 
 void ChildOrder::Remove(Place& place)
@@ -54,6 +70,8 @@ void ChildOrder::Remove(Place& place)
     (place.previous ? place.previous->next : m_first) = place.next;
     if (place.next)
         place.next->previous = place.previous;
+    if (m_expected == &place)
+        m_expected = nullptr;
 }
 
 /// Gives a place a label between those of its neighbours, which do not know it yet.

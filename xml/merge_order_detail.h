@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <deque>
+#include <vector>
 
 namespace xml_detail
 {
@@ -32,8 +33,12 @@ public:
     ChildOrder& operator=(const ChildOrder&) = delete;
 
     Place* First() const { return m_first; }
+    /// How many children there are, removed ones included.
+    std::size_t Count() const { return m_places.size() + m_added.size(); }
     /// The place of a child.
-    Place& Of(const wxXmlNode& child) const { return **m_byNode.Find(KeyOf(child)); }
+    Place& Of(const wxXmlNode& child);
+    /// Expects to be asked for this place, or for the one before it, soon.
+    void Expect(Place& place) { m_expected = &place; }
 
     /// Adds a child behind another (null: as the first).
     Place& Add(wxXmlNode& child, const wxXmlNode* previous);
@@ -43,12 +48,17 @@ private:
     using Label = std::uint64_t;
 
     static std::uint64_t KeyOf(const wxXmlNode& node) { return reinterpret_cast<std::uintptr_t>(&node); }
+    static bool IsOf(const Place* place, const wxXmlNode& child) { return place && place->node == &child; }
+    void FillByNode();
     static void Number(Place& place);
     static void MakeRoomAround(Place& place);
 
-    std::deque<Place> m_places; ///< Those of removed children as well.
-    PointerMap<Place> m_byNode;
+    // Those of removed children as well.
+    std::vector<Place> m_places; ///< Of the children that were there at first.
+    std::deque<Place> m_added;
+    PointerMap<Place> m_byNode; ///< Empty until it is needed: most ask for what they have just found.
     Place* m_first = nullptr;
+    Place* m_expected = nullptr;
 };
 
 } // namespace xml_detail

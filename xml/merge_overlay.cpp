@@ -1,5 +1,8 @@
 #include "xml/merge_detail.h"
 
+#include <algorithm>
+#include <functional>
+
 namespace xml_detail
 {
 
@@ -55,6 +58,13 @@ void OverlayMerge::Run(wxXmlNode& base, wxXmlNode& overlay, wxXmlNode* anchor, b
         else
             m_levels.pop_back();
     }
+}
+
+std::vector<wxXmlNode*> OverlayMerge::TakeRemoved()
+{
+    // In this order memory is given back in one go through it, not here and there.
+    std::sort(m_removed.begin(), m_removed.end(), std::less<>());
+    return std::move(m_removed);
 }
 
 void OverlayMerge::Enter(wxXmlNode& base, wxXmlNode& overlay, const Position& position)
