@@ -35,7 +35,7 @@ void CheckLiterals(const wxString& text)
     wxString lines = text;
     lines.Replace(wxS("\r"), wxString());
     Require(CPreprocessor::StringFromC(CPreprocessor::StringToC(lines)) == lines, "a C literal reads back");
-    // The engine's texts have no lone surrogates of this kind, and its literals no line separators before 2019.
+    // A lone surrogate is no character that a text of ours could get back.
     if (!HasSurrogate(text))
         Require(EvaluateLiteral(CPreprocessor::StringToJS(text, true)) == text, "a script literal reads back");
 }
