@@ -1,6 +1,5 @@
 #!/usr/bin/env bash
-# Builds examples/host_scriptable, examples/host_plugin or examples/host_overlay as a stranger would, against an
-# installed library, and compares what it prints.
+# Builds an example host as a stranger would, against an installed library, and compares what it prints.
 #
 #     run_script_hosts.sh EXAMPLE BUILD FLAGS    BUILD is the library's build folder, FLAGS are compiler flags the host
 #                                                needs with it
@@ -25,6 +24,16 @@ case $name in
 host_scriptable)
     cp "$example/tank.js" .
     "$host" tank.js >"$scratch/actual" 2>&1 || echo "[status $?]" >>"$scratch/actual"
+    cp "$example/output.txt" "$scratch/expected"
+    ;;
+host_engine)
+    "$host" >"$scratch/actual" 2>&1 || echo "[status $?]" >>"$scratch/actual"
+    cp "$example/output.txt" "$scratch/expected"
+    ;;
+host_threads)
+    cp "$example"/*.txt "$example/rules.js" .
+    "$host" rules.js ports.txt draft.txt endless.txt long.txt missing.txt >"$scratch/actual" 2>&1 ||
+        echo "[status $?]" >>"$scratch/actual"
     cp "$example/output.txt" "$scratch/expected"
     ;;
 host_overlay)
