@@ -1,4 +1,5 @@
 #include "xml/merge_detail.h"
+#include "xml/name_index_detail.h"
 #include "xml/tree_links_detail.h"
 #include "xml/xml_document.h"
 

@@ -1,5 +1,6 @@
 #include "xml/xml_node.h"
 
+#include "xml/name_index_detail.h"
 #include "xml/tree_links_detail.h"
 #include "xml/xml_document.h"
 
@@ -131,17 +132,13 @@ wxXmlNode* CXmlNode::FindChild(const wxString& name)
 {
     if (IsGuest())
         return FindByName(m_node->GetChildren(), name);
-    if (m_known.names) {
-        const auto found = m_known.names->find(name);
-        return found == m_known.names->end() ? nullptr : found->second;
-    }
+    if (m_known.names)
+        return m_known.names->Find(name);
     wxXmlNode* child = m_node->GetChildren();
     for (int walked = 0; child && child->GetName() != name; child = child->GetNext()) {
         if (++walked < LongestWalk)
             continue;
-        m_known.names = std::make_unique<FirstByName>();
-        for (wxXmlNode* node = m_node->GetChildren(); node; node = node->GetNext())
-            m_known.names->emplace(node->GetName(), node);
+        m_known.names = std::make_unique<xml_detail::NameIndex>(m_node->GetChildren());
         return FindChild(name);
     }
     return child;

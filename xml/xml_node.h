@@ -4,15 +4,18 @@
 #include "script/script_class.h"
 #include "script/script_link.h"
 
-#include <wx/hashmap.h>
 #include <wx/object.h>
 #include <wx/string.h>
 
 #include <memory>
-#include <unordered_map>
 
 class CXmlDocument;
 class WXDLLIMPEXP_FWD_XML wxXmlNode;
+
+namespace xml_detail
+{
+class NameIndex;
+}
 
 /// The handle on one node of a document's tree: the script class "CXmlNode". It belongs to its document, which makes it
 /// on first demand and keeps it; asking for the same node again gives the same handle.
@@ -177,9 +180,6 @@ public:
 private:
     friend class CXmlDocument;
 
-    /// The first child of each name.
-    using FirstByName = std::unordered_map<wxString, wxXmlNode*, wxStringHash, wxStringEqual>;
-
     /// What is known of the children, so that appending, counting and going through them by position or name cost no
     /// walk from the first each time. The nodes in it are children of this node now.
     struct KnownChildren
@@ -187,8 +187,8 @@ private:
         wxXmlNode* last = nullptr; ///< The last one, or one before it.
         wxXmlNode* item = nullptr; ///< The one at `index`.
         int index = 0;
-        int count = -1;                     ///< -1: unknown.
-        std::unique_ptr<FirstByName> names; ///< Of all children; null: unknown.
+        int count = -1;                               ///< -1: unknown.
+        std::unique_ptr<xml_detail::NameIndex> names; ///< Of all children; null: unknown.
     };
 
     CXmlNode(CXmlDocument* document, wxXmlNode* node);

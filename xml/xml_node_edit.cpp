@@ -1,3 +1,4 @@
+#include "xml/name_index_detail.h"
 #include "xml/tree_links_detail.h"
 #include "xml/xml_document.h"
 #include "xml/xml_node.h"
@@ -35,7 +36,7 @@ void CXmlNode::LinkBehind(wxXmlNode* child, wxXmlNode* before)
         m_known.names.reset();
     }
     if (m_known.names)
-        m_known.names->emplace(child->GetName(), child);
+        m_known.names->Add(child);
     if (m_known.count >= 0)
         ++m_known.count;
 }

@@ -96,6 +96,20 @@ TEST_F(XmlNodeQueryTest, a_child_is_found_by_its_exact_name)
     EXPECT_EQ(root->GetChildrenCountOf(wxS("b")), 0);
 }
 
+TEST_F(XmlNodeQueryTest, any_number_of_children_are_found_by_name_while_more_are_added)
+{
+    CXmlNode* const root = Root("<r/>");
+    const auto name = [](int i) { return wxString::Format(wxS("child%d"), i % 300); };
+    for (int i = 0; i < 600; ++i) {
+        EXPECT_EQ(root->HasNode(name(i)), i >= 300) << i;
+        root->AddRawNode(name(i))->AddProp(wxS("i"), long(i));
+        EXPECT_EQ(root->GetRawNode(name(i))->GetPropLong(wxS("i"), -1), i % 300) << "the first of its name";
+    }
+    for (int i = 0; i < 300; ++i)
+        EXPECT_EQ(root->GetRawNode(name(i))->GetPropLong(wxS("i"), -1), i);
+    EXPECT_EQ(root->GetRawNode(wxS("child300")), Empty());
+}
+
 TEST_F(XmlNodeQueryTest, next_by_name_starts_with_the_next_sibling)
 {
     CXmlNode* const first = Root("<r><a i='1'/><b/><a i='2'/></r>")->GetRawChildren();
