@@ -11,6 +11,7 @@
 #include <wx/weakref.h>
 #include <wx/xml/xml.h>
 
+#include <array>
 #include <utility>
 
 namespace
@@ -28,7 +29,28 @@ struct HookCall
     bool result = false; ///< What it returned, as a truth value.
 };
 
-HookCall CallHook(CJScript& script, CJScriptLink* link, const wchar_t* name, CXmlNode* section)
+/// Hooks in the order in which they are called. As texts, since they are looked up for every object.
+using HookNames = std::array<wxString, 2>;
+
+const HookNames& LoadHooks()
+{
+    static const HookNames names{wxS("LoadXmlConfig"), wxS("_LoadXmlConfig")};
+    return names;
+}
+
+const HookNames& StoreHooks()
+{
+    static const HookNames names{wxS("StoreXmlConfig"), wxS("_StoreXmlConfig")};
+    return names;
+}
+
+const wxString& DefaultHook()
+{
+    static const wxString name = wxS("_DefaultXmlConfig");
+    return name;
+}
+
+HookCall CallHook(CJScript& script, CJScriptLink* link, const wxString& name, CXmlNode* section)
 {
     const wxThreadCriticalSectionLocker lock(CJScript::EngineLock());
     HookCall call;
@@ -43,7 +65,7 @@ HookCall CallHook(CJScript& script, CJScriptLink* link, const wchar_t* name, CXm
     return call;
 }
 
-bool HasHook(CJScriptLink* link, const wchar_t* name)
+bool HasHook(CJScriptLink* link, const wxString& name)
 {
     const wxThreadCriticalSectionLocker lock(CJScript::EngineLock());
     return link && link->GetJSFunction(name);
@@ -122,7 +144,7 @@ bool CXmlConfig::LoadSection(const tCfgObject& object)
 {
     const wxWeakRef<CJScriptLink> link(object.link);
     bool handled = false;
-    for (const wchar_t* const name : {wxS("LoadXmlConfig"), wxS("_LoadXmlConfig")}) {
+    for (const wxString& name : LoadHooks()) {
         // The hook is looked up before its section, as most sections have no handle yet and those of objects without
         // hooks need none. And the section each time: the first hook may have done anything.
         CXmlNode* const section = HasHook(link, name) ? GetSectionNode(object.section, false) : GetEmptyNode();
@@ -140,7 +162,7 @@ void CXmlConfig::ObjectLoad(const tCfgObject& object)
         return;
     const wxWeakRef<CJScriptLink> link(object.link);
     if (!LoadSection(object))
-        CallHook(*GetScript(), link, wxS("_DefaultXmlConfig"), nullptr);
+        CallHook(*GetScript(), link, DefaultHook(), nullptr);
 }
 
 bool CXmlConfig::ObjectStore(const tCfgObject& object)
@@ -149,7 +171,7 @@ bool CXmlConfig::ObjectStore(const tCfgObject& object)
         return true;
     const wxWeakRef<CJScriptLink> link(object.link);
     bool cleared = false;
-    for (const wchar_t* const name : {wxS("StoreXmlConfig"), wxS("_StoreXmlConfig")}) {
+    for (const wxString& name : StoreHooks()) {
         if (!HasHook(link, name))
             continue;
         CXmlNode* const section = GetSectionNode(object.section, true);

@@ -12,6 +12,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 /// One registration with a configuration.
 struct tCfgObject
@@ -199,7 +200,7 @@ private:
     CFile OpenToLoad();
     void LoadTree(const CFile& file);
     bool StoreForSave();
-    bool Serialise(std::string& bytes);
+    bool Serialise(std::vector<std::string>& pieces);
     bool ReplaceFile(bool createFlag);
     bool ReplaceBackup(CDir& dir) const;
     bool IsGood(CDir& dir) const;

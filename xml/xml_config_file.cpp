@@ -6,6 +6,7 @@
 #include <wx/log.h>
 #include <wx/xml/xml.h>
 
+#include <algorithm>
 #include <array>
 
 namespace
@@ -19,24 +20,26 @@ constexpr const wchar_t* SideSuffix = L"_tmp";
 constexpr const wchar_t* KeptSuffix = L".kept";
 constexpr const wchar_t* Encoding = L"UTF-8";
 
-/// Collects what is written.
-class BytesStream : public wxOutputStream
+/// Collects what is written, in the pieces in which it comes: they are large.
+class PiecesStream : public wxOutputStream
 {
 public:
-    std::string bytes;
+    std::vector<std::string> pieces;
 
 protected:
     size_t OnSysWrite(const void* from, size_t size) override
     {
-        bytes.append(static_cast<const char*>(from), size);
+        pieces.emplace_back(static_cast<const char*>(from), size);
         return size;
     }
 };
 
-bool WriteBytes(const CFile& file, const std::string& bytes)
+bool WritePieces(const CFile& file, const std::vector<std::string>& pieces)
 {
     wxOutputStream* const stream = file.GetOutputStream();
-    return stream && stream->WriteAll(bytes.data(), bytes.size());
+    return stream && std::all_of(pieces.begin(), pieces.end(), [&](const std::string& piece) {
+               return stream->WriteAll(piece.data(), piece.size());
+           });
 }
 
 /// False, with an error in the log.
@@ -149,19 +152,20 @@ bool CXmlConfig::StoreForSave()
 }
 
 /// The tree as a file holds it. False when it cannot be written, or when what is written could not be read.
-bool CXmlConfig::Serialise(std::string& bytes)
+bool CXmlConfig::Serialise(std::vector<std::string>& pieces)
 {
-    BytesStream stream;
+    PiecesStream stream;
     // A file that was read in another encoding may not be able to hold what has been added.
     if (GetTree())
         GetTree()->SetFileEncoding(Encoding);
     if (!Save(stream))
         return false;
-    bytes = std::move(stream.bytes);
+    pieces = std::move(stream.pieces);
     if (xml_detail::IsSurelyWellFormed(*GetTree()))
         return true;
     xml_detail::WellFormedCheck check(GetMaxDepth());
-    check.Add(bytes.data(), bytes.size());
+    for (const std::string& piece : pieces)
+        check.Add(piece.data(), piece.size());
     if (check.Finish())
         return true;
     wxLogError(wxS("'%s' is not saved, it could not be loaded again: %s"), m_fileName, check.Message());
@@ -192,14 +196,14 @@ bool CXmlConfig::ReplaceBackup(CDir& dir) const
 /// Makes the tree the file's content, with the lock held.
 bool CXmlConfig::ReplaceFile(bool createFlag)
 {
-    std::string bytes;
-    if (!Serialise(bytes))
+    std::vector<std::string> pieces;
+    if (!Serialise(pieces))
         return false;
     CDir dir = Directory();
     const bool exists = dir.FindFile(m_fileName) != CDir::foundNothing;
     // Written before the backup step, so that most of what can fail does so while nothing has changed yet.
     CFile file = dir.CreateFileW(m_fileName, exists || createFlag);
-    const bool written = WriteBytes(file, bytes);
+    const bool written = WritePieces(file, pieces);
     if (!written || (exists && !ReplaceBackup(dir) && !createFlag) || !file.Close())
         return ReportUnwritten(dir, m_fileName);
     m_goodStamp = dir.GetFileStamp(m_fileName);
@@ -221,14 +225,14 @@ bool CXmlConfig::SaveFile(CDir& dir, const wxString& name, bool createFlag)
     if (!StoreForSave())
         return false;
     const FileLocks locks(*this, true);
-    std::string bytes;
-    if (!locks.IsLocked() || !Serialise(bytes))
+    std::vector<std::string> pieces;
+    if (!locks.IsLocked() || !Serialise(pieces))
         return false;
     CDir target = dir;
     if (m_fileCode)
         target.SetAutoFileCode(CDir::codeUtf8);
     CFile file = target.CreateFileW(name, createFlag);
-    return (WriteBytes(file, bytes) && file.Close()) || ReportUnwritten(target, name);
+    return (WritePieces(file, pieces) && file.Close()) || ReportUnwritten(target, name);
 }
 
 bool CXmlConfig::MergeSaveFile(bool storeFirst, bool keepExisting, bool createFlag)

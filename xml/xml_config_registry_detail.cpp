@@ -4,6 +4,7 @@
 
 #include <wx/tracker.h>
 
+#include <algorithm>
 #include <utility>
 
 /// A link that is registered, and the registrations it has. Hears of the link's end.
@@ -65,22 +66,44 @@ CXmlConfig::CHashMapCfgObject::Id CXmlConfig::CHashMapCfgObject::Set(const wxStr
         registered = std::make_unique<Registered>(*this, *object.link);
     const Id id = ++m_lastId;
     registered->m_ids.insert(id);
-    m_entries.emplace(id, Entry{name, object});
+    m_slots.push_back({id, std::make_unique<Entry>(Entry{name, object})});
     // Only now: the registration whose place this takes may be the link's only other one.
     Erase(std::exchange(m_byName[name], id));
     return id;
 }
 
+/// Where the slot of `id` is, or the first one behind it. While nothing ends, numbers are as far apart as slots.
+std::size_t CXmlConfig::CHashMapCfgObject::PositionOf(Id id) const
+{
+    if (m_slots.empty() || id <= m_slots.front().id)
+        return 0;
+    const std::size_t guess = id - m_slots.front().id;
+    if (guess < m_slots.size() && m_slots[guess].id == id)
+        return guess;
+    const auto found = std::lower_bound(m_slots.begin(), m_slots.end(), id,
+                                        [](const Slot& slot, Id wanted) { return slot.id < wanted; });
+    return static_cast<std::size_t>(found - m_slots.begin());
+}
+
+void CXmlConfig::CHashMapCfgObject::RemoveEndedSlots()
+{
+    const auto ended = [](const Slot& slot) { return !slot.entry; };
+    m_slots.erase(std::remove_if(m_slots.begin(), m_slots.end(), ended), m_slots.end());
+    m_ended = 0;
+}
+
 void CXmlConfig::CHashMapCfgObject::Erase(Id id)
 {
-    const auto entry = m_entries.find(id);
-    if (entry == m_entries.end())
+    const Entry* const entry = Get(id);
+    if (!entry)
         return;
-    const auto byName = m_byName.find(entry->second.name);
+    const auto byName = m_byName.find(entry->name);
     if (byName != m_byName.end() && byName->second == id)
         m_byName.erase(byName);
-    const auto byLink = m_byLink.find(entry->second.object.link);
-    m_entries.erase(entry);
+    const auto byLink = m_byLink.find(entry->object.link);
+    m_slots[PositionOf(id)].entry.reset();
+    if (++m_ended * 2 > m_slots.size())
+        RemoveEndedSlots();
     byLink->second->m_ids.erase(id);
     if (byLink->second->m_ids.empty())
         m_byLink.erase(byLink);
@@ -88,8 +111,8 @@ void CXmlConfig::CHashMapCfgObject::Erase(Id id)
 
 void CXmlConfig::CHashMapCfgObject::Clear()
 {
-    while (!m_entries.empty())
-        Erase(m_entries.begin()->first);
+    for (Id id = Next(0); id; id = Next(id))
+        Erase(id);
 }
 
 void CXmlConfig::CHashMapCfgObject::ForgetLink(const CJScriptLink* link)
@@ -113,12 +136,14 @@ CXmlConfig::CHashMapCfgObject::Id CXmlConfig::CHashMapCfgObject::Find(const CJSc
 
 CXmlConfig::CHashMapCfgObject::Entry* CXmlConfig::CHashMapCfgObject::Get(Id id)
 {
-    const auto found = m_entries.find(id);
-    return found == m_entries.end() ? nullptr : &found->second;
+    const std::size_t position = PositionOf(id);
+    return position < m_slots.size() && m_slots[position].id == id ? m_slots[position].entry.get() : nullptr;
 }
 
 CXmlConfig::CHashMapCfgObject::Id CXmlConfig::CHashMapCfgObject::Next(Id id) const
 {
-    const auto next = m_entries.upper_bound(id);
-    return next == m_entries.end() ? 0 : next->first;
+    std::size_t position = PositionOf(id + 1);
+    while (position < m_slots.size() && !m_slots[position].entry)
+        ++position;
+    return position < m_slots.size() ? m_slots[position].id : 0;
 }

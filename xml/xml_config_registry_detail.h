@@ -4,10 +4,11 @@
 
 #include <wx/hashmap.h>
 
-#include <map>
+#include <cstddef>
 #include <memory>
 #include <set>
 #include <unordered_map>
+#include <vector>
 
 /// The registrations of a configuration by name and by link, in the order in which they were made. Each has a number,
 /// higher than those before; whoever goes through them goes from number to number, so that anything may be registered
@@ -43,17 +44,27 @@ public:
     Entry* Get(Id id);
     /// The registration behind `id`; 0 behind the last one.
     Id Next(Id id) const;
-    Id Last() const { return m_entries.empty() ? 0 : m_entries.rbegin()->first; }
+    /// None that is registered has a higher number.
+    Id Last() const { return m_slots.empty() ? 0 : m_slots.back().id; }
 
 private:
     class Registered;
 
+    struct Slot
+    {
+        Id id;
+        std::unique_ptr<Entry> entry; ///< Null when the registration has ended.
+    };
+
+    std::size_t PositionOf(Id id) const;
+    void RemoveEndedSlots();
     void ForgetLink(const CJScriptLink* link);
     void KeepAlive(const CJScriptLink& link, bool keep) const;
 
     const CJScriptLink& m_keeper;
     Id m_lastId = 0;
-    std::map<Id, Entry> m_entries;
+    std::vector<Slot> m_slots; ///< By rising numbers.
+    std::size_t m_ended = 0;   ///< So many slots are of registrations that have ended.
     std::unordered_map<wxString, Id, wxStringHash, wxStringEqual> m_byName;
     std::unordered_map<const CJScriptLink*, std::unique_ptr<Registered>> m_byLink;
 };

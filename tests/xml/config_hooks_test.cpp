@@ -277,6 +277,28 @@ TEST_F(ConfigHooksTest, AHookMayUnregisterEveryObject)
     EXPECT_FALSE(config->HasObject(wxS("a")));
 }
 
+TEST_F(ConfigHooksTest, AHookMayUnregisterMostObjectsAndTheOthersFollowInOrder)
+{
+    constexpr int count = 20;
+    config->CreateEmtyConfig();
+    for (int i = 0; i < count; ++i) {
+        const wxString name = wxString::Format(wxS("o%d"), i);
+        config->ObjectRegisterNamedNoLoad(Recorder(name), name, wxString());
+    }
+    Define("unregisterMost", [&](JSContext*, uintN, jsval*, jsval*) {
+        for (int i = 0; i < count; ++i)
+            if (i % 7)
+                config->ObjectUnregister(wxString::Format(wxS("o%d"), i));
+        return JS_TRUE;
+    });
+    Show(wxS("o2._DefaultXmlConfig = function () { call('default o2'); unregisterMost(); }"));
+    config->LoadAll();
+    EXPECT_EQ(Calls(), wxS("default o0; default o1; default o2; default o7; default o14"));
+    config->ObjectRegisterNamedNoLoad(objects[wxS("o3")]->GetJSLink(), wxS("o3"), wxString());
+    EXPECT_TRUE(config->StoreAll());
+    EXPECT_EQ(Calls(), wxS("store o0; store o7; store o14; store o3"));
+}
+
 TEST_F(ConfigHooksTest, AHookMayRegisterOthersWhichAreLoadedOnce)
 {
     Put("<Config><a/><b/><c/></Config>");

@@ -1,5 +1,7 @@
 #include "tests/xml/config_fixture.h"
 
+#include <deque>
+
 namespace
 {
 
@@ -136,6 +138,33 @@ TEST_F(ConfigRegistryTest, ALinkMayHaveSeveralRegistrationsAndTheFirstCounts)
     EXPECT_TRUE(config->HasObject(wxS("two")));
     config->ObjectUnregister(link);
     EXPECT_FALSE(config->HasObject(link));
+}
+
+TEST_F(ConfigRegistryTest, AnyNumberOfRegistrationsMayEndAndOthersBegin)
+{
+    std::deque<qxjsMinimal> natives(100);
+    int next = 0;
+    for (qxjsMinimal& native : natives)
+        script.CreateChild(native.GetJSLink(), Global(), wxString::Format(wxS("n%d"), next++), false, false);
+    const auto name = [](int i) { return wxString::Format(wxS("r%d"), i); };
+    // Each round ends all registrations of the one before but its last, in a different order.
+    for (int round = 0; round < 50; ++round) {
+        for (int i = 0; i < 100; ++i)
+            config->ObjectRegisterNamedNoLoad(natives[static_cast<std::size_t>(i)].GetJSLink(), name(round * 100 + i),
+                                              wxString());
+        for (int i = 0; i < 99; ++i)
+            config->ObjectUnregister(name(round * 100 + i * 37 % 99));
+    }
+    for (int round = 0; round < 50; ++round) {
+        EXPECT_TRUE(config->HasObject(name(round * 100 + 99)));
+        EXPECT_FALSE(config->HasObject(name(round * 100 + 98)));
+    }
+    EXPECT_TRUE(config->HasObject(natives[99].GetJSLink()));
+    EXPECT_FALSE(config->HasObject(natives[98].GetJSLink()));
+    EXPECT_TRUE(config->StoreAll());
+    EXPECT_EQ(config->GetRawRoot()->GetChildrenCount(), 50);
+    config->CleanObjects();
+    EXPECT_FALSE(config->HasObject(natives[99].GetJSLink()));
 }
 
 TEST_F(ConfigRegistryTest, CleaningTheObjectsEndsAllRegistrationsAndKeepsTheTree)
