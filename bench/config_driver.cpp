@@ -1,15 +1,16 @@
-// Times of a configuration store, beside the document under it and the store of wxWidgets with the same values.
+// Times of a configuration store, beside the document under it and other libraries with the same values.
 //
 //     config_driver objects N     N objects with 10 values each: registered, stored, saved, loaded
 //     config_driver apart N       the same without hooks, and the document alone
 //     config_driver sections N    N sections of which 1,000 belong to objects
+//     config_driver peers N       N groups of 10 values, written and read by the store and by other libraries
 //     config_driver unchanged     saves that change nothing in 100 objects, beside the sync of the disk alone
+#include "bench/config_peers.h"
 #include "script/script.h"
 #include "script/script_minimal.h"
 #include "tests/support/temp_directory.h"
 #include "xml/xml_config.h"
 
-#include <wx/fileconf.h>
 #include <wx/init.h>
 #include <wx/wfstream.h>
 
@@ -24,7 +25,6 @@
 namespace
 {
 
-constexpr int Values = 10;
 constexpr int Repetitions = 5;
 
 double Milliseconds(clockid_t clock)
@@ -138,22 +138,6 @@ double TimeDocument(const TempDirectory& place, CXmlDocument& document)
         1);
 }
 
-double TimeFileConfig(const TempDirectory& place, int objects)
-{
-    const wxString name = FromSystemName(place.Path("file.ini"));
-    return Time([&] {
-        {
-            wxFileConfig config(wxString(), wxString(), name, wxString(), wxCONFIG_USE_LOCAL_FILE);
-            for (int i = 0; i < objects; ++i)
-                for (int value = 0; value < Values; ++value)
-                    config.Write(wxString::Format(wxS("/object%d/value%d"), i, value),
-                                 wxString::Format(wxS("the value %d"), value));
-        }
-        wxFileConfig again(wxString(), wxString(), name, wxString(), wxCONFIG_USE_LOCAL_FILE);
-        Must(again.Read(wxS("/object0/value1"), wxString()) == wxS("the value 1"), "wxFileConfig");
-    });
-}
-
 int TimeObjects(int objects)
 {
     Bench bench(objects);
@@ -168,7 +152,6 @@ int TimeObjects(int objects)
              for (int i = 0; i < objects; ++i)
                  Must(config.ObjectStore(bench.Link(i)), "a store");
          }));
-    Show("wxFileConfig: write and read", TimeFileConfig(bench.place, objects));
     return 0;
 }
 
@@ -181,7 +164,7 @@ int TimeApart(int objects)
     std::string text = "<Config>\n";
     for (int i = 0; i < objects; ++i) {
         text += " <object" + std::to_string(i);
-        for (int value = 0; value < Values; ++value)
+        for (int value = 0; value < ConfigValues; ++value)
             text += " value" + std::to_string(value) + "=\"the value " + std::to_string(value) + "\"";
         text += "/>\n";
     }
@@ -221,6 +204,56 @@ int TimeSections(int sections)
     return 0;
 }
 
+void WriteStore(const std::string& path, int groups)
+{
+    CXmlConfig config(nullptr, FromSystemName(path), nullptr, CDir(wxS("/")), true);
+    for (int group = 0; group < groups; ++group) {
+        CXmlNode* const section = config.GetSectionNode(wxString::FromUTF8(ConfigGroup(group)), true);
+        for (int value = 0; value < ConfigValues; ++value)
+            section->AddProp(wxString::FromUTF8(ConfigKey(value)), wxString::FromUTF8(ConfigText(value)));
+    }
+    Must(config.SaveFile(true), "a save");
+}
+
+std::size_t ReadStore(const std::string& path, int groups)
+{
+    CXmlConfig config(nullptr, FromSystemName(path), nullptr, CDir(wxS("/")), true);
+    config.LoadFile();
+    std::size_t size = 0;
+    for (int group = 0; group < groups; ++group) {
+        CXmlNode* const section = config.GetSectionNode(wxString::FromUTF8(ConfigGroup(group)), false);
+        for (int value = 0; value < ConfigValues; ++value)
+            size += section->GetPropW(wxString::FromUTF8(ConfigKey(value)), wxString()).length();
+    }
+    return size;
+}
+
+std::vector<ConfigPeer> Peers()
+{
+    std::vector<ConfigPeer> peers = {{"the store", WriteStore, ReadStore},
+                                     {"wxFileConfig", WriteFileConfig, ReadFileConfig}};
+#ifdef QXP_BENCH_GLIB
+    peers.push_back({"GKeyFile", WriteKeyFile, ReadKeyFile});
+#endif
+#ifdef QXP_BENCH_LIBXML2
+    peers.push_back({"libxml2", WriteXmlTree, ReadXmlTree});
+#endif
+    return peers;
+}
+
+int TimePeers(int groups)
+{
+    const std::size_t length = static_cast<std::size_t>(groups) * ConfigValues * ConfigText(0).length();
+    for (const ConfigPeer& peer : Peers()) {
+        const TempDirectory place;
+        const std::string path = place.Path("file");
+        const double write = Time([&] { peer.write(path, groups); });
+        const double read = Time([&] { Must(peer.read(path, groups) == length, peer.name); });
+        std::printf("%-16s write %9.2f ms, read %9.2f ms\n", peer.name, write, read);
+    }
+    return 0;
+}
+
 int TimeUnchanged()
 {
     constexpr int objects = 100;
@@ -250,8 +283,10 @@ int main(int argc, char** argv)
         return TimeApart(count);
     if (mode == "sections" && count > 1000)
         return TimeSections(count);
+    if (mode == "peers" && count > 0)
+        return TimePeers(count);
     if (mode == "unchanged")
         return TimeUnchanged();
-    std::fprintf(stderr, "usage: config_driver objects|apart|sections|unchanged [N]\n");
+    std::fprintf(stderr, "usage: config_driver objects|apart|sections|peers|unchanged [N]\n");
     return 2;
 }
