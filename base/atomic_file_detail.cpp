@@ -1,12 +1,12 @@
 #include "base/atomic_file_detail.h"
 
+#include "base/draft_detail.h"
+
 #include <cerrno>
-#include <cstdint>
-#include <cstdio>
 #include <fcntl.h>
-#include <sys/random.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 namespace vcq::detail
 {
@@ -16,8 +16,6 @@ namespace
 
 /// As many links in a row as the system itself follows.
 constexpr int mostLinks = 40;
-
-constexpr int mostDraftNames = 100;
 
 /// Replaces `path` by what the link there says; false when it is no link.
 bool FollowOneLink(std::string& path)
@@ -67,16 +65,6 @@ std::string NameOf(const std::string& path)
     return path.substr(path.rfind('/') + 1);
 }
 
-std::string RandomDraftName()
-{
-    uint64_t number = 0;
-    if (::getrandom(&number, sizeof(number), 0) != sizeof(number))
-        number = static_cast<uint64_t>(::getpid());
-    char name[32];
-    std::snprintf(name, sizeof(name), ".vcq-%016llx.tmp", static_cast<unsigned long long>(number));
-    return name;
-}
-
 TargetKind FollowLinks(std::string& path)
 {
     struct stat info;
@@ -118,9 +106,10 @@ std::unique_ptr<AtomicFile> AtomicFile::Create(const std::string& path, bool rep
     file->m_name = NameOf(target);
     file->m_replace = replace;
     file->m_directory = OpenPath(DirectoryOf(target), O_RDONLY | O_DIRECTORY);
-    if (!file->m_directory.IsOpen() || !file->OpenDraft(draft, mode))
+    if (!file->m_directory.IsOpen())
         return nullptr;
-    return file;
+    RemoveStaleDrafts(file->m_directory.Get(), file->m_name);
+    return file->OpenDraft(draft, mode) ? std::move(file) : nullptr;
 }
 
 bool AtomicFile::OpenDraft(Draft draft, mode_t mode)
@@ -128,21 +117,26 @@ bool AtomicFile::OpenDraft(Draft draft, mode_t mode)
     // The nameless file gets its name through the process' own directory of descriptors; without it there is no way.
     if (draft == Draft::nameless && ::access("/proc/self/fd", X_OK) == 0)
         m_file = OpenAt(m_directory.Get(), ".", O_TMPFILE | O_WRONLY, mode);
-    for (int i = 0; i < mostDraftNames && !m_file.IsOpen(); ++i) {
-        const std::string name = RandomDraftName();
-        m_file = OpenAt(m_directory.Get(), name, O_CREAT | O_EXCL | O_WRONLY, mode);
-        if (m_file.IsOpen())
-            m_draft = name;
-        else if (errno != EEXIST)
-            return false;
-    }
+    if (m_file.IsOpen())
+        return LockDraft(m_file.Get());
+    m_draft = NameDraft(m_name, [&](const std::string& name) {
+        m_file = MakeDraft(m_directory.Get(), name, mode);
+        return m_file.IsOpen();
+    });
     return m_file.IsOpen();
+}
+
+/// While it is still locked: its name may be another's draft a moment later.
+void AtomicFile::RemoveDraft()
+{
+    if (!m_draft.empty())
+        ::unlinkat(m_directory.Get(), m_draft.c_str(), 0);
+    m_draft.clear();
 }
 
 AtomicFile::~AtomicFile()
 {
-    if (!m_draft.empty())
-        ::unlinkat(m_directory.Get(), m_draft.c_str(), 0);
+    RemoveDraft();
 }
 
 bool AtomicFile::KeepMode()
@@ -161,7 +155,7 @@ bool AtomicFile::KeepMode()
     return ::fchmod(m_file.Get(), mode) == 0;
 }
 
-bool AtomicFile::NameDraft(const std::string& name)
+bool AtomicFile::GiveName(const std::string& name)
 {
     if (!m_draft.empty())
         return ::linkat(m_directory.Get(), m_draft.c_str(), m_directory.Get(), name.c_str(), 0) == 0;
@@ -171,7 +165,7 @@ bool AtomicFile::NameDraft(const std::string& name)
 
 bool AtomicFile::PublishNew()
 {
-    if (NameDraft(m_name))
+    if (GiveName(m_name))
         return true;
     // A file system without hard links can still rename; it has no nameless files either.
     const bool withoutLinks = errno == EPERM || errno == ENOTSUP;
@@ -189,13 +183,8 @@ bool AtomicFile::Publish()
         return true;
     if (!m_replace)
         return false;
-    for (int i = 0; i < mostDraftNames && m_draft.empty(); ++i) {
-        const std::string name = RandomDraftName();
-        if (NameDraft(name))
-            m_draft = name;
-        else if (errno != EEXIST)
-            return false;
-    }
+    if (m_draft.empty())
+        m_draft = NameDraft(m_name, [&](const std::string& name) { return GiveName(name); });
     if (m_draft.empty() || ::renameat(m_directory.Get(), m_draft.c_str(), m_directory.Get(), m_name.c_str()) != 0)
         return false;
     m_draft.clear();
@@ -207,6 +196,7 @@ bool AtomicFile::Commit()
     if (!m_file.IsOpen())
         return false;
     const bool published = KeepMode() && SyncFile(m_file.Get()) && Publish();
+    RemoveDraft();
     // The flush has told of lost writes; closing has nothing to add, and comes too late to take the name back.
     m_file.Close();
     return published && SyncDirectory(m_directory.Get());

@@ -10,8 +10,9 @@ namespace vcq::detail
 
 /// A file that appears under its name complete or not at all. What is written goes to a file without a name in the
 /// target's directory; Commit flushes it to the disk, gives it the name in one step and flushes the directory. A
-/// process that is killed before leaves nothing on disk. Where the file system knows no nameless files (`Draft::named`)
-/// it can leave one hidden file ".vcq-*.tmp", never under the target's name.
+/// process that is killed before leaves nothing on disk. Where the file system knows no nameless files
+/// (`Draft::named`), and in the last step of replacing a file, it can leave a hidden draft, which the target's next
+/// writer removes.
 class AtomicFile
 {
 public:
@@ -44,7 +45,8 @@ private:
     bool OpenDraft(Draft draft, mode_t mode);
     bool KeepMode();
     bool Publish();
-    bool NameDraft(const std::string& name);
+    void RemoveDraft();
+    bool GiveName(const std::string& name);
     bool PublishNew();
 
     UniqueFd m_directory;
@@ -66,9 +68,6 @@ enum class TargetKind
 /// The directory part of a path, with the slash at its end, and what is behind it.
 std::string DirectoryOf(const std::string& path);
 std::string NameOf(const std::string& path);
-
-/// A name that tells nothing of the target's, so that it fits wherever the target's does.
-std::string RandomDraftName();
 
 /// Follows the links at the end of `path` and stores where they lead, for a file that need not exist yet.
 TargetKind FollowLinks(std::string& path);

@@ -1,7 +1,8 @@
 #include "base/lock_file_detail.h"
 
+#include "base/digest_detail.h"
+
 #include <cerrno>
-#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
@@ -16,6 +17,9 @@ namespace
 {
 
 constexpr const char* directoryName = "vc_qxparser";
+
+/// Names that are tried for a directory where others may take them first.
+constexpr int publicNames = 8;
 
 /// Leaves room for the ending below the 255 bytes that file systems grant a name.
 constexpr size_t longestPlainName = 200;
@@ -32,6 +36,7 @@ bool IsPrivate(int directory, mode_t forbidden)
     return false;
 }
 
+/// Makes the directory if need be. Not open when it is not the user's own, or open to others.
 UniqueFd PrivateDirectory(int parent, const std::string& name)
 {
     if (::mkdirat(parent, name.c_str(), 0700) != 0 && errno != EEXIST)
@@ -49,17 +54,7 @@ UniqueFd LockDirectory()
             return PrivateDirectory(parent.Get(), directoryName);
     }
     // Not TMPDIR: it differs between a session and its services, and a mutex is to be one for both.
-    return PrivateDirectory(AT_FDCWD, std::string("/tmp/") + directoryName + "-" + std::to_string(::geteuid()));
-}
-
-/// True while the name still stands for the locked file: a cleaner of temporary files may have removed it between
-/// opening and locking, and another process would lock the next one.
-bool IsCurrent(int directory, const std::string& name, int fd)
-{
-    struct stat named;
-    struct stat locked;
-    return ::fstatat(directory, name.c_str(), &named, AT_SYMLINK_NOFOLLOW) == 0 && ::fstat(fd, &locked) == 0 &&
-           named.st_dev == locked.st_dev && named.st_ino == locked.st_ino;
+    return PrivateDirectoryInPublic(std::string("/tmp/") + directoryName + "-" + std::to_string(::geteuid()));
 }
 
 bool LockWhole(int fd, bool wait)
@@ -76,22 +71,24 @@ bool IsPlain(char c)
     return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '-' || c == '_';
 }
 
-/// FNV-1a, twice with different beginnings: two long names are told apart by 128 bits.
-std::string Digest(const std::string& text)
-{
-    uint64_t first = 0xcbf29ce484222325u;
-    uint64_t second = 0x9ae16a3b2f90404fu;
-    for (const char c : text) {
-        first = (first ^ static_cast<unsigned char>(c)) * 0x100000001b3u;
-        second = (second ^ static_cast<unsigned char>(c)) * 0x100000001b3u;
-    }
-    char digits[40];
-    std::snprintf(digits, sizeof(digits), "%016llx%016llx", static_cast<unsigned long long>(first),
-                  static_cast<unsigned long long>(second));
-    return digits;
-}
-
 } // namespace
+
+UniqueFd PrivateDirectoryInPublic(const std::string& path)
+{
+    const auto name = [&](int number) { return number == 0 ? path : path + "-" + std::to_string(number); };
+    // One that is there comes first, whatever has become of the names before it: all processes must find the same.
+    for (int number = 0; number < publicNames; ++number) {
+        UniqueFd directory = OpenPath(name(number), O_RDONLY | O_DIRECTORY | O_NOFOLLOW);
+        if (directory.IsOpen() && IsPrivate(directory.Get(), 077))
+            return directory;
+    }
+    for (int number = 0; number < publicNames; ++number) {
+        UniqueFd directory = PrivateDirectory(AT_FDCWD, name(number));
+        if (directory.IsOpen())
+            return directory;
+    }
+    return UniqueFd();
+}
 
 std::string LockFileName(const std::string& mutex)
 {
@@ -114,7 +111,9 @@ UniqueFd AcquireLockFile(const std::string& fileName, bool wait)
         UniqueFd file = OpenAt(directory.Get(), fileName, O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK, 0600);
         if (!file.IsOpen() || !LockWhole(file.Get(), wait))
             break;
-        if (IsCurrent(directory.Get(), fileName, file.Get()))
+        // A cleaner of temporary files may have removed it between opening and locking, and another process would lock
+        // the next one.
+        if (IsNameOf(directory.Get(), fileName, file.Get()))
             return file;
     }
     return UniqueFd();

@@ -15,8 +15,9 @@ class SharedLock;
 /// been unlocked as often. When the holding process dies, however it dies, the system frees it at once.
 ///
 /// It is an advisory lock on an empty file in the user's runtime directory (below XDG_RUNTIME_DIR; without that, in a
-/// private directory below /tmp), which stays there. Processes with different runtime directories do not see each
-/// other. Any text is a name, a path for instance; different texts are different mutexes.
+/// private directory below /tmp, "vc_qxparser-" with the user's number, or with "-1" to "-7" behind it where somebody
+/// else has taken the name), which stays there. Processes with different runtime directories do not see each other. Any
+/// text is a name, a path for instance; different texts are different mutexes.
 class VC_QXPARSER_API CMutexNamed
 {
 public:

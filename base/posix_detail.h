@@ -50,4 +50,7 @@ bool SyncDirectory(int fd);
 /// True when `path`, links followed, is a directory.
 bool IsDirectory(const std::string& path);
 
+/// True when the file `name` in a directory, no link followed, is the one that is open.
+bool IsNameOf(int directory, const std::string& name, int fd);
+
 } // namespace vcq::detail

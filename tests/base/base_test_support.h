@@ -128,11 +128,12 @@ class TempDirTest : public ::testing::Test
 protected:
     void SetUp() override
     {
-        char name[] = "/tmp/vcq-base-test-XXXXXX";
-        ASSERT_NE(nullptr, ::mkdtemp(name));
-        m_path = name;
+        m_path = Base() + "/vcq-base-test-XXXXXX";
+        ASSERT_NE(nullptr, ::mkdtemp(m_path.data()));
     }
     void TearDown() override { std::filesystem::remove_all(m_path); }
+
+    virtual std::string Base() const { return "/tmp"; }
 
     std::string Path(const std::string& name = "") const { return name.empty() ? m_path : m_path + "/" + name; }
     wxString Name(const std::string& name = "") const { return FromSystemName(Path(name)); }

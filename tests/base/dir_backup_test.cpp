@@ -1,3 +1,4 @@
+#include "base/atomic_file_detail.h"
 #include "tests/base/base_test_support.h"
 
 #include <sys/mount.h>
@@ -55,6 +56,30 @@ TEST_F(DirBackupTest, BackingUpTwiceLeavesNothingElseBehind)
     EXPECT_TRUE(AreOne("f", "b"));
     EXPECT_TRUE(BackUp());
     EXPECT_EQ((Set{"f", "b"}), Names());
+}
+
+TEST_F(DirBackupTest, WhatAKilledOneLeftGoesWithTheNext)
+{
+    Put("f", "one");
+    // A second name of the file, and a copy of it.
+    for (const bool linked : {true, false}) {
+        std::string draft;
+        {
+            const auto writer = vcq::detail::AtomicFile::Create(Path("b"), true, vcq::detail::AtomicFile::Draft::named);
+            Set names = Names();
+            names.erase("f");
+            names.erase("b");
+            ASSERT_EQ(1u, names.size());
+            draft = *names.begin();
+        }
+        if (linked)
+            std::filesystem::create_hard_link(Path("f"), Path(draft));
+        else
+            Put(draft, "on");
+        EXPECT_TRUE(Dir().BackUpFile("f", "b"));
+        EXPECT_EQ((Set{"f", "b"}), Names());
+        EXPECT_EQ("one", Bytes("b"));
+    }
 }
 
 TEST_F(DirBackupTest, ItHasThePermissionsOfTheFile)

@@ -20,6 +20,17 @@ protected:
         CFile file = dir.CreateFileW(name, replace);
         return file.IsOpened() && Write(file, bytes) && file.Close();
     }
+
+    /// The name of the draft that a writer of the target has where drafts need names.
+    std::string DraftOf(const std::string& target) const
+    {
+        const Set before = Names();
+        const auto file = AtomicFile::Create(Path(target), true, AtomicFile::Draft::named);
+        for (const std::string& name : Names())
+            if (before.count(name) == 0)
+                return name;
+        return "(none)";
+    }
 };
 
 /// Restores the umask.
@@ -412,6 +423,84 @@ TEST_F(DirCreateTest, WhereFilesNeedANameTheyArePublishedTheSame)
     Put("third", "theirs");
     EXPECT_FALSE(exclusive->Commit());
     EXPECT_EQ("theirs", Bytes("third"));
+}
+
+TEST_F(DirCreateTest, TheDraftOfAKilledWriterGoesWithTheNextOneOfTheTarget)
+{
+    for (const char* const target : {"old", "new"}) {
+        Put("old", "old");
+        Signal open;
+        Child writer([&] {
+            const auto file = AtomicFile::Create(Path(target), true, AtomicFile::Draft::named);
+            open.Raise();
+            ::pause();
+            return file ? 0 : 1;
+        });
+        ASSERT_TRUE(open.Await());
+        EXPECT_EQ(2u, Names().size());
+        EXPECT_TRUE(Save(Dir(), "another", "x"));
+        ASSERT_EQ(0, ::unlink(Path("another").c_str()));
+        writer.Kill();
+        EXPECT_EQ(2u, Names().size()) << "it is nobody else's business";
+        EXPECT_TRUE(Save(Dir(), target, "x"));
+        EXPECT_EQ((Set{"old", target}), Names());
+        ASSERT_EQ(0, ::unlink(Path(target).c_str()));
+    }
+}
+
+TEST_F(DirCreateTest, TheDraftOfALivingWriterStays)
+{
+    const auto first = AtomicFile::Create(Path("f"), true, AtomicFile::Draft::named);
+    ASSERT_TRUE(WriteAll(first->Descriptor(), "first", 5));
+    const auto second = AtomicFile::Create(Path("f"), true, AtomicFile::Draft::named);
+    ASSERT_TRUE(WriteAll(second->Descriptor(), "second", 6));
+    EXPECT_EQ(2u, Names().size());
+    EXPECT_TRUE(Save(Dir(), "f", "third"));
+    EXPECT_EQ(3u, Names().size());
+    EXPECT_TRUE(first->Commit());
+    EXPECT_EQ("first", Bytes("f"));
+    EXPECT_TRUE(second->Commit());
+    EXPECT_EQ("second", Bytes("f"));
+    EXPECT_EQ(Set{"f"}, Names());
+}
+
+TEST_F(DirCreateTest, AnyNumberOfWritersOfOneTargetHaveTheirDrafts)
+{
+    std::vector<std::unique_ptr<AtomicFile>> files;
+    for (int i = 0; i < 20; ++i) {
+        files.push_back(AtomicFile::Create(Path("f"), true, AtomicFile::Draft::named));
+        ASSERT_TRUE(files.back());
+    }
+    EXPECT_EQ(20u, Names().size());
+    for (const auto& file : files)
+        EXPECT_TRUE(file->Commit());
+    EXPECT_EQ(Set{"f"}, Names());
+}
+
+TEST_F(DirCreateTest, WhatOnlyHasTheNameOfADraftStays)
+{
+    const std::string draft = DraftOf("f");
+    ASSERT_EQ(0u, draft.find(".vcq-"));
+    const Set others = {draft.substr(0, draft.size() - 1), draft + "x", "x" + draft, ".vcq-.tmp"};
+    for (const std::string& name : others)
+        Put(name, "x");
+    Put("elsewhere", "x");
+    const std::vector<std::function<int(const char*)>> kinds = {
+        [](const char* path) { return ::mkdir(path, 0700); },
+        [](const char* path) { return ::mkfifo(path, 0600); },
+        [](const char* path) { return ::symlink("elsewhere", path); },
+    };
+    for (const auto& make : kinds) {
+        ASSERT_EQ(0, make(Path(draft).c_str()));
+        EXPECT_TRUE(Save(Dir(), "f", "x"));
+        const auto named = AtomicFile::Create(Path("f"), true, AtomicFile::Draft::named);
+        ASSERT_TRUE(named) << "there are other names for drafts";
+        EXPECT_TRUE(named->Commit());
+        Set expected = others;
+        expected.insert({"elsewhere", "f", draft});
+        EXPECT_EQ(expected, Names());
+        std::filesystem::remove(Path(draft));
+    }
 }
 
 TEST_F(DirCreateTest, ADraftIsNeverOpenToMorePeopleThanTheFileItReplaces)

@@ -349,6 +349,75 @@ TEST_F(MutexNamedTest, ALockFileRemovedWhileSomebodyWaitsForItIsNotLocked)
     EXPECT_FALSE(OtherProcessGets("m"));
 }
 
+namespace
+{
+
+/// Where a directory below one that everybody may write is to be.
+class PublicDirectoryTest : public TempDirTest
+{
+protected:
+    std::string Found() const
+    {
+        const vcq::detail::UniqueFd directory = vcq::detail::PrivateDirectoryInPublic(Path("locks"));
+        if (!directory.IsOpen())
+            return "(none)";
+        const std::string path = std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(directory.Get()));
+        EXPECT_EQ(mode_t(0700), ModeOf(path));
+        return path.substr(Path().size() + 1);
+    }
+
+    /// Somebody else takes a name.
+    void Take(const std::string& name)
+    {
+        ASSERT_EQ(0, ::mkdir(Path(name).c_str(), 0777));
+        ASSERT_EQ(0, ::chmod(Path(name).c_str(), 0777));
+    }
+};
+
+} // namespace
+
+TEST_F(PublicDirectoryTest, ItIsMadeOnce)
+{
+    EXPECT_EQ("locks", Found());
+    EXPECT_EQ("locks", Found());
+    EXPECT_EQ(std::set<std::string>{"locks"}, Names());
+}
+
+TEST_F(PublicDirectoryTest, WhereSomebodyTookTheNameItHasAnother)
+{
+    Take("locks");
+    ASSERT_EQ(0, ::symlink("elsewhere", Path("locks-1").c_str()));
+    Put("locks-2", "a file");
+    EXPECT_EQ("locks-3", Found());
+    EXPECT_EQ((std::set<std::string>{"locks", "locks-1", "locks-2", "locks-3"}), Names());
+}
+
+TEST_F(PublicDirectoryTest, ADirectoryOfAnotherUserIsNotTaken)
+{
+    if (::geteuid() != 0)
+        GTEST_SKIP() << "only the superuser can give a directory away";
+    ASSERT_EQ(0, ::mkdir(Path("locks").c_str(), 0700));
+    ASSERT_EQ(0, ::chown(Path("locks").c_str(), 65534, 65534));
+    EXPECT_EQ("locks-1", Found());
+}
+
+TEST_F(PublicDirectoryTest, ItStaysTheSameWhenTheNameIsGivenBack)
+{
+    Take("locks");
+    EXPECT_EQ("locks-1", Found());
+    ASSERT_EQ(0, ::rmdir(Path("locks").c_str()));
+    EXPECT_EQ("locks-1", Found());
+}
+
+TEST_F(PublicDirectoryTest, WhereAllNamesAreTakenThereIsNone)
+{
+    Take("locks");
+    for (int i = 1; i < 8; ++i)
+        Take("locks-" + std::to_string(i));
+    EXPECT_EQ("(none)", Found());
+    EXPECT_EQ(8u, Names().size());
+}
+
 TEST_F(MutexNamedTest, WithoutARuntimeDirectoryThereIsAPrivateOneInTmp)
 {
     const std::string fallback = "/tmp/vc_qxparser-" + std::to_string(::geteuid());
