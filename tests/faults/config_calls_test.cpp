@@ -196,6 +196,7 @@ TEST_P(ConfigCallsTest, EveryCallMayFail)
             EXPECT_LE(CountDrafts(), 1);
             EXPECT_TRUE(GetParam().run(*config, Place())) << "the next time";
             EXPECT_EQ(StateIn(GetParam().target), NewState);
+            EXPECT_EQ(CountDrafts(), 0) << "the next time";
             if (HasFailure())
                 return;
         }
@@ -215,8 +216,10 @@ TEST_P(ConfigCallsTest, TheProcessMayBeKilledAtEveryCall)
         });
         ASSERT_EQ(-1, child.Wait()) << "it was not killed";
         CheckFiles(std::nullopt);
+        EXPECT_LE(CountDrafts(), 1);
         EXPECT_TRUE(GetParam().run(*config, Place())) << "no lock is left behind";
         EXPECT_EQ(StateIn(GetParam().target), NewState);
+        EXPECT_EQ(CountDrafts(), 0) << "no draft is left behind";
         if (HasFailure())
             return;
     }
