@@ -3,21 +3,9 @@
 #
 #     run_host.sh BUILD FLAGS    BUILD is the library's build folder, FLAGS are compiler flags the host needs with it
 set -euo pipefail
-source "$(dirname "${BASH_SOURCE[0]}")/environment.sh"
+source "$(dirname "${BASH_SOURCE[0]}")/host.sh"
 
-example=$(cd "$(dirname "${BASH_SOURCE[0]}")/../../examples/host_preprocess" && pwd)
-build=$(cd "$1" && pwd)
-enter_work_directory "$build/qxp/qxp"
-
-quietly() {
-    "$@" >"$scratch/log" 2>&1 || { cat "$scratch/log" >&2 && exit 1; }
-}
-quietly cmake --install "$build" --prefix "$scratch/installed"
-quietly cmake -G Ninja -S "$example" -B "$scratch/build" -DCMAKE_PREFIX_PATH="$scratch/installed" \
-    -DCMAKE_CXX_FLAGS="${2:-}"
-quietly cmake --build "$scratch/build"
-
-host=$scratch/build/host_preprocess
+build_host host_preprocess "$1" "${2:-}"
 cp "$example/label.txt" .
 echo '#unknown' >bad.txt
 {

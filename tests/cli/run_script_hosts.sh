@@ -4,21 +4,10 @@
 #     run_script_hosts.sh EXAMPLE BUILD FLAGS    BUILD is the library's build folder, FLAGS are compiler flags the host
 #                                                needs with it
 set -euo pipefail
-source "$(dirname "${BASH_SOURCE[0]}")/environment.sh"
+source "$(dirname "${BASH_SOURCE[0]}")/host.sh"
 
 name=$1
-example=$(cd "$(dirname "${BASH_SOURCE[0]}")/../../examples/$name" && pwd)
-build=$(cd "$2" && pwd)
-enter_work_directory "$build/qxp/qxp"
-
-quietly() {
-    "$@" >"$scratch/log" 2>&1 || { cat "$scratch/log" >&2 && exit 1; }
-}
-quietly cmake --install "$build" --prefix "$scratch/installed"
-quietly cmake -G Ninja -S "$example" -B "$scratch/build" -DCMAKE_PREFIX_PATH="$scratch/installed" \
-    -DCMAKE_CXX_FLAGS="${3:-}"
-quietly cmake --build "$scratch/build"
-host=$scratch/build/$name
+build_host "$name" "$2" "${3:-}"
 
 case $name in
 host_scriptable)
