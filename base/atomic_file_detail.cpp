@@ -191,15 +191,22 @@ bool AtomicFile::Publish()
     return true;
 }
 
-bool AtomicFile::Commit()
+bool AtomicFile::Commit(Wait wait)
 {
     if (!m_file.IsOpen())
         return false;
-    const bool published = KeepMode() && SyncFile(m_file.Get()) && Publish();
+    const bool waits = wait == Wait::forDisk;
+    const bool published = KeepMode() && (!waits || SyncFile(m_file.Get())) && Publish();
     RemoveDraft();
     // The flush has told of lost writes; closing has nothing to add, and comes too late to take the name back.
     m_file.Close();
-    return published && SyncDirectory(m_directory.Get());
+    return published && (!waits || SyncDirectory(m_directory.Get()));
+}
+
+bool ReplaceFile(const std::string& path, const std::string& bytes)
+{
+    const std::unique_ptr<AtomicFile> file = AtomicFile::Create(path, true);
+    return file && WriteAll(file->Descriptor(), bytes.data(), bytes.size()) && file->Commit(AtomicFile::Wait::never);
 }
 
 } // namespace vcq::detail

@@ -35,10 +35,16 @@ public:
 
     int Descriptor() const { return m_file.Get(); }
 
+    enum class Wait
+    {
+        forDisk, ///< what is published outlives the system
+        never    ///< it outlives the process
+    };
+
     /// Publishes what was written, once. A new file has the permissions that the umask allows, a replaced one keeps
     /// its mode, and its owner where the system permits. False when any step failed: the target is then as it was,
     /// unless only the last flush, that of the directory, failed.
-    bool Commit();
+    bool Commit(Wait wait = Wait::forDisk);
 
 private:
     AtomicFile() = default;
@@ -55,6 +61,10 @@ private:
     std::string m_draft; ///< the draft's own name there; empty while it has none
     bool m_replace = false;
 };
+
+/// Makes `bytes` the whole content of a file that is there, or of a new one, without waiting for the disk. False when
+/// that fails, and the file is as it was; errno says why.
+bool ReplaceFile(const std::string& path, const std::string& bytes);
 
 /// What a name leads to once symbolic links are followed.
 enum class TargetKind

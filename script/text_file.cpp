@@ -1,10 +1,15 @@
 #include "script/text_file.h"
 
+#include "base/atomic_file_detail.h"
 #include "base/dir.h"
+#include "base/text_encoding.h"
 #include "script/class_module.h"
 #include "script/native_function.h"
 
 #include <wx/filename.h>
+#include <wx/log.h>
+
+#include <string>
 
 wxIMPLEMENT_CLASS(CqxJSFile, wxObject);
 
@@ -87,9 +92,17 @@ wxString CqxJSFile::ReadAll()
     return text;
 }
 
+/// In one step: wxTextFile's own way takes a part that was written for the whole.
 bool CqxJSFile::WriteBack()
 {
-    return m_file.Write(wxTextFileType_None, wxConvAuto());
+    std::string bytes;
+    for (std::size_t i = 0; i < m_file.GetLineCount(); ++i)
+        bytes += ToUtf8(m_file.GetLine(i) + wxTextFile::GetEOL(m_file.GetLineType(i)));
+    // Each line that a script writes comes by here; none waits for the disk.
+    if (vcq::detail::ReplaceFile(ToSystemName(m_file.GetName()), bytes))
+        return true;
+    wxLogSysError(wxS("'%s' cannot be written"), m_file.GetName());
+    return false;
 }
 
 bool CqxJSFile::Clear()
