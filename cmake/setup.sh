@@ -7,7 +7,7 @@ build_packages=(
 )
 # Besides what tests are made of, what they look at the manuals, the completions and the packages with, as users will.
 test_packages=(
-    libgtest-dev librapidcheck-dev xvfb xauth
+    libgtest-dev librapidcheck-dev python3 xvfb xauth
     doxygen man-db zsh fish lintian
 )
 # Debian's npm brings some 350 packages with it: only where there is none from elsewhere.

@@ -28,6 +28,9 @@ struct State
 
 State g_state;
 
+/// Where the number of calls is told besides.
+long* g_told = nullptr;
+
 /// What is to happen at the call that begins now.
 Fault NextFault()
 {
@@ -35,8 +38,10 @@ Fault NextFault()
     if (action == Fault::none)
         return Fault::none;
     const long number = ++g_state.count;
-    const bool hit = action == Fault::failFrom ? number >= g_state.at : number == g_state.at;
-    if (!hit)
+    if (g_told)
+        *g_told = number;
+    const bool goesOn = action == Fault::failFrom || action == Fault::trickle || action == Fault::interrupt;
+    if (goesOn ? number < g_state.at : number != g_state.at)
         return Fault::none;
     if (action == Fault::kill)
         ::raise(SIGKILL);
@@ -44,10 +49,31 @@ Fault NextFault()
     return action;
 }
 
+bool IsFailure(Fault fault)
+{
+    return fault == Fault::fail || fault == Fault::failFrom;
+}
+
 bool Fails()
 {
+    return IsFailure(NextFault());
+}
+
+/// How much of `size` bytes a call that reads or writes is to move; -1 when it is to fail.
+ssize_t NextSize(size_t size)
+{
+    static std::atomic<bool> interrupted{false};
     const Fault fault = NextFault();
-    return fault == Fault::fail || fault == Fault::failFrom;
+    if (IsFailure(fault))
+        return -1;
+    if (fault == Fault::interrupt && !interrupted.exchange(true)) {
+        errno = EINTR;
+        return -1;
+    }
+    interrupted = false;
+    if (size > 1 && fault == Fault::trickle)
+        return 1;
+    return static_cast<ssize_t>(size > 1 && fault == Fault::shorten ? size / 2 : size);
 }
 
 template <typename Function> Function* Real(const char* name)
@@ -76,6 +102,11 @@ FAULTY long vcq_fault_disarm()
 {
     g_state.action = static_cast<int>(Fault::none);
     return g_state.count;
+}
+
+FAULTY void vcq_fault_tell(long* number)
+{
+    g_told = number;
 }
 
 FAULTY int open(const char* path, int flags, ...)
@@ -133,22 +164,68 @@ FAULTY int close(int fd)
 FAULTY ssize_t read(int fd, void* to, size_t size)
 {
     static auto* const real = Real<ssize_t(int, void*, size_t)>("read");
-    const Fault fault = NextFault();
-    if (fault == Fault::fail || fault == Fault::failFrom)
-        return -1;
-    return real(fd, to, fault == Fault::shorten && size > 1 ? size / 2 : size);
+    const ssize_t moved = NextSize(size);
+    return moved < 0 ? -1 : real(fd, to, static_cast<size_t>(moved));
 }
 
 FAULTY ssize_t write(int fd, const void* from, size_t size)
 {
     static auto* const real = Real<ssize_t(int, const void*, size_t)>("write");
-    const Fault fault = NextFault();
-    if (fault == Fault::fail || fault == Fault::failFrom)
-        return -1;
-    return real(fd, from, fault == Fault::shorten && size > 1 ? size / 2 : size);
+    const ssize_t moved = NextSize(size);
+    return moved < 0 ? -1 : real(fd, from, static_cast<size_t>(moved));
+}
+
+FAULTY ssize_t pread(int fd, void* to, size_t size, off_t position)
+{
+    static auto* const real = Real<ssize_t(int, void*, size_t, off_t)>("pread");
+    const ssize_t moved = NextSize(size);
+    return moved < 0 ? -1 : real(fd, to, static_cast<size_t>(moved), position);
+}
+
+FAULTY ssize_t pread64(int fd, void* to, size_t size, off64_t position)
+{
+    static auto* const real = Real<ssize_t(int, void*, size_t, off64_t)>("pread64");
+    const ssize_t moved = NextSize(size);
+    return moved < 0 ? -1 : real(fd, to, static_cast<size_t>(moved), position);
+}
+
+FAULTY int ftruncate(int fd, off_t size)
+{
+    static auto* const real = Real<int(int, off_t)>("ftruncate");
+    return Call(real, fd, size);
+}
+
+FAULTY int ftruncate64(int fd, off64_t size)
+{
+    static auto* const real = Real<int(int, off64_t)>("ftruncate64");
+    return Call(real, fd, size);
+}
+
+FAULTY int mkstemp(char* name)
+{
+    static auto* const real = Real<int(char*)>("mkstemp");
+    return Call(real, name);
+}
+
+FAULTY int mkstemp64(char* name)
+{
+    static auto* const real = Real<int(char*)>("mkstemp64");
+    return Call(real, name);
+}
+
+FAULTY int link(const char* from, const char* to)
+{
+    static auto* const real = Real<int(const char*, const char*)>("link");
+    return Call(real, from, to);
 }
 
 /// Waits for no disk: nobody takes the power away.
+FAULTY int fdatasync(int)
+{
+    return Fails() ? -1 : 0;
+}
+
+/// As above.
 FAULTY int fsync(int)
 {
     return Fails() ? -1 : 0;

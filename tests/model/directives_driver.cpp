@@ -1,0 +1,52 @@
+// Reads programs, with a zero byte between them, and writes what the preprocessor makes of each, with a zero byte
+// behind it: for every unit its file, line and text, or "error", the context of its unit and the message, with tabs
+// between.
+#include "base/text_encoding.h"
+#include "parser/parser.h"
+#include "parser/parser_block.h"
+#include "parser/parser_file.h"
+#include "parser/parser_unit.h"
+
+#include <wx/init.h>
+#include <wx/log.h>
+
+#include <iostream>
+#include <iterator>
+#include <sstream>
+#include <string>
+
+namespace
+{
+
+std::string ResultOf(const std::string& program)
+{
+    CParser parser;
+    if (parser.Parse(wxString::FromUTF8(program), wxS("p"), nullptr, false) != 0) {
+        wxString message;
+        const CParserUnit* unit = nullptr;
+        parser.GetLastError(&message, &unit);
+        return "error\t" + (unit ? ToUtf8(unit->GetContext()) : "") + "\t" + ToUtf8(message);
+    }
+    std::ostringstream text;
+    const CParserBlock* const block = parser.GetLastBlock(0);
+    for (unsigned int i = 0; i < block->GetCount(); ++i)
+        if (const CParserUnit* const unit = block->GetUnit(i))
+            text << ToUtf8(unit->GetFileName()) << ":" << unit->m_line << ":" << ToUtf8(unit->m_text) << "\n";
+    return text.str();
+}
+
+} // namespace
+
+int main()
+{
+    const wxInitializer wx;
+    const wxLogNull quiet;
+    std::ios::sync_with_stdio(false);
+    const std::string programs(std::istreambuf_iterator<char>(std::cin), {});
+    for (std::size_t at = 0; at <= programs.size();) {
+        const std::size_t end = std::min(programs.find('\0', at), programs.size());
+        std::cout << ResultOf(programs.substr(at, end - at)) << '\0';
+        at = end + 1;
+    }
+    return std::cout.flush() ? 0 : 1;
+}
