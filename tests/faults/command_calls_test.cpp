@@ -95,7 +95,8 @@ protected:
                          "print('done');\n"},
             {"cfg.xml", "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<Config>\n <a v=\"2\"/>\n</Config>\n"},
             {"cfg.xml.old", "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<Config>\n <a v=\"1\"/>\n</Config>\n"},
-            {"config.js", "var a = Config.GetRoot().GetNode('a');\n"
+            {"config.js", "if (!Config.LoadFile()) throw 'not loaded';\n"
+                          "var a = Config.GetRoot().GetNode('a');\n"
                           "a.DelProp('v'); a.AddProp('v', 3);\n"
                           "if (!Config.SaveFile()) throw 'not saved';\n"}};
         for (const auto& [name, bytes] : files)

@@ -1,5 +1,6 @@
 #include "tests/faults/config_faults.h"
 #include "tests/faults/faults.h"
+#include "tests/support/log_capture.h"
 
 #include <algorithm>
 #include <array>
@@ -256,4 +257,30 @@ TEST_F(ConfigLoadCallsTest, ALoadWithAFailingCallGivesACompleteStateOrNone)
         }
     }
     EXPECT_EQ(State, LoadState());
+}
+
+TEST_F(ConfigLoadCallsTest, AFileThatIsThereAndCannotBeOpenedIsNotPassedOverInSilence)
+{
+    ASSERT_TRUE(SaveState(OldState));
+    ASSERT_TRUE(SaveState(State));
+    const wxString warning =
+        wxString::Format("'cfg.xml' is there, but cannot be opened in '%s'", Place().GetFullPath());
+    const bool wasQuiet = !wxLog::EnableLogging(true);
+    int olderStates = 0;
+    vcq_fault_arm(Fault::count, 0, 0);
+    ASSERT_EQ(State, LoadState());
+    const long calls = vcq_fault_disarm();
+    for (long call = 1; call <= calls; ++call) {
+        SCOPED_TRACE("call " + std::to_string(call));
+        const LogCapture log;
+        const auto config = Open();
+        vcq_fault_arm(Fault::fail, call, EACCES);
+        config->LoadFile();
+        vcq_fault_disarm();
+        const bool isOlder = StateOf(*config) == OldState;
+        olderStates += isOlder;
+        EXPECT_EQ(log.Texts(wxLOG_Warning), isOlder ? std::vector<wxString>{warning} : std::vector<wxString>());
+    }
+    wxLog::EnableLogging(!wasQuiet);
+    EXPECT_GT(olderStates, 0);
 }

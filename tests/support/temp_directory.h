@@ -13,10 +13,11 @@
 class TempDirectory
 {
 public:
-    TempDirectory()
+    /// @param parent in memory, it can be where nothing waits for a disk.
+    explicit TempDirectory(const std::string& parent = "/tmp")
     {
-        char name[] = "/tmp/vcq-test-XXXXXX";
-        if (::mkdtemp(name) == nullptr)
+        std::string name = parent + "/vcq-test-XXXXXX";
+        if (::mkdtemp(name.data()) == nullptr)
             throw std::runtime_error("no temporary directory");
         m_path = std::filesystem::canonical(name);
     }
