@@ -100,7 +100,10 @@ CFile CXmlConfig::OpenToLoad()
             m_fromFile = file.IsOpened() && &dir == &directories[0] && name == m_fileName;
             if (file.IsOpened())
                 return file;
-            m_passedOver = m_passedOver || dir.FindFile(name) != CDir::foundNothing;
+            const CDir::eFound found = dir.FindFile(name);
+            m_passedOver = m_passedOver || found != CDir::foundNothing;
+            if (found == CDir::foundFile)
+                wxLogWarning(wxS("'%s' is there, but cannot be opened in '%s'"), name, dir.GetFullPath());
         }
     }
     return CFile();

@@ -35,6 +35,14 @@ TEST_F(ConfigScriptTest, TheTableHasItsRowsInOrder)
     EXPECT_EQ(config->GetClassInfo(), &CXmlDocument::ms_classInfo);
 }
 
+TEST_F(ConfigScriptTest, ItReportsItsOwnTableAndLinkAndADocumentsRunTimeClass)
+{
+    const CXmlDocument& document = *config;
+    EXPECT_EQ(document.GetJSMap(), &CXmlConfig::m_JSMap);
+    EXPECT_EQ(config->GetJSLink()->GetRootObject(), config.get());
+    EXPECT_EQ(config->GetClassInfo(), wxCLASSINFO(CXmlDocument));
+}
+
 TEST_F(ConfigScriptTest, EveryMethodOfADocumentIsThere)
 {
     EXPECT_EQ(Show(wxS("Config.SetContent('<r/>') + Config.GetRoot().GetName() + Config.GetVersion()")),
