@@ -46,6 +46,18 @@ std::vector<wxString> ScriptMessages(const wxString& report)
     return messages;
 }
 
+/// A text of the input, for a terminal: with a code in the place of each character that would do something there.
+wxString Shown(const wxString& text)
+{
+    wxString shown;
+    for (const wxUniChar c : text) {
+        const wxUint32 code = c.GetValue();
+        const bool acts = (code < 0x20 && c != '\t' && c != '\n') || (code >= 0x7f && code < 0xa0);
+        shown += acts ? wxString::Format(wxS("\\x%02X"), code) : wxString(c);
+    }
+    return shown;
+}
+
 } // namespace
 
 class Diagnostics::Log : public wxLog
@@ -142,7 +154,7 @@ void Diagnostics::SayOrigins(const CParserUnit& unit)
     wxString text = unit.m_text.substr(0, LongestQuotedLine);
     if (text.length() < unit.m_text.length())
         text += wxS("...");
-    Write("    " + ToUtf8(text.Trim(false).Trim()) + "\n");
+    Write("    " + ToUtf8(Shown(text.Trim(false).Trim())) + "\n");
     wxSharedPtr<CParserFile> file = unit.m_file;
     while (file && file->GetIncludedFrom()) {
         const CParserUnit& from = *file->GetIncludedFrom();

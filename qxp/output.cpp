@@ -34,15 +34,23 @@ bool Fail(const wxString& outputError, bool isOutputAtFault, Diagnostics& diagno
     return false;
 }
 
+/// What the system has said about a failure, behind a colon; nothing when it has said nothing.
+wxString ReasonOf(int error)
+{
+    return error == 0 ? wxString() : wxS(": ") + wxString::FromUTF8(std::strerror(error));
+}
+
 bool WriteFile(const wxString& name, const ResultWriter& write, Diagnostics& diagnostics)
 {
+    errno = 0;
     CFile file = CDir().CreateFileW(name, true);
     wxOutputStream* const stream = file.GetOutputStream();
     const bool isWritten = stream && write(*stream);
     if (isWritten && file.Close())
         return true;
+    const wxString reason = ReasonOf(errno);
     const bool isOutputAtFault = !stream || isWritten || !stream->IsOk();
-    return Fail(wxString::Format(wxS("Output file not writable '%s'"), name), isOutputAtFault, diagnostics);
+    return Fail(wxString::Format(wxS("Output file not writable '%s'%s"), name, reason), isOutputAtFault, diagnostics);
 }
 
 bool WriteStandardOutput(const ResultWriter& write, Diagnostics& diagnostics)
@@ -52,9 +60,7 @@ bool WriteStandardOutput(const ResultWriter& write, Diagnostics& diagnostics)
     const bool isWritten = write(stream);
     if (isWritten && std::fflush(stdout) == 0)
         return true;
-    const wxString reason = wxString::FromUTF8(std::strerror(errno));
-    return Fail(wxString::Format(wxS("Standard output not writable: %s"), reason), isWritten || !stream.IsOk(),
-                diagnostics);
+    return Fail(wxS("Standard output not writable") + ReasonOf(errno), isWritten || !stream.IsOk(), diagnostics);
 }
 
 } // namespace
