@@ -189,7 +189,10 @@ long CPreprocessor::ApplyFor(const wxString& arguments, _BlockPosition& position
     int slot = position.m_index;
     position.m_block->RemoveElement(directive, &slot, 0);
     const LoopBody body = TakeBody(position, loopEnd);
-    return body.text.empty() ? 0 : RunLoop(header.name, bounds, body.text, body.origin, label, directive, position);
+    if (!body.text.empty())
+        return RunLoop(header.name, bounds, body.text, body.origin, label, directive, position);
+    m_defines.erase(header.name);
+    return 0;
 }
 
 long CPreprocessor::RunLoop(const wxString& name, const _LoopBounds& bounds, const wxString& body,

@@ -63,8 +63,9 @@ public:
     ~CXmlConfig() override;
 
     /// Loads the file; where it cannot be opened the one with ".old" behind its name; then these two from the root
-    /// directory "SERVERCFG". Then every object is loaded. When none can be opened, or the first that can is not XML,
-    /// the tree is an empty one with the root "Config", and no hook is called.
+    /// directory "SERVERCFG". The log has a warning for each that is there and cannot be. Then every object is loaded.
+    /// When none can be opened, or the first that can is not XML, the tree is an empty one with the root "Config", and
+    /// no hook is called.
     void LoadFile();
     /// Loads an open file, which stays open, in the same way.
     void LoadFile(const CFile& file);

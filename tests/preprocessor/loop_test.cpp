@@ -106,6 +106,15 @@ TEST_F(LoopTest, TheLoopVariableHidesAndEndsADefineOfItsName)
     EXPECT_FALSE(pp.HasDefine("i"));
 }
 
+TEST_F(LoopTest, ADefineOfItsNameEndsAlsoWhereNothingIsRepeated)
+{
+    for (const char* const loop : {"#for i 1;2;1\n#endfor", "#for i 2;1;1\nrow\n#endfor"}) {
+        Define("i=5");
+        EXPECT_EQ("", Run(loop));
+        EXPECT_FALSE(pp.HasDefine("i")) << loop;
+    }
+}
+
 TEST_F(LoopTest, TheLoopVariableOriginatesInTheDirective)
 {
     EXPECT_EQ(Failure("\"i\" already defined in file \"main.txt\" line 2 (5 was 1) !", 1, "main.txt (LOOP l.2)"),
