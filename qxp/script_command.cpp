@@ -57,8 +57,10 @@ private:
 bool ScriptRun::SetUp()
 {
     SetLimits(m_options.limits, m_script);
-    if (!m_script.SetGlobal(m_global.GetJSLink(), wxS("Global")))
+    if (!m_script.SetGlobal(m_global.GetJSLink(), wxS("Global"))) {
+        wxLogError(wxS("qxp: error: The script engine can not be started"));
         return false;
+    }
     DefineArguments();
     if (!m_options.config.empty())
         LoadConfig();
