@@ -1,6 +1,7 @@
 #pragma once
 
 #include "tests/base/base_test_support.h"
+#include "tests/support/temp_directory.h"
 #include "xml/xml_config.h"
 
 #include <wx/log.h>
@@ -31,8 +32,7 @@ public:
     }
 
 protected:
-    /// Thousands of saves, each of which waits for the disk: in memory where that is possible.
-    std::string Base() const override { return ::access("/dev/shm", W_OK) == 0 ? "/dev/shm" : TempDirTest::Base(); }
+    std::string Base() const override { return PlaceInMemory(); }
 
     void SetUp() override
     {

@@ -219,13 +219,12 @@ FAULTY int link(const char* from, const char* to)
     return Call(real, from, to);
 }
 
-/// Waits for no disk: nobody takes the power away.
+// These two wait for no disk: nobody takes the power away.
 FAULTY int fdatasync(int)
 {
     return Fails() ? -1 : 0;
 }
 
-/// As above.
 FAULTY int fsync(int)
 {
     return Fails() ? -1 : 0;

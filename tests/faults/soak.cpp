@@ -3,6 +3,8 @@
 //
 //     soak CYCLES
 #include "base/text_encoding.h"
+#include "parser/parser.h"
+#include "preprocessor/preprocessor.h"
 #include "script/script.h"
 #include "script/script_minimal.h"
 #include "tags/cond_tag_parser.h"
@@ -87,7 +89,7 @@ private:
         });
     }
 
-    TempDirectory m_place{"/dev/shm"};
+    TempDirectory m_place{PlaceInMemory()};
     qxjsMinimal m_global;
     CJScript m_script{nullptr};
     CXmlDocument m_document;
