@@ -13,6 +13,7 @@
 
 #include <wx/init.h>
 
+#include <malloc.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -23,7 +24,7 @@
 namespace
 {
 
-/// Memory that the allocator keeps varies by about this much with the moment.
+/// How far apart the remains of a collection lie varies by about this much.
 constexpr long AllowedGrowth = 4L * 1024 * 1024;
 
 long ResidentBytes()
@@ -48,6 +49,15 @@ public:
         m_off.Desactivate();
         m_script.SetGlobal(m_global.GetJSLink(), wxS("Global"));
         m_document.SetScript(&m_script, wxS("Document"), m_global.GetJSLink());
+    }
+
+    /// Without what is garbage, and what the allocator keeps.
+    long NeededBytes()
+    {
+        JS_GC(m_script.GetContext());
+        JS_GC(m_script.GetContext());
+        ::malloc_trim(0);
+        return ResidentBytes();
     }
 
     bool Cycle(long number) { return Parses(number) && Expands(number) && Saves(number); }
@@ -106,11 +116,11 @@ int Run(long cycles)
         if (!soak.Cycle(i))
             return std::fprintf(stderr, "cycle %ld failed\n", i), 1;
         if (i == first) {
-            memory = ResidentBytes();
+            memory = soak.NeededBytes();
             files = OpenFiles();
         }
     }
-    const long growth = ResidentBytes() - memory;
+    const long growth = soak.NeededBytes() - memory;
     const long left = OpenFiles() - files;
     std::printf("%ld cycles; after the first %ld: %ld KiB of %ld more, %ld files more\n", cycles, first, growth / 1024,
                 memory / 1024, left);
