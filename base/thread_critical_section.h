@@ -2,7 +2,9 @@
 
 #include "base/api.h"
 
+#include <atomic>
 #include <mutex>
+#include <thread>
 
 /// A critical section for the threads of one process. The thread inside may enter again (an evaluation that holds the
 /// section can lead back to it); it is out when it has left as often.
@@ -24,7 +26,11 @@ public:
     void Leave();
 
 private:
-    std::recursive_mutex m_mutex;
+    bool IsInside() const;
+
+    std::mutex m_mutex;
+    std::atomic<std::thread::id> m_inside{}; ///< The thread that is; only that one finds itself here.
+    unsigned int m_entered = 0;              ///< How often.
 };
 
 /// Is inside a critical section for its lifetime.
@@ -32,8 +38,8 @@ class VC_QXPARSER_API wxThreadCriticalSectionLocker
 {
 public:
     /// Enters; the section must outlive this object.
-    explicit wxThreadCriticalSectionLocker(wxThreadCriticalSection& section);
-    ~wxThreadCriticalSectionLocker();
+    explicit wxThreadCriticalSectionLocker(wxThreadCriticalSection& section) : m_section(section) { m_section.Enter(); }
+    ~wxThreadCriticalSectionLocker() { m_section.Leave(); }
     wxThreadCriticalSectionLocker(const wxThreadCriticalSectionLocker&) = delete;
     wxThreadCriticalSectionLocker& operator=(const wxThreadCriticalSectionLocker&) = delete;
 
