@@ -46,14 +46,6 @@ void TraceGlobal(JSTracer* trc, ::JSObject* obj)
         data->Trace(trc);
 }
 
-constexpr ::JSClassOps kObjectOps = {nullptr, nullptr,        nullptr, nullptr, nullptr,
-                                     nullptr, FinalizeObject, nullptr, nullptr, nullptr};
-constexpr ::JSClassOps kGlobalOps = {nullptr,           nullptr,
-                                     nullptr,           ::JS_NewEnumerateStandardClasses,
-                                     ResolveGlobalName, ::JS_MayResolveStandardClass,
-                                     FinalizeGlobal,    nullptr,
-                                     nullptr,           TraceGlobal};
-
 template <typename Hook> bool IsStub(Hook hook, Hook stub)
 {
     return !hook || hook == stub;
@@ -70,6 +62,14 @@ bool HasOnlyStubs(const JSClass& c)
 }
 
 } // namespace
+
+const ::JSClassOps kObjectOps = {nullptr, nullptr,        nullptr, nullptr, nullptr,
+                                 nullptr, FinalizeObject, nullptr, nullptr, nullptr};
+const ::JSClassOps kGlobalOps = {nullptr,           nullptr,
+                                 nullptr,           ::JS_NewEnumerateStandardClasses,
+                                 ResolveGlobalName, ::JS_MayResolveStandardClass,
+                                 FinalizeGlobal,    nullptr,
+                                 nullptr,           TraceGlobal};
 
 bool SameClass(const HostClass* found, const JSClass& clasp)
 {
@@ -104,19 +104,6 @@ HostClass* FindClass(ThreadState& t, const JSClass& clasp, bool is_global)
     made->engine_class.cOps = is_global ? &kGlobalOps : &kObjectOps;
     t.classes.push_back(std::move(made));
     return t.classes_seen[&clasp] = t.classes.back().get();
-}
-
-const HostClass* ClassOf(::JSObject* obj)
-{
-    const ::JSClass* engine_class = JS::GetClass(obj);
-    if (engine_class->cOps != &kObjectOps && engine_class->cOps != &kGlobalOps)
-        return nullptr;
-    return reinterpret_cast<const HostClass*>(engine_class);
-}
-
-bool IsOurGlobal(::JSObject* obj)
-{
-    return JS::GetClass(obj)->cOps == &kGlobalOps;
 }
 
 ::JSObject* NewGlobalObject(ThreadState& t, HostClass& host_class)
@@ -168,8 +155,6 @@ RealmData& DataOf(ThreadState& t, const JSContext& cx)
     return DataOfGlobal(GlobalOf(t, cx));
 }
 
-// --- Stubs, and private data -----------------------------------------------------------------------------------
-
 JSBool JS_PropertyStub(JSContext*, JSObject*, jsval, jsval*)
 {
     return JS_TRUE;
@@ -200,9 +185,7 @@ const JSClass* JS_GetClass(JSContext* cx, JSObject* obj)
 
 void* JS_GetPrivate(JSContext* cx, JSObject* obj)
 {
-    if (!UsableInFinalizer(cx, __func__) || !obj || !ClassOf(Inner(obj)))
-        return nullptr;
-    return JS::GetMaybePtrFromReservedSlot<void>(Inner(obj), kPrivateSlot);
+    return UsableInFinalizer(cx, __func__) && obj ? PrivateOf(Inner(obj)) : nullptr;
 }
 
 JSBool JS_SetPrivate(JSContext* cx, JSObject* obj, void* data)

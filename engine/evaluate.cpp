@@ -49,85 +49,15 @@ bool CheckGlobal(Entry& entry)
     return false;
 }
 
-::JSScript* Compile(Entry& entry, const ScriptCache::Key& key, bool run_once)
+::JSScript* Compile(Entry& entry, std::u16string_view text, const ScriptCache::Place& place, bool run_once)
 {
-    NoteSource(entry.Thread(), key.text);
+    NoteSource(entry.Thread(), text);
     JS::CompileOptions options(entry.Engine());
-    options.setFileAndLine(key.file.data(), key.line).setNonSyntacticScope(key.scoped).setIsRunOnce(run_once);
+    options.setFileAndLine(place.file.data(), place.line).setNonSyntacticScope(place.scoped).setIsRunOnce(run_once);
     JS::SourceText<char16_t> source;
-    if (!source.init(entry.Engine(), key.text.data(), key.text.size(), JS::SourceOwnership::Borrowed))
+    if (!source.init(entry.Engine(), text.data(), text.size(), JS::SourceOwnership::Borrowed))
         return nullptr;
     return JS::Compile(entry.Engine(), options, source);
-}
-
-::JSScript* CompileCached(Entry& entry, const ScriptCache::Key& key)
-{
-    ScriptCache& cache = DataOfGlobal(JS::CurrentGlobalOrNull(entry.Engine())).cache;
-    bool worth_keeping = false;
-    ::JSScript* script = cache.Find(key, worth_keeping);
-    if (script)
-        return script;
-    script = Compile(entry, key, !worth_keeping);
-    if (script && worth_keeping)
-        cache.Insert(key, script);
-    return script;
-}
-
-bool Execute(Entry& entry, JSObject* obj, JS::HandleScript script, bool scoped, JS::MutableHandleValue result)
-{
-    if (!scoped)
-        return ::JS_ExecuteScript(entry.Engine(), script, result);
-    JS::RootedObjectVector chain(entry.Engine());
-    return FillScopeChain(entry, obj, chain) && ::JS_ExecuteScript(entry.Engine(), chain, script, result);
-}
-
-JSBool Finish(Entry& entry, bool success, JS::HandleValue result, jsval* rval)
-{
-    if (!success)
-        return entry.Fail();
-    if (rval)
-        *rval = ToWord(entry.Thread(), result);
-    return JS_TRUE;
-}
-
-JSBool Evaluate(JSContext* cx, JSObject* obj, std::u16string_view text, const char* file, uintN line, jsval* rval)
-{
-    Entry entry(cx, "JS_EvaluateUCScript", EntryKind::Run);
-    if (!entry)
-        return JS_FALSE;
-    if (!CheckGlobal(entry))
-        return entry.Fail();
-    const bool scoped = !IsGlobalScope(obj);
-    std::optional<JSAutoRealm> realm;
-    if (::JSObject* global = GlobalFor(*cx, obj); global != cx->global)
-        realm.emplace(entry.Engine(), global);
-    JS::RootedScript script(entry.Engine(), CompileCached(entry, {text, file ? file : "", line, scoped}));
-    if (!script)
-        return entry.Fail(ReportStyle::Parser);
-    JS::RootedValue result(entry.Engine());
-    return Finish(entry, Execute(entry, obj, script, scoped, &result), result, rval);
-}
-
-JSScript* CompileForHost(JSContext* cx, JSObject* obj, std::u16string_view text, const char* file, uintN line)
-{
-    Entry entry(cx, "JS_CompileUCScript");
-    if (!entry)
-        return nullptr;
-    auto record = std::make_unique<JSScript>();
-    record->scoped = !IsGlobalScope(obj);
-    record->filename = file ? file : "";
-    record->line = line;
-    std::optional<JSAutoRealm> realm;
-    if (CheckGlobal(entry)) {
-        realm.emplace(entry.Engine(), GlobalFor(*cx, obj));
-        record->script = Compile(entry, {text, record->filename, line, record->scoped}, false);
-    }
-    if (!record->script) {
-        entry.Fail(ReportStyle::Parser);
-        return nullptr;
-    }
-    cx->scripts.push_back(std::move(record));
-    return cx->scripts.back().get();
 }
 
 // Nearly every text a host evaluates is short.
@@ -151,18 +81,96 @@ private:
     std::u16string_view m_view;
 };
 
+::JSScript* CompileCached(Entry& entry, ScriptCache& cache, std::u16string_view text, const ScriptCache::Place& place)
+{
+    bool worth_keeping = false;
+    ::JSScript* script = cache.Find(text, place, worth_keeping);
+    if (script)
+        return script;
+    script = Compile(entry, text, place, !worth_keeping);
+    if (script && worth_keeping)
+        cache.Insert(text, place, script);
+    return script;
+}
+
+// Converting and hashing a short text costs as much as running it, so one that comes over and over is spared both.
+::JSScript* CompileCached(Entry& entry, ScriptCache& cache, std::wstring_view text, const ScriptCache::Place& place)
+{
+    ::JSScript* latest = cache.FindLatest(text, place);
+    return latest ? latest : CompileCached(entry, cache, Utf16Text(text.data(), text.size()).View(), place);
+}
+
+bool Execute(Entry& entry, JSObject* obj, JS::HandleScript script, bool scoped, JS::MutableHandleValue result)
+{
+    if (!scoped)
+        return ::JS_ExecuteScript(entry.Engine(), script, result);
+    JS::RootedObjectVector chain(entry.Engine());
+    return FillScopeChain(entry, obj, chain) && ::JS_ExecuteScript(entry.Engine(), chain, script, result);
+}
+
+JSBool Finish(Entry& entry, bool success, JS::HandleValue result, jsval* rval)
+{
+    if (!success)
+        return entry.Fail();
+    if (rval)
+        *rval = ToWord(entry.Thread(), result);
+    return JS_TRUE;
+}
+
+template <typename Text>
+JSBool Evaluate(JSContext* cx, JSObject* obj, Text text, const char* file, uintN line, jsval* rval)
+{
+    Entry entry(cx, "JS_EvaluateUCScript", EntryKind::Run);
+    if (!entry)
+        return JS_FALSE;
+    if (!CheckGlobal(entry))
+        return entry.Fail();
+    const bool scoped = !IsGlobalScope(obj);
+    std::optional<JSAutoRealm> realm;
+    if (::JSObject* global = GlobalFor(*cx, obj); global != cx->global)
+        realm.emplace(entry.Engine(), global);
+    ScriptCache& cache = DataOfGlobal(JS::CurrentGlobalOrNull(entry.Engine())).cache;
+    JS::RootedScript script(entry.Engine(), CompileCached(entry, cache, text, {file ? file : "", line, scoped}));
+    if (!script)
+        return entry.Fail(ReportStyle::Parser);
+    JS::RootedValue result(entry.Engine());
+    return Finish(entry, Execute(entry, obj, script, scoped, &result), result, rval);
+}
+
+JSScript* CompileForHost(JSContext* cx, JSObject* obj, std::u16string_view text, const char* file, uintN line)
+{
+    Entry entry(cx, "JS_CompileUCScript");
+    if (!entry)
+        return nullptr;
+    auto record = std::make_unique<JSScript>();
+    record->scoped = !IsGlobalScope(obj);
+    record->filename = file ? file : "";
+    record->line = line;
+    std::optional<JSAutoRealm> realm;
+    if (CheckGlobal(entry)) {
+        realm.emplace(entry.Engine(), GlobalFor(*cx, obj));
+        record->script = Compile(entry, text, {record->filename, line, record->scoped}, false);
+    }
+    if (!record->script) {
+        entry.Fail(ReportStyle::Parser);
+        return nullptr;
+    }
+    cx->scripts.push_back(std::move(record));
+    return cx->scripts.back().get();
+}
+
 } // namespace
 
 JSBool JS_EvaluateUCScript(JSContext* cx, JSObject* obj, const jschar* chars, uintN length, const char* file,
                            uintN line, jsval* rval)
 {
-    return Evaluate(cx, obj, {chars, length}, file, line, rval);
+    return Evaluate(cx, obj, std::u16string_view(chars, length), file, line, rval);
 }
 
 JSBool JS_EvaluateWide(JSContext* cx, JSObject* obj, const wchar_t* chars, std::size_t length, const char* file,
                        uintN line, jsval* rval)
 {
-    return Evaluate(cx, obj, Utf16Text(chars, length).View(), file, line, rval);
+    return Evaluate(cx, obj, std::wstring_view(chars, length), file, line, rval);
 }
 
 JSScript* JS_CompileUCScript(JSContext* cx, JSObject* obj, const jschar* chars, std::size_t length, const char* file,
@@ -204,8 +212,6 @@ void JS_DestroyScript(JSContext* cx, JSScript* script)
     const auto same = [&](const std::unique_ptr<JSScript>& known) { return known.get() == script; };
     cx->scripts.erase(std::remove_if(cx->scripts.begin(), cx->scripts.end(), same), cx->scripts.end());
 }
-
-// --- Calls ------------------------------------------------------------------------------------------------------
 
 static JSBool Call(Entry& entry, JSObject* obj, JS::HandleValue fun, uintN argc, const jsval* argv, jsval* rval)
 {

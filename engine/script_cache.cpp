@@ -1,6 +1,7 @@
-#include <cstring>
+#include "engine/script_cache_detail.h"
 
-#include "engine/class_detail.h"
+#include <algorithm>
+#include <cstring>
 
 // Hosts evaluate the same short texts again and again: conditions, loop bounds, substitutions. Compiling one costs some
 // 5 us and its first run more, looking it up 0.05 us. What runs is the same script each time, and fresh literals and
@@ -10,7 +11,7 @@ namespace qxjs
 
 namespace
 {
-constexpr std::size_t kSeen = 512;
+constexpr std::size_t kSeen = ScriptCache::kEntries;
 
 std::uint64_t MixWord(std::uint64_t hash, std::uint64_t word)
 {
@@ -40,68 +41,73 @@ std::uint64_t HashText(std::u16string_view text)
 } // namespace
 
 // A text hardly ever comes from many files, so their names need no more than their length here.
-std::uint64_t ScriptCache::Hash(const Key& key)
+std::uint64_t ScriptCache::Hash(std::u16string_view text, const Place& place)
 {
-    const std::uint64_t rest = std::uint64_t{key.line} * 2 + (key.scoped ? 1 : 0);
-    return MixWord(HashText(key.text), rest ^ std::uint64_t{key.file.size()} << 40);
+    const std::uint64_t rest = std::uint64_t{place.line} * 2 + (place.scoped ? 1 : 0);
+    return MixWord(HashText(text), rest ^ std::uint64_t{place.file.size()} << 40);
 }
 
-ScriptCache::Cached* ScriptCache::Locate(const Key& key, std::uint64_t hash)
+::JSScript* ScriptCache::FindLatest(std::wstring_view text, const Place& place) const
 {
-    if (m_buckets.empty())
-        m_buckets.resize(kBuckets);
-    for (Cached* cached = Bucket(hash); cached; cached = cached->next) {
-        if (cached->hash == hash && cached->line == key.line && cached->scoped == key.scoped &&
-            cached->text == key.text && cached->file == key.file)
-            return cached;
-    }
-    return nullptr;
+    if (m_entries.empty())
+        return nullptr;
+    // Equal numbers are equal texts: a code above 0xFFFF equals no unit, and a lone surrogate stays what it is.
+    const Cached& latest = m_entries.front();
+    const auto same = [](wchar_t code, char16_t unit) { return static_cast<char32_t>(code) == unit; };
+    const bool found = latest.text.size() == text.size() &&
+                       std::equal(text.begin(), text.end(), latest.text.begin(), same) && latest.IsAt(place);
+    return found ? latest.script : nullptr;
 }
 
-::JSScript* ScriptCache::Find(const Key& key, bool& worth_keeping)
+::JSScript* ScriptCache::Find(std::u16string_view text, const Place& place, bool& worth_keeping)
 {
     worth_keeping = false;
-    if (key.text.size() > kLongestText)
+    if (text.size() > kLongestText)
         return nullptr;
-    const std::uint64_t hash = Hash(key);
-    if (Cached* found = Locate(key, hash)) {
-        if (found->place != m_entries.begin())
-            m_entries.splice(m_entries.begin(), m_entries, found->place);
-        return found->script;
+    const std::uint64_t hash = Hash(text, place);
+    const auto known = m_by_hash.find(hash);
+    if (known != m_by_hash.end() && known->second->text == text && known->second->IsAt(place)) {
+        m_entries.splice(m_entries.begin(), m_entries, known->second);
+        return known->second->script;
     }
     // A tagged template's array of strings is made once a script, which a second run would show.
-    if (key.text.find(u'`') != std::u16string_view::npos)
+    if (text.find(u'`') != std::u16string_view::npos)
         return nullptr;
-    // Only a text that comes a second time is kept; those that never do cost nothing but this mark.
+    worth_keeping = IsSecondSight(hash);
+    return nullptr;
+}
+
+// Only a text that comes again is kept; those that never do cost nothing but a mark. Two texts with one place for
+// theirs toss for it: if the later one always won, two that come in turn would both never be kept.
+bool ScriptCache::IsSecondSight(std::uint64_t hash)
+{
     if (m_seen.empty())
         m_seen.resize(kSeen);
-    std::uint64_t& mark = m_seen[hash % kSeen];
-    worth_keeping = mark == hash;
-    mark = hash;
-    return nullptr;
+    std::uint32_t& mark = m_seen[hash % kSeen];
+    const auto half = static_cast<std::uint32_t>(hash >> 32);
+    if (mark == half)
+        return true;
+    m_dice = m_dice * 1664525 + 1013904223;
+    if (mark == 0 || m_dice >> 31 != 0)
+        mark = half;
+    return false;
 }
 
 void ScriptCache::DropOldest()
 {
-    const Cached& oldest = m_entries.back();
-    Cached** link = &Bucket(oldest.hash);
-    while (*link != &oldest)
-        link = &(*link)->next;
-    *link = oldest.next;
-    m_text_units -= oldest.text.size();
+    m_by_hash.erase(m_entries.back().hash);
+    m_text_units -= m_entries.back().text.size();
     m_entries.pop_back();
 }
 
-void ScriptCache::Insert(const Key& key, ::JSScript* script)
+void ScriptCache::Insert(std::u16string_view text, const Place& place, ::JSScript* script)
 {
-    const std::uint64_t hash = Hash(key);
-    if (Locate(key, hash))
+    const std::uint64_t hash = Hash(text, place);
+    if (m_by_hash.count(hash) > 0)
         return;
-    m_entries.push_front(
-        {hash, std::u16string(key.text), std::string(key.file), key.line, key.scoped, script, {}, Bucket(hash)});
-    m_entries.front().place = m_entries.begin();
-    Bucket(hash) = &m_entries.front();
-    m_text_units += key.text.size();
+    m_entries.push_front({hash, std::u16string(text), std::string(place.file), place.line, place.scoped, script});
+    m_by_hash[hash] = m_entries.begin();
+    m_text_units += text.size();
     while (m_entries.size() > kEntries || m_text_units > kTextUnits)
         DropOldest();
 }

@@ -92,7 +92,7 @@ TEST_F(EngineCache, ATaggedTemplatesStringsAreNewInEachEvaluation)
 TEST_F(EngineCache, MoreTextsThanTheCacheHoldsStillRunRight)
 {
     for (int round = 0; round < 3; ++round) {
-        for (int i = 0; i < 700; ++i) {
+        for (int i = 0; i < 1500; ++i) {
             const std::string text =
                 "'" + std::string(static_cast<std::size_t>(i), 'x') + "'.length + " + std::to_string(i);
             jsval v = JSVAL_VOID;
@@ -100,6 +100,19 @@ TEST_F(EngineCache, MoreTextsThanTheCacheHoldsStillRunRight)
             ASSERT_EQ(v, INT_TO_JSVAL(2 * i));
         }
         JS_GC(cx);
+    }
+}
+
+TEST_F(EngineCache, AWideTextThatComesAgainGivesFreshResults)
+{
+    ASSERT_TRUE(Run("var n = 0"));
+    const std::wstring text = L"'\x1F600\xE9'.length + ++n";
+    for (int i = 1; i <= 5; ++i) {
+        jsval v = JSVAL_VOID;
+        ASSERT_TRUE(JS_EvaluateWide(cx, nullptr, text.data(), text.size(), "local", 0, &v));
+        EXPECT_EQ(v, INT_TO_JSVAL(3 + i));
+        ASSERT_TRUE(JS_EvaluateWide(cx, nullptr, L"n", 1, "local", 0, &v));
+        EXPECT_EQ(v, INT_TO_JSVAL(i));
     }
 }
 

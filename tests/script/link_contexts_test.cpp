@@ -185,8 +185,7 @@ TEST_P(LinkContextsTest, AContextThatItsHostDestroysCutsItsObjectsToo)
     EXPECT_EQ(Lamp::ms_alive, 1);
 }
 
-// --- On-destroy functions at the end of a context
-// ---------------------------------------------------------------------
+// On-destroy functions at the end of a context.
 
 TEST_P(LinkContextsTest, ObjectsOfScriptCallTheirOnDestroyFunctionsBeforeTheContextEnds)
 {
@@ -251,8 +250,7 @@ TEST_P(LinkContextsTest, FunctionsKeptThroughAnotherHandleEndWithTheContext)
     EXPECT_TRUE(log.Records().empty());
 }
 
-// --- Scope lists
-// --------------------------------------------------------------------------------------------------------
+// Scope lists.
 
 TEST_P(LinkContextsTest, AQueuedObjectWithoutScriptObjectLivesAsLongAsAnyScriptOfTheThreadRuns)
 {

@@ -83,7 +83,7 @@ TEST_F(LinkEventTest, AnObjectWithoutAScriptObjectHandlesNoEvent)
     EXPECT_FALSE(loose.GetJSLink()->ProcessEvent(event));
 }
 
-// --- Init scripts ------------------------------------------------------------------------------------------------
+// Init scripts.
 
 class LinkInitScriptTest : public ClassTest
 {
@@ -168,7 +168,7 @@ TEST_F(LinkInitScriptTest, TheScriptIsWrittenToABufferWhenItFits)
     EXPECT_EQ(*at, L'?');
 }
 
-// --- Names -------------------------------------------------------------------------------------------------------
+// Names.
 
 TEST_F(LinkInitScriptTest, AnUnnamedGlobalDoesNotCountInTheDottedName)
 {

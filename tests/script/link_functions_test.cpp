@@ -140,7 +140,7 @@ TEST_F(LinkFunctionsTest, OnlyFunctionsAreRegisteredForTheEnd)
     EXPECT_EQ(Thrown("CallOnDestroy()"), "Error: Bad argument count for function 'CallOnDestroy' (0 instead of 1)");
 }
 
-// --- Calls from the native side ----------------------------------------------------------------------------------
+// Calls from the native side.
 
 TEST_F(LinkFunctionsTest, AFunctionIsCalledWithItsObjectAsThis)
 {

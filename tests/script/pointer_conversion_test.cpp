@@ -26,7 +26,7 @@ protected:
     }
 };
 
-// --- Links ----------------------------------------------------------------------------------------------------------
+// Links.
 
 TEST_F(PointerConversionTest, ALinkIsThatOfTheObject)
 {
@@ -74,7 +74,7 @@ TEST_F(PointerConversionTest, ALinkWithoutObjectBecomesTheNullObject)
     EXPECT_EQ(pCJScriptLink_to_jsval(Context(), unborn.GetJSLink()), JSVAL_NULL);
 }
 
-// --- Native objects -------------------------------------------------------------------------------------------------
+// Native objects.
 
 TEST_F(PointerConversionTest, ANativeObjectIsThatOfTheLink)
 {
@@ -119,7 +119,7 @@ TEST_F(PointerConversionTest, WhatIsNoObjectHasNoNativeOneAndLeavesTheOutput)
     EXPECT_TRUE(log.Records().empty());
 }
 
-// --- Carried pointers -----------------------------------------------------------------------------------------------
+// Carried pointers.
 
 TEST_F(PointerConversionTest, APointerComesBackAsItIs)
 {
@@ -216,7 +216,7 @@ TEST_F(PointerConversionTest, AValueThatIsNoPointerGivesTheNullObject)
     EXPECT_EQ(script.JSValToObject(value), nullptr);
 }
 
-// --- Carried sizes --------------------------------------------------------------------------------------------------
+// Carried sizes.
 
 TEST_F(PointerConversionTest, ASizeIsCarriedByAnObject)
 {
@@ -266,7 +266,7 @@ TEST(CarrierWithoutScriptTest, ConversionsAreLoggedAndGiveTheNullObject)
     EXPECT_EQ(log.Records().size(), 2u);
 }
 
-// --- The carriers themselves ----------------------------------------------------------------------------------------
+// The carriers themselves.
 
 TEST(CarrierTest, APointerCarrierHoldsWhatItIsGiven)
 {

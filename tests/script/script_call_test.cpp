@@ -16,7 +16,7 @@ protected:
     JSFunction* Function(const wxString& text) { return JS_ValueToFunction(Context(), Value(text)); }
 };
 
-// --- Looking a function up ------------------------------------------------------------------------------------------
+// Looking a function up.
 
 TEST_F(ScriptCallTest, AFunctionOfTheObjectIsFound)
 {
@@ -93,7 +93,7 @@ TEST_F(ScriptCallTest, ANullFunctionFailsUnreported)
     EXPECT_TRUE(log.Records().empty());
 }
 
-// --- Arguments and `this` -------------------------------------------------------------------------------------------
+// Arguments and `this`.
 
 TEST_F(ScriptCallTest, ACallWithoutArgumentsPassesNone)
 {
@@ -170,7 +170,7 @@ TEST_F(ScriptCallTest, NoPlaceForTheResultIsNeeded)
     EXPECT_EQ(Show("calls"), "2");
 }
 
-// --- Results --------------------------------------------------------------------------------------------------------
+// Results.
 
 TEST_F(ScriptCallTest, AnIntegerResultIsTheWholeWordWhereAnEvaluationGivesItsPayload)
 {
@@ -226,7 +226,7 @@ TEST_F(ScriptCallTest, AResultWordCanBeReadAfterTheCall)
     EXPECT_EQ(value, OBJECT_TO_JSVAL(Global()->GetJSObject()));
 }
 
-// --- Failures -------------------------------------------------------------------------------------------------------
+// Failures.
 
 TEST_F(ScriptCallTest, AFailingCallIsReportedOnceWithoutSource)
 {
@@ -301,7 +301,7 @@ TEST_F(ScriptCallTest, APropertyThatThrowsWhenReadIsNoFunction)
     EXPECT_EQ(Show("1 + 1"), "2");
 }
 
-// --- Values ---------------------------------------------------------------------------------------------------------
+// Values.
 
 TEST_F(ScriptCallTest, AValueBecomesTheTextScriptMakesOfIt)
 {

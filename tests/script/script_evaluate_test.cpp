@@ -10,7 +10,7 @@ namespace
 
 using ScriptEvaluateTest = ScriptTest;
 
-// --- To a truth value -----------------------------------------------------------------------------------------------
+// To a truth value.
 
 struct TruthRow
 {
@@ -47,7 +47,7 @@ TEST_F(ScriptEvaluateTest, TheTruthOfAFailingScriptIsFalse)
     EXPECT_FALSE(out);
 }
 
-// --- To an integer --------------------------------------------------------------------------------------------------
+// To an integer.
 
 struct IntegerRow
 {
@@ -114,7 +114,7 @@ TEST_F(ScriptEvaluateTest, TheIntegerOfATextIsNotItsNumber)
     EXPECT_NE(out, 12);
 }
 
-// --- To a text ------------------------------------------------------------------------------------------------------
+// To a text.
 
 struct TextRow
 {
@@ -176,7 +176,7 @@ TEST_F(ScriptEvaluateTest, AMegabyteOfTextComesBackWhole)
     EXPECT_EQ(out, wxString(wchar_t(0x416), 1 << 20));
 }
 
-// --- To a link ------------------------------------------------------------------------------------------------------
+// To a link.
 
 TEST_F(ScriptEvaluateTest, TheLinkOfANativeObjectIsItsOwn)
 {
@@ -229,7 +229,7 @@ TEST_F(ScriptEvaluateTest, TheLinkOfAFailingScriptIsNull)
     EXPECT_EQ(Reports().size(), 1u);
 }
 
-// --- What every evaluation does -------------------------------------------------------------------------------------
+// What every evaluation does.
 
 TEST_F(ScriptEvaluateTest, ATextThatRunsIsTrueAndLogsNothing)
 {

@@ -105,7 +105,7 @@ TEST_F(ScriptExecuteTest, HidingASuccessChangesNothing)
     EXPECT_TRUE(log.Records().empty());
 }
 
-// --- Errors that natives throw --------------------------------------------------------------------------------------
+// Errors that natives throw.
 
 class ScriptDeclareErrorTest : public ScriptExecuteTest
 {
@@ -160,7 +160,7 @@ TEST_F(ScriptDeclareErrorTest, ANativeThatFailsSilentlyEndsTheScript)
     EXPECT_EQ(Show("after"), "0");
 }
 
-// --- Promises -------------------------------------------------------------------------------------------------------
+// Promises.
 
 TEST_F(ScriptExecuteTest, ARejectionThatNothingHandlesIsLogged)
 {
@@ -178,7 +178,7 @@ TEST_F(ScriptExecuteTest, ARejectionThatNothingHandlesIsLogged)
     EXPECT_TRUE(log.Records().empty());
 }
 
-// --- What is thrown -------------------------------------------------------------------------------------------------
+// What is thrown.
 
 struct ThrownRow
 {

@@ -109,7 +109,7 @@ TEST_F(ScriptGlobalTest, ItSurvivesCollections)
     EXPECT_EQ(Show("kept.deep.join()"), "1,2");
 }
 
-// --- Giving it up ---------------------------------------------------------------------------------------------------
+// Giving it up.
 
 TEST_F(ScriptGlobalTest, RemovingItLeavesNone)
 {
@@ -171,7 +171,7 @@ TEST_F(ScriptGlobalTest, TheSameLinkCanMoveToAnotherContext)
     EXPECT_EQ(Global()->GetScript(), &second);
 }
 
-// --- Clearing scopes ------------------------------------------------------------------------------------------------
+// Clearing scopes.
 
 TEST_F(ScriptGlobalTest, ClearingTheGlobalScopeGivesAFreshObjectForTheSameLink)
 {
@@ -226,7 +226,7 @@ TEST_F(ScriptGlobalTest, ClearingNothingIsHarmless)
     EXPECT_EQ(Show("x + typeof host"), "1object");
 }
 
-// --- Objects below the global ---------------------------------------------------------------------------------------
+// Objects below the global.
 
 TEST_F(ScriptGlobalTest, AChildWithoutParentIsRefusedAndNoted)
 {

@@ -19,7 +19,7 @@ protected:
     LogCapture log;
 };
 
-// --- Copies ---------------------------------------------------------------------------------------------------------
+// Copies.
 
 TEST_F(ScriptHandlesTest, ACopyIsAHandleOnTheSameContext)
 {
@@ -164,7 +164,7 @@ TEST_F(ScriptHandlesTest, AssigningAHandleToItselfChangesNothing)
     EXPECT_EQ(Show(script, "x"), "1");
 }
 
-// --- Adopted contexts -----------------------------------------------------------------------------------------------
+// Adopted contexts.
 
 TEST_F(ScriptHandlesTest, AnAdoptedContextIsNotDestroyed)
 {

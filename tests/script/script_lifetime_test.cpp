@@ -138,7 +138,7 @@ TEST_F(ScriptLifetimeTest, ADynamicObjectThatTheHostDeletesIsNotDeletedAgain)
     EXPECT_EQ(deaths, std::vector<std::string>{"child"});
 }
 
-// --- CleanAll -------------------------------------------------------------------------------------------------------
+// CleanAll.
 
 TEST_F(ScriptLifetimeTest, CleanAllLeavesAnInertObject)
 {
@@ -183,7 +183,7 @@ TEST_F(ScriptLifetimeTest, AnInertObjectRefusesEverything)
     EXPECT_FALSE(script.HasGlobal());
 }
 
-// --- While a script runs --------------------------------------------------------------------------------------------
+// While a script runs.
 
 TEST_F(ScriptLifetimeTest, ARunningScriptMayHaveItsContextCleaned)
 {
@@ -214,7 +214,7 @@ TEST_F(ScriptLifetimeTest, ARunningScriptMayHaveItsScopeCleared)
     EXPECT_EQ(Show(script, "typeof x"), "undefined");
 }
 
-// --- Several contexts -----------------------------------------------------------------------------------------------
+// Several contexts.
 
 TEST_F(ScriptLifetimeTest, ContextsOfOneThreadAreSeparate)
 {

@@ -127,7 +127,7 @@ TEST_F(ScriptLimitsTest, TheContextIsUsableAfterAMemoryLimit)
     EXPECT_EQ(script.GetErrorCount(), 0);
 }
 
-// --- Recursion ------------------------------------------------------------------------------------------------------
+// Recursion.
 
 TEST_F(ScriptLimitsTest, DeepRecursionIsAnError)
 {

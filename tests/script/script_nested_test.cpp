@@ -190,7 +190,7 @@ TEST_F(ScriptNestedTest, AnotherContextFailsInsideByItself)
     EXPECT_EQ(script.GetErrorCount(), 0);
 }
 
-// --- Where script stands --------------------------------------------------------------------------------------------
+// Where script stands.
 
 TEST_F(ScriptNestedTest, OutsideScriptThereIsNoCurrentLine)
 {

@@ -51,7 +51,7 @@ protected:
     }
 };
 
-// --- Syntax errors of texts -----------------------------------------------------------------------------------------
+// Syntax errors of texts.
 
 TEST_F(ScriptReportTest, ASyntaxErrorShowsItsLineAndACaretBehindTheToken)
 {
@@ -133,7 +133,7 @@ TEST_F(ScriptReportTest, ATextOfManyLinesShowsTheOneThatFailed)
     EXPECT_EQ(script.GetError(0)->line, 5000);
 }
 
-// --- Formatting what is recorded ------------------------------------------------------------------------------------
+// Formatting what is recorded.
 
 TEST_F(ScriptReportTest, SeveralErrorsAreShownInOrder)
 {
@@ -230,7 +230,7 @@ TEST_F(ScriptReportTest, AReportWithPercentSignsIsLoggedAsItIs)
     EXPECT_EQ(Format("%s %n"), "%s %n\n==> 100 %s of %d%n\n");
 }
 
-// --- Recording ------------------------------------------------------------------------------------------------------
+// Recording.
 
 TEST_F(ScriptReportTest, ARecordedErrorHasLineColumnAndFlags)
 {
@@ -327,7 +327,7 @@ TEST(ScriptErrorTest, ACopyHasEveryField)
     EXPECT_EQ(copy.type, 3);
 }
 
-// --- A host's own reporting -----------------------------------------------------------------------------------------
+// A host's own reporting.
 
 class QuietScript : public CJScript
 {

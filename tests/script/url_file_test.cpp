@@ -150,7 +150,7 @@ TEST_F(UrlFileTest, ScriptUsesItLikeTheHost)
               "Object is not of class 'URLFile'");
 }
 
-// --- The network ------------------------------------------------------------------------------------------------
+// The network.
 
 constexpr int PatienceInMilliseconds = 10000;
 

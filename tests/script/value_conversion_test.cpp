@@ -33,7 +33,7 @@ protected:
     }
 };
 
-// --- Any value ------------------------------------------------------------------------------------------------------
+// Any value.
 
 TEST_F(ValueConversionTest, AnyValueStaysItself)
 {
@@ -46,7 +46,7 @@ TEST_F(ValueConversionTest, AnyValueStaysItself)
     }
 }
 
-// --- Numbers --------------------------------------------------------------------------------------------------------
+// Numbers.
 
 struct NumberRow
 {
@@ -142,7 +142,7 @@ TEST_F(ValueConversionTest, ANumberInScriptStaysUsableAsAnIndex)
     EXPECT_EQ(ShowValue(int_to_jsval(Context(), 1), "['a', 'b'][v]"), "b");
 }
 
-// --- Truth values ---------------------------------------------------------------------------------------------------
+// Truth values.
 
 struct TruthRow
 {
@@ -178,7 +178,7 @@ TEST_F(ValueConversionTest, ATruthValueIsItsWord)
     EXPECT_EQ(ShowValue(bool_to_jsval(Context(), false), "v === false"), "true");
 }
 
-// --- Texts ----------------------------------------------------------------------------------------------------------
+// Texts.
 
 struct TextRow
 {
@@ -228,7 +228,7 @@ TEST_F(ValueConversionTest, ATextIsAStringOfItsUnits)
     EXPECT_EQ(ShowValue(wxString_to_jsval(Context(), wxString(wchar_t(0xD83D), 1)), "v === '\\ud83d'"), "true");
 }
 
-// --- Functions ------------------------------------------------------------------------------------------------------
+// Functions.
 
 TEST_F(ValueConversionTest, TheWordZeroIsTheNullFunction)
 {

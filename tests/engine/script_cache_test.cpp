@@ -1,0 +1,99 @@
+#include "engine/script_cache_detail.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+// What is kept, and for how long. Scripts are only addresses here.
+namespace
+{
+
+using qxjs::ScriptCache;
+
+// What stands in for a compiled script where none is run.
+::JSScript* Stand(std::size_t number)
+{
+    return reinterpret_cast<::JSScript*>(number * 8 + 8);
+}
+
+// Looks the texts up in turn, as a host with a template does, and says how many had to be compiled.
+std::size_t CountCompiled(ScriptCache& cache, std::size_t texts)
+{
+    std::size_t compiled = 0;
+    for (std::size_t i = 0; i < texts; ++i) {
+        std::u16string text;
+        for (char digit : std::to_string(i))
+            text += static_cast<char16_t>(digit);
+        const ScriptCache::Place place{"local", 0, false};
+        bool worth_keeping = false;
+        ::JSScript* const found = cache.Find(text, place, worth_keeping);
+        compiled += found ? 0 : 1;
+        if (found)
+            EXPECT_EQ(found, Stand(i));
+        else if (worth_keeping)
+            cache.Insert(text, place, Stand(i));
+    }
+    return compiled;
+}
+
+TEST(ScriptCacheTest, AThousandTextsInTurnAreSoonCompiledNoMore)
+{
+    ScriptCache cache;
+    EXPECT_EQ(CountCompiled(cache, 1000), 1000u);
+    for (int round = 0; round < 30; ++round)
+        CountCompiled(cache, 1000);
+    EXPECT_EQ(CountCompiled(cache, 1000), 0u);
+}
+
+TEST(ScriptCacheTest, ItHoldsNoMoreScriptsThanItsLimit)
+{
+    ScriptCache cache;
+    const ScriptCache::Place place{"local", 0, false};
+    for (std::size_t i = 0; i <= ScriptCache::kEntries; ++i) {
+        EXPECT_EQ(cache.CountScripts(), i);
+        cache.Insert(std::u16string(1, static_cast<char16_t>(i + 1)), place, Stand(i));
+    }
+    EXPECT_EQ(cache.CountScripts(), ScriptCache::kEntries);
+    bool worth_keeping = false;
+    EXPECT_EQ(cache.Find(u"\u0001", place, worth_keeping), nullptr) << "the oldest has gone";
+    EXPECT_EQ(cache.Find(u"\u0002", place, worth_keeping), Stand(1));
+}
+
+TEST(ScriptCacheTest, ItHoldsNoMoreTextThanItsLimit)
+{
+    ScriptCache cache;
+    const ScriptCache::Place place{"local", 0, false};
+    constexpr std::size_t most = ScriptCache::kTextUnits / ScriptCache::kLongestText;
+    for (std::size_t i = 0; i <= most; ++i) {
+        EXPECT_EQ(cache.CountScripts(), i);
+        std::u16string text(ScriptCache::kLongestText, u' ');
+        text[0] = static_cast<char16_t>(i);
+        cache.Insert(text, place, Stand(i));
+    }
+    EXPECT_EQ(cache.CountScripts(), most);
+    bool worth_keeping = true;
+    EXPECT_EQ(cache.Find(std::u16string(ScriptCache::kLongestText + 1, u' '), place, worth_keeping), nullptr);
+    EXPECT_FALSE(worth_keeping) << "a text that is too long";
+}
+
+TEST(ScriptCacheTest, TheLatestScriptIsFoundByItsWideText)
+{
+    ScriptCache cache;
+    const ScriptCache::Place place{"local", 2, true};
+    EXPECT_EQ(cache.FindLatest(L"x", place), nullptr);
+    cache.Insert(u"x\xD83D\xDE00", place, Stand(1));
+    EXPECT_EQ(cache.FindLatest(L"x\xD83D\xDE00", place), Stand(1)) << "two halves of a pair";
+    EXPECT_EQ(cache.FindLatest(L"x\x1F600", place), nullptr) << "needs converting";
+    cache.Insert(u"x", place, Stand(2));
+    EXPECT_EQ(cache.FindLatest(L"x", place), Stand(2));
+    EXPECT_EQ(cache.FindLatest(L"\x10078", place), nullptr) << "equal in its lower half only";
+    EXPECT_EQ(cache.FindLatest(L"xy", place), nullptr);
+    EXPECT_EQ(cache.FindLatest(L"x", {"other", 2, true}), nullptr);
+    EXPECT_EQ(cache.FindLatest(L"x", {"local", 3, true}), nullptr);
+    EXPECT_EQ(cache.FindLatest(L"x", {"local", 2, false}), nullptr);
+    bool worth_keeping = false;
+    EXPECT_EQ(cache.Find(u"x\xD83D\xDE00", place, worth_keeping), Stand(1));
+    EXPECT_EQ(cache.FindLatest(L"x", place), nullptr) << "the other one is the latest now";
+}
+
+} // namespace
