@@ -80,8 +80,6 @@ JSMisuseHook JS_SetMisuseHook(JSMisuseHook hook)
     return g_misuse_hook.exchange(hook);
 }
 
-// --- Runtimes ---------------------------------------------------------------------------------------------------
-
 JSRuntime* JS_Init(std::uint32_t)
 {
     return new JSRuntime;
@@ -124,8 +122,6 @@ JSRuntime* JS_GetRuntime(JSContext* cx)
 {
     return cx ? cx->runtime.load() : nullptr;
 }
-
-// --- Contexts ---------------------------------------------------------------------------------------------------
 
 JSContext* JS_NewContext(JSRuntime* rt, std::size_t)
 {
@@ -242,8 +238,6 @@ JSSurvivorHook JS_SetSurvivorHook(JSContext* cx, JSSurvivorHook hook)
     return hook;
 }
 
-// --- The global object ------------------------------------------------------------------------------------------
-
 JSObject* JS_NewGlobal(JSContext* cx, const JSClass* clasp)
 {
     Entry entry(cx, __func__);
@@ -276,8 +270,6 @@ void JS_SetGlobalObject(JSContext* cx, JSObject* obj)
     cx->global = Inner(obj);
     StayInDefaultRealm(*t);
 }
-
-// --- Limits -----------------------------------------------------------------------------------------------------
 
 void JS_SetTimeLimit(JSContext* cx, long milliseconds)
 {

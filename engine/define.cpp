@@ -22,10 +22,10 @@ bool DefineAccessor(Entry& entry, JS::HandleObject obj, JS::HandleId name, const
     ThreadState& t = entry.Thread();
     JS::RootedObject getter(t.engine);
     JS::RootedObject setter(t.engine);
-    if (ops.getter && !(getter = AccessorFunction(t, ops.getter, ops.id, false)))
+    if (ops.getter && !(getter = AccessorFunction(t, ops, false)))
         return false;
     const bool writable = ops.setter && !(attrs & JSPROP_READONLY);
-    if (writable && !(setter = AccessorFunction(t, ops.setter, ops.id, true)))
+    if (writable && !(setter = AccessorFunction(t, ops, true)))
         return false;
     return ::JS_DefinePropertyById(t.engine, obj, name, getter, setter, attrs & (JSPROP_ENUMERATE | JSPROP_PERMANENT));
 }
@@ -46,7 +46,7 @@ bool DefineSpecs(Entry& entry, JS::HandleObject obj, const JSPropertySpec* ps)
         if (!NarrowId(entry, ps->name, &name))
             return false;
         const bool accessor = ps->getter || ps->setter;
-        const AccessorOps ops{ps->getter, ps->setter, INT_TO_JSVAL(ps->tinyid)};
+        const AccessorOps ops{ps->getter, ps->setter, ps->field, INT_TO_JSVAL(ps->tinyid)};
         if (!(accessor ? DefineAccessor(entry, obj, name, ops, ps->flags)
                        : DefineData(entry, obj, name, JSVAL_VOID, ps->flags)))
             return false;

@@ -24,7 +24,7 @@ void StayInRealm(ThreadState& t, ::JSObject* global)
 
 void StayInDefaultRealm(ThreadState& t)
 {
-    if (t.depth == 0 && t.natives == 0)
+    if (t.depth == 0 && !t.native)
         StayInRealm(t, t.default_global);
 }
 
@@ -78,7 +78,7 @@ void Entry::Enter()
 void Entry::EnterRealm(::JSObject* global)
 {
     ThreadState& t = *m_thread;
-    if (t.depth == 1 && t.natives == 0)
+    if (t.depth == 1 && !t.native)
         StayInRealm(t, global);
     else if (JS::CurrentGlobalOrNull(t.engine) != global)
         m_realm.emplace(t.engine, global);

@@ -1,6 +1,7 @@
 #include "engine/entry_detail.h"
 #include "engine/js_script.h"
 #include "engine/js_value.h"
+#include "engine/native_frame_detail.h"
 #include "engine/words_detail.h"
 
 // Questions about functions, and about the stack.
@@ -50,10 +51,8 @@ const char* JS_GetFunctionName(JSFunction* fun)
 JSBool JS_IsConstructing(JSContext* cx)
 {
     ThreadState* t = UsableQuietly(cx, __func__);
-    return t && t->constructing;
+    return t && t->native && t->native->IsConstructing();
 }
-
-// --- The stack --------------------------------------------------------------------------------------------------
 
 namespace
 {

@@ -51,10 +51,16 @@ VC_QXPARSER_API JSBool JS_IsAboutToBeFinalized(JSContext* cx, void* thing);
 /// so, else at the end of the outermost call, at the latest when the thread's engine ends; then, engine calls are
 /// refused. Calls come in the order they were asked for. For finalizers that have more to do than they may.
 VC_QXPARSER_API void JS_CallAtSafePoint(JSContext* cx, void (*fn)(void* data), void* data);
-/// The same, but it may come sooner: when a function or constructor of the host that script called has returned and no
-/// other native is running. For destroying what no script can reach any more: until its script ends, a loop that makes
-/// and drops objects would keep all of them. Errors in `fn` are reported, the script goes on.
-VC_QXPARSER_API void JS_CallAfterNative(JSContext* cx, void (*fn)(void* data), void* data);
+/// The number of a call that waits; never 0.
+using JSCallTicket = std::uint64_t;
+/// As JS_CallAtSafePoint, but it may come sooner: when a function or constructor of the host that script called has
+/// returned and no other native is running. For destroying what no script can reach any more: until its script ends, a
+/// loop that makes and drops objects would keep all of them. Errors in `fn` are reported, the script goes on. `ticket`
+/// (may be null) receives, before a call that comes at once, what JS_CancelCall takes.
+VC_QXPARSER_API void JS_CallAfterNative(JSContext* cx, void (*fn)(void* data), void* data,
+                                        JSCallTicket* ticket = nullptr);
+/// Has a call with this `data` not come any more, on the thread that asked for it. Nothing happens when it has come.
+VC_QXPARSER_API void JS_CancelCall(JSCallTicket ticket, const void* data);
 
 ///@{
 /// Objects that a context has made live on behind it while others hold them. Has `hook` called when the context is

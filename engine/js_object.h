@@ -11,8 +11,6 @@
 namespace qxjs
 {
 
-// --- Classes ----------------------------------------------------------------------------------------------------
-
 constexpr std::uint32_t JSCLASS_HAS_PRIVATE = 0x01; ///< every class has; accepted and ignored, like all flags
 
 /// What a class of objects does. The record is read when objects are made and may go away afterwards; records with
@@ -47,11 +45,12 @@ VC_QXPARSER_API void JS_FinalizeStub(JSContext* cx, JSObject* obj);
 /// it is a plain property with the value undefined. An array ends with a null name.
 struct JSPropertySpec
 {
-    const char* name;    ///< null at the end of an array
-    jsint tinyid;        ///< what the getter and the setter are told as `id`
-    uintN flags;         ///< JSPROP_...
-    JSPropertyOp getter; ///< may be null
-    JSPropertyOp setter; ///< may be null
+    const char* name;                ///< null at the end of an array
+    jsint tinyid;                    ///< what the getter and the setter are told as `id`
+    uintN flags;                     ///< JSPROP_...
+    JSPropertyOp getter;             ///< may be null
+    JSPropertyOp setter;             ///< may be null
+    JSNumberFieldOp field = nullptr; ///< may save script the getter and setter
 };
 
 /// One native function; `nargs` is its length and the least number of words it may read. Ends with a null name.
@@ -82,8 +81,6 @@ VC_QXPARSER_API JSBool JS_DefineFunctions(JSContext* cx, JSObject* obj, const JS
 /// Defines one native function as the property `name` of `obj`, with the attributes JSPROP_...
 VC_QXPARSER_API JSFunction* JS_DefineFunction(JSContext* cx, JSObject* obj, const char* name, JSNative call,
                                               uintN nargs, uintN attrs);
-
-// --- Objects ----------------------------------------------------------------------------------------------------
 
 /// A new object; a null class makes a plain one. A null `proto` means the prototype JS_InitClass gave the class in
 /// this global, or else that of plain objects. A null `parent` means the context's global.
@@ -120,8 +117,6 @@ VC_QXPARSER_API JSBool JS_SetPrototype(JSContext* cx, JSObject* obj, JSObject* p
 /// Keeps `held` alive as long as `holder`, which must be of a host's class: at most one for each `index`, the last one
 /// given. Script does not see it; JS_ClearScope lets go of all.
 VC_QXPARSER_API JSBool JS_HoldObject(JSContext* cx, JSObject* holder, jsint index, JSObject* held);
-
-// --- Properties -------------------------------------------------------------------------------------------------
 
 ///@{
 /// Reads a property, own or inherited. Narrow names are Latin-1. Lengths count UTF-16 units or wide characters. A
@@ -190,8 +185,6 @@ VC_QXPARSER_API JSIdArray* JS_Enumerate(JSContext* cx, JSObject* obj);
 VC_QXPARSER_API void JS_DestroyIdArray(JSContext* cx, JSIdArray* ida);
 /// The id as a value: a string, or an integer for an index.
 VC_QXPARSER_API JSBool JS_IdToValue(JSContext* cx, jsid id, jsval* vp);
-
-// --- Arrays -----------------------------------------------------------------------------------------------------
 
 /// A new array of `length` elements, copied from `vector` or, when that is null, holes.
 VC_QXPARSER_API JSObject* JS_NewArrayObject(JSContext* cx, jsint length, const jsval* vector);

@@ -16,8 +16,6 @@
 namespace qxjs
 {
 
-// --- Runtimes ---------------------------------------------------------------------------------------------------
-
 ///@{
 /// A new runtime record. `max_bytes` is kept for the interface's sake; the heap has no small limit (see
 /// JS_SetMemoryLimit). Costs nothing: the engine itself starts with the first context. Never null.
@@ -48,8 +46,6 @@ using JSTrapHandler = JSTrapStatus (*)(JSContext* cx, JSScript* script, jsbyteco
 /// Has `hook` called once for each exception that leaves script for a call of this interface. Null removes it.
 VC_QXPARSER_API JSBool JS_SetThrowHook(JSRuntime* rt, JSTrapHandler hook, void* closure);
 
-// --- Contexts ---------------------------------------------------------------------------------------------------
-
 /// A new context of the calling thread, without a global object; `chunk` is ignored. Null when the engine could not be
 /// started or has already ended on this thread.
 VC_QXPARSER_API JSContext* JS_NewContext(JSRuntime* rt, std::size_t chunk);
@@ -68,8 +64,6 @@ VC_QXPARSER_API void* JS_GetContextPrivate(JSContext* cx);
 VC_QXPARSER_API void JS_SetContextPrivate(JSContext* cx, void* data);
 ///@}
 
-// --- The global object ------------------------------------------------------------------------------------------
-
 struct JSClass;
 
 /// A new global object of the class (js_object.h): it carries the standard names (Math, Array, parseInt, ...), its
@@ -82,8 +76,6 @@ VC_QXPARSER_API JSObject* JS_GetGlobalObject(JSContext* cx);
 /// Only objects made with JS_NewGlobal, or null, can be set; others are refused and the misuse hook hears of it.
 /// Without a global a context still converts values and makes strings, but does not evaluate.
 VC_QXPARSER_API void JS_SetGlobalObject(JSContext* cx, JSObject* obj);
-
-// --- Limits -----------------------------------------------------------------------------------------------------
 
 ///@{
 /// Stops a script that runs longer than this, counted from the outermost call on the context, promise jobs included.
@@ -110,8 +102,6 @@ VC_QXPARSER_API void JS_RequestInterrupt(JSContext* cx);
 /// by default, and never more than the thread's stack holds. Too deep a recursion is an ordinary script error.
 /// Takes effect with the next outermost call.
 VC_QXPARSER_API void JS_SetStackQuota(JSContext* cx, std::size_t bytes);
-
-// --- Misuse -----------------------------------------------------------------------------------------------------
 
 ///@{
 /// Called with a line of text when a call is refused because the caller broke a rule of this interface: wrong thread,

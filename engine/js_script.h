@@ -51,8 +51,6 @@ VC_QXPARSER_API JSBool JS_CallFunctionName(JSContext* cx, JSObject* obj, const c
                                            jsval* rval);
 ///@}
 
-// --- Functions --------------------------------------------------------------------------------------------------
-
 /// The function a value is; null and a pending TypeError when it is none.
 VC_QXPARSER_API JSFunction* JS_ValueToFunction(JSContext* cx, jsval v);
 /// Whether the object can be called.
@@ -66,8 +64,6 @@ VC_QXPARSER_API JSFunction* JS_NewFunction(JSContext* cx, JSNative native, uintN
                                            const char* name);
 /// True inside a native that script called with `new`.
 VC_QXPARSER_API JSBool JS_IsConstructing(JSContext* cx);
-
-// --- The stack --------------------------------------------------------------------------------------------------
 
 ///@{
 /// Walks the script frames from the innermost outwards: with *iterp null the first call takes a picture of the stack

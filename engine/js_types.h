@@ -206,6 +206,25 @@ using JSNative = JSBool (*)(JSContext* cx, JSObject* obj, uintN argc, jsval* arg
 /// has none. *vp is where a getter puts the value and where a setter finds it.
 using JSPropertyOp = JSBool (*)(JSContext* cx, JSObject* obj, jsval id, jsval* vp);
 
+/// Where the number that a property stands for is kept.
+struct JSNumberField
+{
+    /// What stands there.
+    enum Type
+    {
+        None,  ///< no number
+        Int32, ///< an int
+        Double ///< a double
+    };
+    void* address; ///< of the number; null for none
+    Type type;     ///< what it is
+};
+
+/// Finds the number behind an accessor of an object: `data` is the object's private pointer, never null, `id` as above.
+/// With None the getter or setter is called as if there were no such operation; else script reads and writes the number
+/// itself, writing what is of the type without conversion. It makes no other call of this interface.
+using JSNumberFieldOp = JSNumberField (*)(void* data, jsval id);
+
 /// A hook of JSClass for enumerating: never called.
 using JSEnumerateOp = JSBool (*)(JSContext* cx, JSObject* obj);
 /// A hook of JSClass for names that are not there: never called.

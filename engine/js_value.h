@@ -17,11 +17,9 @@
 namespace qxjs
 {
 
-// --- Conversions, as script makes them --------------------------------------------------------------------------
-
 ///@{
-/// These may run script (valueOf, toString) and then fail; false leaves the output untouched. Symbols and big integers
-/// reach the host as JSVAL_VOID wherever a jsval is made of them.
+/// Conversions as script makes them. They may run script (valueOf, toString) and then fail; false leaves the output
+/// untouched. Symbols and big integers reach the host as JSVAL_VOID wherever a jsval is made of them.
 VC_QXPARSER_API JSBool JS_ValueToNumber(JSContext* cx, jsval v, jsdouble* dp);
 VC_QXPARSER_API JSBool JS_ValueToInt32(JSContext* cx, jsval v, jsint* ip); ///< modulo 2^32, as script's `v | 0`
 VC_QXPARSER_API JSBool JS_ValueToBoolean(JSContext* cx, jsval v, JSBool* bp);
@@ -34,16 +32,12 @@ VC_QXPARSER_API JSBool JS_ValueToObject(JSContext* cx, jsval v, JSObject** objp)
 /// Never runs script. JSTYPE_OBJECT for null; JSTYPE_FUNCTION for callable objects.
 VC_QXPARSER_API JSType JS_TypeOfValue(JSContext* cx, jsval v);
 
-// --- Numbers ----------------------------------------------------------------------------------------------------
-
 /// A new double for DOUBLE_TO_JSVAL. Null only when refused.
 VC_QXPARSER_API jsdouble* JS_NewDouble(JSContext* cx, jsdouble d);
 /// *rval is a double word, always.
 VC_QXPARSER_API JSBool JS_NewDoubleValue(JSContext* cx, jsdouble d, jsval* rval);
 /// *rval is an integer word when the number is whole and fits, else a double word.
 VC_QXPARSER_API JSBool JS_NewNumberValue(JSContext* cx, jsdouble d, jsval* rval);
-
-// --- Strings ----------------------------------------------------------------------------------------------------
 
 ///@{
 /// New strings; the characters are copied. Null when refused or out of memory.

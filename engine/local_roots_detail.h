@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cstddef>
 #include <vector>
 
 #include "engine/js_types.h"
@@ -13,22 +14,49 @@ namespace qxjs
 class LocalRoots
 {
 public:
-    void Push(jsval v) { m_words.push_back(v); }
-    std::size_t Size() const { return m_words.size(); }
+    bool IsFull() const { return m_size == m_words.size(); }
+    // Room for more, without dropping any.
+    void Grow() { m_words.resize(std::max<std::size_t>(1024, m_size * 2)); }
+    // Only when it is not full.
+    void Push(jsval v) { m_words[m_size++] = v; }
+
+    std::size_t Size() const { return m_size; }
+    // The scopes begun behind `size` end as well.
     void Truncate(std::size_t size)
     {
-        if (size < m_words.size())
-            m_words.resize(size);
+        while (m_scopes > size)
+            EndScope();
+        m_size = std::min(m_size, size);
     }
     void KeepNewest(std::size_t count)
     {
-        if (m_words.size() > count)
-            m_words.erase(m_words.begin(), m_words.end() - static_cast<std::ptrdiff_t>(count));
+        if (m_size <= count)
+            return;
+        const jsval* const end = m_words.data() + m_size;
+        std::copy(end - count, end, m_words.data());
+        m_size = count;
     }
-    const std::vector<jsval>& Words() const { return m_words; }
+
+    // Scopes are nested. The word where one begins says where the one around it does.
+    bool HasScopes() const { return m_scopes != 0; }
+    void BeginScope()
+    {
+        Push(INT_TO_JSVAL(static_cast<jsint>(m_scopes)));
+        m_scopes = m_size;
+    }
+    void EndScope()
+    {
+        m_size = m_scopes - 1;
+        m_scopes = static_cast<std::size_t>(JSVAL_TO_INT(m_words[m_size]));
+    }
+
+    const jsval* begin() const { return m_words.data(); }
+    const jsval* end() const { return m_words.data() + m_size; }
 
 private:
-    std::vector<jsval> m_words;
+    std::vector<jsval> m_words; // all that there is room for
+    std::size_t m_size = 0;
+    std::size_t m_scopes = 0; // the size behind the word where the innermost scope begins
 };
 
 } // namespace qxjs

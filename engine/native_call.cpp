@@ -5,6 +5,7 @@
 #include <functional>
 
 #include "engine/class_detail.h"
+#include "engine/native_frame_detail.h"
 #include "engine/words_detail.h"
 
 namespace qxjs
@@ -38,46 +39,7 @@ const NativeRecord& RecordOf(const JS::CallArgs& args)
     return *(g_record_in_place.load(std::memory_order_relaxed) ? RecordInPlace(fun) : RecordByCall(fun));
 }
 
-// A native's stay: what the interface returns to it goes when it ends.
-class NativeFrame
-{
-public:
-    NativeFrame(ThreadState& t, bool constructing)
-        : m_thread(t), m_locals(t.locals.Size()), m_scopes(t.local_scopes.size()), m_uses(t.uses),
-          m_constructing(t.constructing)
-    {
-        t.constructing = constructing;
-        ++t.natives;
-        StressPoint(t);
-    }
-    ~NativeFrame()
-    {
-        --m_thread.natives;
-        m_thread.constructing = m_constructing;
-        if (m_thread.local_scopes.size() > m_scopes)
-            m_thread.local_scopes.resize(m_scopes);
-        m_thread.locals.Truncate(m_locals);
-    }
-    NativeFrame(const NativeFrame&) = delete;
-    NativeFrame& operator=(const NativeFrame&) = delete;
-
-    // What a native that returned has left: success with an exception pending counts as success.
-    bool Conclude(JSBool success)
-    {
-        if (success && m_thread.uses != m_uses)
-            ::JS_ClearPendingException(m_thread.engine);
-        return success != JS_FALSE;
-    }
-
-private:
-    ThreadState& m_thread;
-    std::size_t m_locals;
-    std::size_t m_scopes;
-    std::size_t m_uses;
-    bool m_constructing;
-};
-
-JSObject* ConvertThis(ThreadState& t, JSContext& cx, const JS::Value& self)
+[[gnu::noinline]] JSObject* ConvertThis(ThreadState& t, JSContext& cx, JS::Value self)
 {
     if (self.isNullOrUndefined())
         return Outer(GlobalOf(t, cx));
@@ -91,7 +53,7 @@ JSObject* ConvertThis(ThreadState& t, JSContext& cx, const JS::Value& self)
 // Script's `this` as an object: the global for none, as sloppy functions see it.
 JSObject* ThisObject(ThreadState& t, JSContext& cx, const JS::CallArgs& args)
 {
-    const JS::Value& self = args.thisv().get();
+    const JS::Value self = args.thisv().get();
     return self.isObject() ? Outer(&self.toObject()) : ConvertThis(t, cx, self);
 }
 
@@ -110,66 +72,49 @@ template <typename Body> bool Guarded(::JSContext* engine, Body body)
     return false;
 }
 
-struct NativeCall
-{
-    const NativeRecord& record;
-    JSContext* cx;
-    JSObject* self;
-    const JS::CallArgs& args;
-};
-
-// `words` has room for callee, this, and all arguments given or declared. Inlined, as are its callers: one call less
-// between script and native is a tenth of the whole.
-[[gnu::always_inline]] inline JSBool CallWith(jsval* words, const NativeCall& call, jsval* result)
-{
-    ThreadState& t = *call.record.thread;
-    const unsigned given = call.args.length();
-    words[0] = OBJECT_TO_JSVAL(Outer(&call.args.callee()));
-    words[1] = OBJECT_TO_JSVAL(call.self);
-    jsval* const argv = words + 2;
-    for (unsigned i = 0; i < given; ++i)
-        argv[i] = ToArgument(t, call.args[i]);
-    for (unsigned i = given; i < call.record.nargs; ++i)
-        argv[i] = JSVAL_VOID;
-    return call.record.native(call.cx, call.self, given, argv, result);
-}
-
-[[gnu::noinline]] JSBool CallWithMany(unsigned count, const NativeCall& call, jsval* result)
-{
-    const auto words = std::make_unique<jsval[]>(count + 2);
-    return CallWith(words.get(), call, result);
-}
-
-inline JSBool Call(const NativeCall& call, jsval* result)
-{
-    const unsigned count = std::max(call.args.length(), call.record.nargs);
-    if (count > kFewArguments)
-        return CallWithMany(count, call, result);
-    jsval words[kFewArguments + 2];
-    return CallWith(words, call, result);
-}
-
-bool RunNative(const NativeRecord& record, JSContext* cx, const JS::CallArgs& args)
+// `words` has room for callee, this, and all arguments given or declared. Inlined, as are its callers, and nothing here
+// has its address taken: each call less between script and native is a tenth of the whole, and so are words in memory.
+[[gnu::always_inline]] inline JSBool CallWith(jsval* words, const NativeRecord& record, JSContext& cx, JSObject* self,
+                                              const JS::CallArgs& args, jsval* result)
 {
     ThreadState& t = *record.thread;
-    NativeFrame frame(t, false);
-    JSObject* self = ThisObject(t, *cx, args);
+    const unsigned given = args.length();
+    words[0] = OBJECT_TO_JSVAL(Outer(&args.callee()));
+    words[1] = OBJECT_TO_JSVAL(self);
+    jsval* const argv = words + 2;
+    for (unsigned i = 0; i < given; ++i)
+        argv[i] = ToArgument(t, args[i].get());
+    for (unsigned i = given; i < record.nargs; ++i)
+        argv[i] = JSVAL_VOID;
+    return record.native(&cx, self, given, argv, result);
+}
+
+[[gnu::noinline]] JSBool CallWithMany(const NativeRecord& record, JSContext& cx, JSObject* self, unsigned argc,
+                                      JS::Value* vp, jsval* result)
+{
+    const auto words = std::make_unique<jsval[]>(std::max(argc, record.nargs) + 2);
+    return CallWith(words.get(), record, cx, self, JS::CallArgsFromVp(argc, vp), result);
+}
+
+[[gnu::always_inline]] inline JSBool Call(const NativeRecord& record, JSContext& cx, JSObject* self,
+                                          const JS::CallArgs& args, jsval* result)
+{
+    if (args.length() > kFewArguments || record.nargs > kFewArguments)
+        return CallWithMany(record, cx, self, args.length(), args.base(), result);
+    jsval words[kFewArguments + 2];
+    return CallWith(words, record, cx, self, args, result);
+}
+
+[[gnu::always_inline]] inline bool RunNative(const NativeRecord& record, JSContext& cx, const JS::CallArgs& args)
+{
+    ThreadState& t = *record.thread;
+    NativeFrame frame(t);
+    JSObject* self = ThisObject(t, cx, args);
     jsval result = JSVAL_VOID;
-    if (!self || !frame.Conclude(Call({record, cx, self, args}, &result)))
+    if (!self || !frame.Conclude(Call(record, cx, self, args, &result)))
         return false;
     args.rval().set(ToEngine(result));
     return true;
-}
-
-bool CallNative(::JSContext* engine, unsigned argc, JS::Value* vp)
-{
-    const JS::CallArgs args = JS::CallArgsFromVp(argc, vp);
-    const NativeRecord& record = RecordOf(args);
-    ThreadState& t = *record.thread;
-    JSContext* cx = t.current;
-    if (!cx)
-        return false;
-    return Guarded(engine, [&] { return RunNative(record, cx, args) && (!t.EarlyCallsDue() || RunEarlyCalls(t)); });
 }
 
 JSObject* NewInstance(ThreadState& t, JSContext& cx, const JS::CallArgs& args, const HostClass& host_class)
@@ -182,57 +127,90 @@ JSObject* NewInstance(ThreadState& t, JSContext& cx, const JS::CallArgs& args, c
     return JSVAL_TO_OBJECT(t.Keep(OBJECT_TO_JSVAL(Outer(made))));
 }
 
-bool RunConstructor(const NativeRecord& record, JSContext* cx, const JS::CallArgs& args)
+bool RunConstructor(const NativeRecord& record, JSContext& cx, const JS::CallArgs& args)
 {
+    if (!args.isConstructing())
+        return RunNative(record, cx, args);
     ThreadState& t = *record.thread;
-    NativeFrame frame(t, args.isConstructing());
-    JSObject* self = args.isConstructing() ? NewInstance(t, *cx, args, *record.constructs) : ThisObject(t, *cx, args);
+    NativeFrame frame(t, true);
+    JSObject* self = NewInstance(t, cx, args, *record.constructs);
     jsval result = JSVAL_VOID;
-    if (!self || !frame.Conclude(Call({record, cx, self, args}, &result)))
+    if (!self || !frame.Conclude(Call(record, cx, self, args, &result)))
         return false;
-    if (args.isConstructing() && JSVAL_IS_PRIMITIVE(result))
-        result = OBJECT_TO_JSVAL(self);
-    args.rval().set(ToEngine(result));
+    args.rval().set(ToEngine(JSVAL_IS_PRIMITIVE(result) ? OBJECT_TO_JSVAL(self) : result));
     return true;
 }
 
-bool CallConstructor(::JSContext* engine, unsigned argc, JS::Value* vp)
+template <bool IsSetter> bool RunPropertyOp(const NativeRecord& record, JSContext& cx, const JS::CallArgs& args)
 {
-    const JS::CallArgs args = JS::CallArgsFromVp(argc, vp);
-    const NativeRecord& record = RecordOf(args);
     ThreadState& t = *record.thread;
-    JSContext* cx = t.current;
-    if (!cx)
+    NativeFrame frame(t);
+    JSObject* self = ThisObject(t, cx, args);
+    if (!self)
         return false;
-    return Guarded(engine,
-                   [&] { return RunConstructor(record, cx, args) && (!t.EarlyCallsDue() || RunEarlyCalls(t)); });
+    jsval word = IsSetter && args.length() > 0 ? ToArgument(t, args[0]) : JSVAL_VOID;
+    if (!frame.Conclude(record.op(&cx, self, record.id, &word)))
+        return false;
+    args.rval().set(IsSetter ? JS::UndefinedValue() : ToEngine(word));
+    return true;
 }
 
-template <bool IsSetter> bool CallPropertyOp(::JSContext* engine, unsigned argc, JS::Value* vp)
+using Runner = bool(const NativeRecord& record, JSContext& cx, const JS::CallArgs& args);
+
+template <Runner* Run> bool RunWithEarlyCalls(const NativeRecord& record, JSContext& cx, const JS::CallArgs& args)
+{
+    ThreadState& t = *record.thread;
+    return Run(record, cx, args) && (!t.EarlyCallsDue() || RunEarlyCalls(t));
+}
+
+// What the engine calls.
+template <Runner* Run> bool CallRecord(::JSContext* engine, unsigned argc, JS::Value* vp)
 {
     const JS::CallArgs args = JS::CallArgsFromVp(argc, vp);
     const NativeRecord& record = RecordOf(args);
-    ThreadState& t = *record.thread;
-    JSContext* cx = t.current;
-    if (!cx)
-        return false;
-    return Guarded(engine, [&] {
-        NativeFrame frame(t, false);
-        JSObject* self = ThisObject(t, *cx, args);
-        if (!self)
-            return false;
-        jsval word = IsSetter && args.length() > 0 ? ToArgument(t, args[0]) : JSVAL_VOID;
-        if (!frame.Conclude(record.op(cx, self, record.id, &word)))
-            return false;
-        args.rval().set(IsSetter ? JS::UndefinedValue() : ToEngine(word));
-        return true;
-    });
+    JSContext* cx = record.thread->current;
+    return cx && Guarded(engine, [&] { return Run(record, *cx, args); });
+}
+
+JSNumberField NumberField(const NativeRecord& record, const JS::CallArgs& args)
+{
+    void* const data = args.thisv().isObject() ? PrivateOf(&args.thisv().toObject()) : nullptr;
+    return data ? record.field(data, record.id) : JSNumberField{nullptr, JSNumberField::None};
+}
+
+// Numbers of hosts' objects are what script asks for most, and a word and a frame for each would double the cost.
+bool GetNumber(::JSContext* engine, unsigned argc, JS::Value* vp)
+{
+    const JS::CallArgs args = JS::CallArgsFromVp(argc, vp);
+    const JSNumberField field = NumberField(RecordOf(args), args);
+    if (field.type == JSNumberField::Int32)
+        args.rval().setInt32(*static_cast<const std::int32_t*>(field.address));
+    else if (field.type == JSNumberField::Double)
+        args.rval().set(NumberToEngine(*static_cast<const double*>(field.address)));
+    else
+        return CallRecord<RunPropertyOp<false>>(engine, argc, vp);
+    return true;
+}
+
+bool SetNumber(::JSContext* engine, unsigned argc, JS::Value* vp)
+{
+    const JS::CallArgs args = JS::CallArgsFromVp(argc, vp);
+    const JSNumberField field = NumberField(RecordOf(args), args);
+    const JS::Value& value = args.get(0).get();
+    if (field.type == JSNumberField::Int32 && value.isInt32())
+        *static_cast<std::int32_t*>(field.address) = value.toInt32();
+    else if (field.type == JSNumberField::Double && value.isNumber())
+        *static_cast<double*>(field.address) = value.toNumber();
+    else
+        return CallRecord<RunPropertyOp<true>>(engine, argc, vp);
+    args.rval().setUndefined();
+    return true;
 }
 
 bool SameRecord(const NativeRecord& a, const NativeRecord& b)
 {
-    return a.native == b.native && a.op == b.op && a.id == b.id && a.nargs == b.nargs && a.is_setter == b.is_setter &&
-           a.constructs == b.constructs;
+    return a.native == b.native && a.op == b.op && a.field == b.field && a.id == b.id && a.nargs == b.nargs &&
+           a.is_setter == b.is_setter && a.constructs == b.constructs;
 }
 
 std::size_t HashRecord(const NativeRecord& record)
@@ -272,23 +250,26 @@ const NativeRecord* FindRecord(ThreadState& t, const NativeRecord& wanted)
 
 ::JSFunction* NewNativeFunction(ThreadState& t, JSNative native, unsigned nargs, const char* name)
 {
-    return NewFunction(t, CallNative, {&t, native, nullptr, JSVAL_VOID, nargs, false, nullptr}, 0, name);
+    return NewFunction(t, CallRecord<RunWithEarlyCalls<RunNative>>,
+                       {&t, native, nullptr, nullptr, JSVAL_VOID, nargs, false, nullptr}, 0, name);
 }
 
 ::JSFunction* NewConstructor(ThreadState& t, JSNative native, unsigned nargs, const char* name,
                              const HostClass* constructs)
 {
-    return NewFunction(t, CallConstructor, {&t, native, nullptr, JSVAL_VOID, nargs, false, constructs},
-                       JSFUN_CONSTRUCTOR, name);
+    return NewFunction(t, CallRecord<RunWithEarlyCalls<RunConstructor>>,
+                       {&t, native, nullptr, nullptr, JSVAL_VOID, nargs, false, constructs}, JSFUN_CONSTRUCTOR, name);
 }
 
-::JSObject* AccessorFunction(ThreadState& t, JSPropertyOp op, jsval id, bool is_setter)
+::JSObject* AccessorFunction(ThreadState& t, const AccessorOps& ops, bool is_setter)
 {
-    const NativeRecord wanted{&t, nullptr, op, id, is_setter ? 1U : 0U, is_setter, nullptr};
+    JSPropertyOp op = is_setter ? ops.setter : ops.getter;
+    const NativeRecord wanted{&t, nullptr, op, ops.field, ops.id, is_setter ? 1U : 0U, is_setter, nullptr};
     ::JSObject*& known = DataOfGlobal(JS::CurrentGlobalOrNull(t.engine)).accessors[FindRecord(t, wanted)];
     if (!known) {
-        ::JSFunction* fun =
-            NewFunction(t, is_setter ? CallPropertyOp<true> : CallPropertyOp<false>, wanted, 0, nullptr);
+        ::JSNative getter = ops.field ? GetNumber : CallRecord<RunPropertyOp<false>>;
+        ::JSNative setter = ops.field ? SetNumber : CallRecord<RunPropertyOp<true>>;
+        ::JSFunction* fun = NewFunction(t, is_setter ? setter : getter, wanted, 0, nullptr);
         known = fun ? ::JS_GetFunctionObject(fun) : nullptr;
     }
     return known;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "engine/property_detail.h"
 #include "engine/thread_state_detail.h"
 
 // How script calls natives and property operations of this interface: each is an engine function whose reserved slot
@@ -16,6 +17,6 @@ const NativeRecord* FindRecord(ThreadState& t, const NativeRecord& wanted);
                              const HostClass* constructs);
 // Accessors are made once a realm and shared: they cannot be told apart by what they do, and making them for each of
 // many objects with many properties would cost far more than the objects.
-::JSObject* AccessorFunction(ThreadState& t, JSPropertyOp op, jsval id, bool is_setter);
+::JSObject* AccessorFunction(ThreadState& t, const AccessorOps& ops, bool is_setter);
 
 } // namespace qxjs

@@ -87,8 +87,6 @@ JSBool JS_SetPrototype(JSContext* cx, JSObject* obj, JSObject* proto)
     return ::JS_SetPrototype(entry.Engine(), object, prototype) ? JS_TRUE : entry.Fail();
 }
 
-// --- Scopes -----------------------------------------------------------------------------------------------------
-
 namespace
 {
 
@@ -141,8 +139,6 @@ void JS_ClearScope(JSContext* cx, JSObject* obj)
     if (!done)
         entry.Fail();
 }
-
-// --- Ids --------------------------------------------------------------------------------------------------------
 
 static bool FillIds(Entry& entry, const JS::Rooted<JS::IdVector>& ids, IdArray& out)
 {

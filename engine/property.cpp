@@ -127,7 +127,8 @@ JSBool Define(JSContext* cx, JSObject* object, const Name& name, const Definitio
         // The name serves as id; the accessor outlives this call, so it must too.
         if (JSVAL_IS_VOID(tinyid))
             tinyid = STRING_TO_JSVAL(Outer(InternForever(entry.Thread(), Intern(entry.Engine(), name))));
-        done = DefineAccessor(entry, obj, id, {definition.getter, definition.setter, tinyid}, definition.attrs);
+        done =
+            DefineAccessor(entry, obj, id, {definition.getter, definition.setter, nullptr, tinyid}, definition.attrs);
     } else {
         done = DefineData(entry, obj, id, definition.value, definition.attrs);
     }

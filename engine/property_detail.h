@@ -9,6 +9,7 @@ struct AccessorOps
 {
     JSPropertyOp getter;
     JSPropertyOp setter;
+    JSNumberFieldOp field;
     jsval id;
 };
 

@@ -48,7 +48,7 @@ void TraceRoots(JSTracer* trc, void* thread)
         js::gc::TraceExternalEdge(trc, &t.default_global, "default global");
     for (JSContext* cx : t.contexts)
         TraceContext(trc, *cx);
-    for (jsval v : t.locals.Words())
+    for (jsval v : t.locals)
         TraceWord(trc, v);
     for (const auto& root : t.roots)
         TraceWord(trc, WordAt(t, root.first));
@@ -78,7 +78,7 @@ void SweepStringChars(ThreadState& t)
         if (JSVAL_IS_STRING(v))
             held.Insert(JSVAL_TO_STRING(v));
     };
-    for (jsval v : t.locals.Words())
+    for (jsval v : t.locals)
         note(v);
     for (const auto& root : t.roots)
         note(WordAt(t, root.first));
@@ -87,8 +87,6 @@ void SweepStringChars(ThreadState& t)
         chars = keep ? std::next(chars) : t.string_chars.erase(chars);
     }
 }
-
-// --- Roots ------------------------------------------------------------------------------------------------------
 
 JSBool JS_AddNamedRoot(JSContext* cx, void* rp, const char* name)
 {
@@ -118,20 +116,18 @@ JSBool JS_EnterLocalRootScope(JSContext* cx)
     ThreadState* t = Usable(cx, __func__);
     if (!t)
         return JS_FALSE;
-    t->local_scopes.push_back(t->locals.Size());
+    if (t->locals.IsFull())
+        t->MakeRoomForLocals();
+    t->locals.BeginScope();
     return JS_TRUE;
 }
 
 void JS_LeaveLocalRootScope(JSContext* cx)
 {
     ThreadState* t = Usable(cx, __func__);
-    if (!t || t->local_scopes.empty())
-        return;
-    t->locals.Truncate(t->local_scopes.back());
-    t->local_scopes.pop_back();
+    if (t && t->locals.HasScopes())
+        t->locals.EndScope();
 }
-
-// --- Collection -------------------------------------------------------------------------------------------------
 
 void JS_ClearNewbornRoots(JSContext* cx)
 {

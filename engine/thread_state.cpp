@@ -127,7 +127,7 @@ ThreadState* StartThread()
     return state.release();
 }
 
-ThreadState::ThreadState() : local_limit(kResultsAtRest), stack_quota(kDefaultStackQuota)
+ThreadState::ThreadState() : stack_quota(kDefaultStackQuota)
 {
     hostless.thread = this;
 }
@@ -192,21 +192,24 @@ void ThreadState::Stop()
     collecting = true;
     ::JS_DestroyContext(engine);
     t_state = nullptr;
-    for (std::size_t i = 0; i < safe_point_calls.size(); ++i)
-        safe_point_calls[i].fn(safe_point_calls[i].data);
+    t_ending = this;
+    while (!safe_point_calls.empty())
+        safe_point_calls.Pop()();
+    t_ending = nullptr;
     delete this;
 }
 
-void ThreadState::LimitLocals()
+void ThreadState::MakeRoomForLocals()
 {
-    if (AtRest())
+    if (AtRest() && locals.Size() >= kResultsAtRest)
         locals.KeepNewest(kResultsAtRest / 2);
-    local_limit = std::max(kResultsAtRest, locals.Size() * 2);
+    else
+        locals.Grow();
 }
 
 void ThreadState::MarkDoubles(DoublePool& pool)
 {
-    for (jsval v : locals.Words()) {
+    for (jsval v : locals) {
         if (JSVAL_IS_DOUBLE(v))
             pool.Mark(JSVAL_TO_DOUBLE(v));
     }

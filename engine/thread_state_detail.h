@@ -28,6 +28,7 @@ namespace qxjs
 {
 
 class Entry;
+class NativeFrame;
 struct ThreadState;
 struct ReportStorage;
 struct FrameRecord;
@@ -91,6 +92,7 @@ struct NativeRecord
     ThreadState* thread;
     JSNative native;
     JSPropertyOp op;
+    JSNumberFieldOp field;
     jsval id;
     unsigned nargs;
     bool is_setter;
@@ -99,9 +101,44 @@ struct NativeRecord
 
 struct SafePointCall
 {
-    void (*fn)(void*);
+    void (*fn)(void*); // null: cancelled
     void* data;
     bool early; // may come while script runs
+
+    void operator()() const
+    {
+        if (fn)
+            fn(data);
+    }
+};
+
+// In the order they were asked for. Each has a number by which it is found while it waits.
+class SafePointCalls
+{
+public:
+    bool empty() const { return m_calls.empty(); }
+    const SafePointCall& Front() const { return m_calls.front(); }
+    JSCallTicket Push(const SafePointCall& call)
+    {
+        m_calls.push_back(call);
+        return m_first + m_calls.size() - 1;
+    }
+    SafePointCall Pop()
+    {
+        const SafePointCall call = m_calls.front();
+        m_calls.pop_front();
+        ++m_first;
+        return call;
+    }
+    void Cancel(JSCallTicket ticket, const void* data)
+    {
+        if (ticket >= m_first && ticket - m_first < m_calls.size() && m_calls[ticket - m_first].data == data)
+            m_calls[ticket - m_first].fn = nullptr;
+    }
+
+private:
+    std::deque<SafePointCall> m_calls;
+    JSCallTicket m_first = 1; // the number of the first
 };
 
 // Everything this library keeps for one thread, and the thread's engine.
@@ -119,17 +156,17 @@ struct ThreadState final : DoublePool::Marker
     // Keeps what the words refer to until the running native returns, or while it is recent.
     jsval Keep(jsval v)
     {
-        if (locals.Size() >= local_limit)
-            LimitLocals();
+        if (locals.IsFull())
+            MakeRoomForLocals();
         locals.Push(v);
         return v;
     }
-    void LimitLocals();
+    void MakeRoomForLocals();
     // No native and no local root scope is active: nobody counts on old results.
-    bool AtRest() const { return depth == 0 && local_scopes.empty(); }
+    bool AtRest() const { return depth == 0 && !locals.HasScopes(); }
 
     // Only script is between here and the outermost call.
-    bool EarlyCallsDue() const { return !safe_point_calls.empty() && depth == 1 && natives == 0; }
+    bool EarlyCallsDue() const { return !safe_point_calls.empty() && depth == 1 && !native; }
 
     ::JSContext* engine = nullptr;
     ::JSObject* default_global = nullptr;
@@ -142,16 +179,13 @@ struct ThreadState final : DoublePool::Marker
     JSContext* current = nullptr;
     Entry* innermost = nullptr;
     unsigned depth = 0;
-    unsigned natives = 0; // on the stack
-    std::size_t uses = 0; // calls that could have left an exception pending
+    const NativeFrame* native = nullptr; // the innermost on the stack
+    std::size_t uses = 0;                // calls that could have left an exception pending
     bool collecting = false;
-    bool constructing = false;
     std::atomic<bool> has_orders{false};
     std::vector<JSContext*> orders; // put aside by JS_DestroyContext; under the registry's lock
 
     LocalRoots locals;
-    std::size_t local_limit;
-    std::vector<std::size_t> local_scopes;
     DoublePool doubles{*this};
     RootTable roots;
     CellSet host_objects;
@@ -169,7 +203,7 @@ struct ThreadState final : DoublePool::Marker
     std::deque<NativeRecord> native_records;
     std::unordered_multimap<std::size_t, const NativeRecord*> native_index;
 
-    std::deque<SafePointCall> safe_point_calls;
+    SafePointCalls safe_point_calls;
     bool in_safe_point = false;
     ThreadStack stack;
     std::size_t stack_quota;
@@ -186,6 +220,9 @@ struct ThreadState final : DoublePool::Marker
 // destruction of everything else.
 // One word of the static block, which every call reads: otherwise the library would look it up by a call each time.
 [[gnu::tls_model("initial-exec")]] inline thread_local ThreadState* t_state = nullptr;
+
+// The state while the calls come that are left when the thread's engine has ended; else null.
+[[gnu::tls_model("initial-exec")]] inline thread_local ThreadState* t_ending = nullptr;
 
 // The calling thread's state, started if need be; null when it cannot be.
 ThreadState* StartThread();

@@ -81,15 +81,15 @@ inline jsval ToWord(ThreadState& t, const JS::Value& value)
 }
 
 // The word for a function's argument. The engine keeps the argument itself alive; only doubles get a cell of ours.
-inline jsval ToArgument(ThreadState& t, const JS::Value& value)
+[[gnu::noinline]] inline jsval ToOtherArgument(ThreadState& t, JS::Value value)
+{
+    return value.isString() ? STRING_TO_JSVAL(Outer(value.toString())) : ToWord(t, value);
+}
+inline jsval ToArgument(ThreadState& t, JS::Value value)
 {
     if (value.isInt32() && INT_FITS_IN_JSVAL(value.toInt32()))
         return INT_TO_JSVAL(value.toInt32());
-    if (value.isObject())
-        return OBJECT_TO_JSVAL(Outer(&value.toObject()));
-    if (value.isString())
-        return STRING_TO_JSVAL(Outer(value.toString()));
-    return ToWord(t, value);
+    return value.isObject() ? OBJECT_TO_JSVAL(Outer(&value.toObject())) : ToOtherArgument(t, value);
 }
 
 } // namespace qxjs

@@ -224,6 +224,18 @@ int CJScriptLinkClass::GetPropW(JSContext* cx, JSObject* object, jsval id, jsval
     return entry ? cls->GetEntryValue(cx, entry, link, vp) : FailSilently(cx, object, nullptr);
 }
 
+JSNumberField CJScriptLinkClass::NumberField(void* data, jsval id)
+{
+    auto* const link = static_cast<CJScriptLink*>(data);
+    const CJScriptLinkClass* const cls = link->GetClass();
+    const JSMapEntry* const entry = cls ? cls->FindEntry(id, true) : nullptr;
+    if (entry && entry->kind == JSMapEntry::Integer)
+        return {&WriteField<int>(link, *entry), JSNumberField::Int32};
+    if (entry && entry->kind == JSMapEntry::Double)
+        return {&WriteField<double>(link, *entry), JSNumberField::Double};
+    return {nullptr, JSNumberField::None};
+}
+
 int CJScriptLinkClass::GetPropW(const CJScriptLink* link, JSMapEntry* entry, jsval* vp)
 {
     return link && entry && link->GetContext() && GetEntryValue(link->GetContext(), entry, link, vp);

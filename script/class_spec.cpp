@@ -106,14 +106,15 @@ void CJScriptLinkClass::AddPropSpec(const char* name, int tinyid, int flags)
 {
     const bool readOnly = (flags & JSPROP_READONLY) != 0;
     AddBeforeEnd(m_propertySpecs, {name, tinyid, static_cast<uintN>(flags), &CJScriptLinkClass::GetPropW,
-                                   readOnly ? nullptr : &CJScriptLinkClass::SetPropW});
+                                   readOnly ? nullptr : &CJScriptLinkClass::SetPropW, &CJScriptLinkClass::NumberField});
 }
 
 void CJScriptLinkClass::AddStaticPropSpec(const char* name, int tinyid, int flags)
 {
     const bool readOnly = (flags & JSPROP_READONLY) != 0;
-    AddBeforeEnd(m_staticPropertySpecs, {name, tinyid, static_cast<uintN>(flags), &CJScriptLinkClass::GetPropW,
-                                         readOnly ? nullptr : &CJScriptLinkClass::SetPropW});
+    AddBeforeEnd(m_staticPropertySpecs,
+                 {name, tinyid, static_cast<uintN>(flags), &CJScriptLinkClass::GetPropW,
+                  readOnly ? nullptr : &CJScriptLinkClass::SetPropW, &CJScriptLinkClass::NumberField});
 }
 
 void CJScriptLinkClass::AddFuncSpec(const char* name, JSNative native, int nargs)

@@ -133,7 +133,8 @@ template <typename Class> Class* Target(JSContext* cx, CJScriptLink* link)
     if constexpr (std::is_same_v<Class, CJScriptLink>)
         return link;
     else {
-        if (link->GetClass() && link->GetClass()->IsKindOf(&Class::ms_JSClass))
+        const CJScriptLinkClass* const cls = link->GetClass();
+        if (cls == &Class::ms_JSClass || (cls && cls->IsKindOf(&Class::ms_JSClass)))
             return static_cast<Class*>(link->GetRootObject());
         FailClass(cx, Class::ms_JSClass);
         return nullptr;

@@ -109,11 +109,6 @@ void CJScript::Detach()
         JS_SetContextPrivate(m_context, m_previousPrivate);
 }
 
-CJScript* CJScript::FromContext(JSContext* cx)
-{
-    return cx ? static_cast<CJScript*>(JS_GetContextPrivate(cx)) : nullptr;
-}
-
 bool CJScript::CleanAll()
 {
     CleanError();

@@ -172,7 +172,10 @@ public:
     static wxThreadCriticalSection& EngineLock() { return m_ThreadCriticalSection; }
 
     /// The handle on an engine context, null when it has none.
-    static CJScript* FromContext(JSContext* cx);
+    static CJScript* FromContext(JSContext* cx)
+    {
+        return cx ? static_cast<CJScript*>(JS_GetContextPrivate(cx)) : nullptr;
+    }
 
     /// Whether an evaluation or call is in progress on the calling thread, in whichever context.
     static bool IsRunning();
@@ -191,7 +194,6 @@ private:
     class ScopeLevel;
 
     bool CheckThread() const;
-    bool ExchangeReported(bool reported);
     void Attach();
     void Detach();
     void CallOnDestroyFunctions();

@@ -99,6 +99,9 @@ public:
     /// unknown property and a failed conversion are logged.
     static int SetPropW(JSContext* cx, JSObject* object, jsval id, jsval* vp);
 
+    /// The number that a property is, where script can read and write it without the operations above.
+    static JSNumberField NumberField(void* link, jsval id);
+
     /// Calls the object's script function for an event.
     /// @return whether there was one and it did not return false.
     bool ProcessEvent(CJScriptLink* link, wxEvent& event);

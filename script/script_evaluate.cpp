@@ -10,34 +10,40 @@
 class CJScript::ScopeLevel
 {
 public:
-    explicit ScopeLevel(CJScript& script)
-        : m_script(script), m_reportedBefore(script.ExchangeReported(false)), m_runnerBefore(ExchangeRunner(&script))
+    explicit ScopeLevel(CJScript& script) : m_script(script)
     {
+        if (CJScript* const attached = Attached()) {
+            m_reportedBefore = std::exchange(attached->m_reported, false);
+            m_runnerBefore = std::exchange(attached->m_runner, &script);
+        }
         m_script.IncScopeLevel();
     }
     ~ScopeLevel()
     {
         m_script.DecScopeLevel();
-        ExchangeRunner(m_runnerBefore);
-        m_script.ExchangeReported(m_reportedBefore);
+        if (CJScript* const attached = Attached()) {
+            attached->m_reported = m_reportedBefore;
+            attached->m_runner = m_runnerBefore;
+        }
     }
     ScopeLevel(const ScopeLevel&) = delete;
     ScopeLevel& operator=(const ScopeLevel&) = delete;
 
     /// Whether the engine has reported an error. What was run may have succeeded nevertheless: promise jobs run behind
     /// it, and a limit may stop those.
-    bool HasReported() const { return m_script.ExchangeReported(false); }
-
-private:
-    CJScript* ExchangeRunner(CJScript* runner) const
+    bool HasReported() const
     {
-        CJScript* const attached = FromContext(m_script.m_context);
-        return attached ? std::exchange(attached->m_runner, runner) : nullptr;
+        const CJScript* const attached = Attached();
+        return attached && attached->m_reported;
     }
 
+private:
+    /// Asked for each time: what runs may end it, and then it is another.
+    CJScript* Attached() const { return FromContext(m_script.m_context); }
+
     CJScript& m_script;
-    bool m_reportedBefore;
-    CJScript* m_runnerBefore;
+    bool m_reportedBefore = false;
+    CJScript* m_runnerBefore = nullptr;
 };
 
 namespace
@@ -54,12 +60,6 @@ bool CJScript::CheckThread() const
         return true;
     wxLogError(wxS("CJScript called from another thread than the context's; refused"));
     return false;
-}
-
-bool CJScript::ExchangeReported(bool reported)
-{
-    CJScript* const attached = FromContext(m_context);
-    return attached && std::exchange(attached->m_reported, reported);
 }
 
 template <typename Convert> bool CJScript::EvaluateWith(const wxString& text, CJScriptLink* link, Convert convert)

@@ -4,11 +4,13 @@
 #include "script/script_class.h"
 #include "script/value_conversion.h"
 
+#include <wx/app.h>
 #include <wx/weakref.h>
 
 #include <algorithm>
 #include <cstdint>
 #include <iterator>
+#include <limits>
 #include <memory>
 #include <utility>
 
@@ -33,14 +35,19 @@ wxString MadeUpName(const wxObject* owner)
     return wxString(start, end);
 }
 
+/// Stands for a deletion that the application has been asked for.
+constexpr auto Scheduled = std::numeric_limits<JSCallTicket>::max();
+
 } // namespace
 
 CJScriptLink::~CJScriptLink()
 {
     // Whoever deletes the native object: a collection from here on must not do it too.
     m_dynamic = false;
-    if (m_deletion)
-        *m_deletion = nullptr;
+    if (m_deletion == Scheduled)
+        wxPendingDelete.DeleteObject(m_owner);
+    else if (m_deletion)
+        JS_CancelCall(m_deletion, this);
     if (m_scopeDelete)
         CJScriptLinkClass::RemoveFromScopeList(this);
     InitEvtHandler(false);
@@ -252,17 +259,22 @@ void CJScriptLink::ObjectFinalized(JSContext* cx, JSObject* object)
     if (!m_dynamic || m_scopeDelete)
         return;
     m_dynamic = false;
-    m_deletion = new CJScriptLink*(this);
     JS_CallAfterNative(
         cx,
         [](void* data) {
-            const std::unique_ptr<CJScriptLink*> deletion(static_cast<CJScriptLink**>(data));
-            if (CJScriptLink* const link = *deletion) {
-                link->m_deletion = nullptr;
+            auto* const link = static_cast<CJScriptLink*>(data);
+            link->m_deletion = 0;
+            wxAppConsole* const app = wxAppConsole::GetInstance();
+            // A window may be in the middle of an event, or have some on their way. A running application deletes it
+            // when it is idle; all else can go now, and memory does not wait for the end of a long script.
+            if (!link->m_isEventHandler || !app) {
                 delete link->m_owner;
+                return;
             }
+            link->m_deletion = Scheduled;
+            app->ScheduleForDestruction(link->m_owner);
         },
-        m_deletion);
+        this, &m_deletion);
 }
 
 bool CJScriptLink::ProcessEvent(wxEvent& event)

@@ -217,7 +217,7 @@ private:
     JSContext* m_context = nullptr;
     std::unique_ptr<wxString> m_name; ///< Null for a child: the made-up one.
     std::unique_ptr<Functions> m_functions;
-    CJScriptLink** m_deletion = nullptr; ///< What the coming deletion of the native object reads; null in there: none.
+    JSCallTicket m_deletion = 0; ///< Of the coming deletion of the native object; 0: none.
     std::size_t m_announcedBytes = 0;
     bool m_isChild = false;   ///< A property of another link's object.
     bool m_isUnnamed = false; ///< Made because it is a property of another class: the first name given becomes its own.

@@ -1,3 +1,5 @@
+#include <limits>
+
 #include "engine_fixture.h"
 
 namespace
@@ -223,6 +225,98 @@ TEST_F(EngineClass, ANativesThisIsAlwaysAnObject)
     EXPECT_EQ(Show("self.call(null)"), "true");
     EXPECT_EQ(Show("self.call('text')"), "text");
     EXPECT_EQ(Show("self.call([1,2])"), "1,2");
+}
+
+// Numbers that script reads and writes where they are kept.
+
+struct Numbers
+{
+    int whole = 7;
+    double real = 2.5;
+    std::vector<std::string> calls;
+};
+
+JSBool GetOther(JSContext* cx, JSObject* obj, jsval, jsval* vp)
+{
+    auto* numbers = static_cast<Numbers*>(JS_GetPrivate(cx, obj));
+    if (numbers)
+        numbers->calls.push_back("get");
+    *vp = numbers ? JSVAL_TRUE : JSVAL_FALSE;
+    return JS_TRUE;
+}
+
+JSBool SetOther(JSContext* cx, JSObject* obj, jsval, jsval* vp)
+{
+    if (auto* numbers = static_cast<Numbers*>(JS_GetPrivate(cx, obj)))
+        numbers->calls.push_back("set " + JS_StringToUtf8(cx, JS_ValueToString(cx, *vp)));
+    return JS_TRUE;
+}
+
+JSNumberField FieldOf(void* data, jsval id)
+{
+    auto* numbers = static_cast<Numbers*>(data);
+    if (id == INT_TO_JSVAL(1))
+        return {&numbers->whole, JSNumberField::Int32};
+    if (id == INT_TO_JSVAL(2))
+        return {&numbers->real, JSNumberField::Double};
+    return {nullptr, JSNumberField::None};
+}
+
+class EngineNumberField : public EngineTest
+{
+protected:
+    EngineNumberField()
+    {
+        constexpr JSClass kNumbers = {"Numbers", 0,       nullptr, nullptr, nullptr,
+                                      nullptr,   nullptr, nullptr, nullptr, nullptr};
+        constexpr JSPropertySpec kFields[] = {{"whole", 1, JSPROP_ENUMERATE, GetOther, SetOther, FieldOf},
+                                              {"real", 2, JSPROP_ENUMERATE, GetOther, SetOther, FieldOf},
+                                              {"other", 3, JSPROP_ENUMERATE, GetOther, SetOther, FieldOf},
+                                              {nullptr, 0, 0, nullptr, nullptr}};
+        JS_InitClass(cx, JS_GetGlobalObject(cx), nullptr, &kNumbers, nullptr, 0, kFields, nullptr, nullptr, nullptr);
+        JS_SetPrivate(cx, JS_DefineObject(cx, JS_GetGlobalObject(cx), "o", &kNumbers, nullptr, 0), &numbers);
+    }
+
+    Numbers numbers;
+};
+
+TEST_F(EngineNumberField, IsReadWithoutTheGetter)
+{
+    EXPECT_EQ(Show("[o.whole, o.real, o.whole === 7, Object.is(o.real, 2.5)]"), "7,2.5,true,true");
+    numbers.whole = std::numeric_limits<int>::min();
+    numbers.real = -0.0;
+    EXPECT_EQ(Show("[o.whole, Object.is(o.real, -0)]"), "-2147483648,true");
+    EXPECT_TRUE(numbers.calls.empty());
+}
+
+TEST_F(EngineNumberField, IsWrittenWithoutTheSetterWhenTheValueIsOfItsType)
+{
+    EXPECT_EQ(Show("[o.whole = -2147483648, o.real = 3, o.real]"), "-2147483648,3,3");
+    EXPECT_EQ(numbers.whole, std::numeric_limits<int>::min());
+    EXPECT_EQ(numbers.real, 3);
+    EXPECT_TRUE(numbers.calls.empty());
+}
+
+TEST_F(EngineNumberField, AnyOtherValueGoesToTheSetter)
+{
+    ASSERT_TRUE(Run("o.whole = 1.5; o.whole = '1'; o.whole = undefined; o.real = true; o.real = null"));
+    EXPECT_EQ(numbers.whole, 7);
+    EXPECT_EQ(numbers.real, 2.5);
+    EXPECT_EQ(numbers.calls, (std::vector<std::string>{"set 1.5", "set 1", "set undefined", "set true", "set null"}));
+}
+
+TEST_F(EngineNumberField, APropertyThatIsNoneGoesToItsOperations)
+{
+    EXPECT_EQ(Show("[o.other, o.other = 4]"), "true,4");
+    EXPECT_EQ(numbers.calls, (std::vector<std::string>{"get", "set 4"}));
+}
+
+TEST_F(EngineNumberField, AnObjectWithoutPrivateDataGoesToTheOperations)
+{
+    EXPECT_EQ(Show("[Numbers.whole, Object.create(o).whole, Object.create(o).whole = 3]"), "false,false,3");
+    EXPECT_EQ(Show("Object.getOwnPropertyDescriptor(Numbers, 'whole').get.call(5)"), "false");
+    EXPECT_EQ(numbers.whole, 7);
+    EXPECT_TRUE(numbers.calls.empty());
 }
 
 } // namespace

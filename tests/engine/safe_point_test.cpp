@@ -112,6 +112,46 @@ TEST_F(EngineEarly, CallsKeepTheirOrderWithThoseThatMustWait)
     EXPECT_EQ(g_early, (std::vector<std::string>{"early", "script", "end", "last"}));
 }
 
+TEST_F(EngineEarly, ACancelledCallDoesNotCome)
+{
+    JS_DefineFunction(
+        cx, JS_GetGlobalObject(cx), "later",
+        [](JSContext* c, JSObject*, uintN, jsval*, jsval*) {
+            static int first;
+            static int second;
+            JSCallTicket tickets[2] = {};
+            JS_CallAfterNative(
+                c, [](void*) { g_early.push_back("first"); }, &first, &tickets[0]);
+            JS_CallAfterNative(
+                c, [](void*) { g_early.push_back("second"); }, &second, &tickets[1]);
+            JS_CancelCall(tickets[0], &first);
+            JS_CancelCall(tickets[1], &first);      // not its data
+            JS_CancelCall(tickets[1] + 1, &second); // nobody's ticket
+            return JS_TRUE;
+        },
+        0, 0);
+    ASSERT_TRUE(Run("later(); note()"));
+    EXPECT_EQ(g_early, (std::vector<std::string>{"second", "script"}));
+}
+
+TEST_F(EngineEarly, ACallThatCancelsTheNextOneIsTheLast)
+{
+    static JSCallTicket next;
+    JS_DefineFunction(
+        cx, JS_GetGlobalObject(cx), "later",
+        [](JSContext* c, JSObject*, uintN, jsval*, jsval*) {
+            JS_CallAfterNative(
+                c, [](void*) { JS_CancelCall(next, nullptr); }, nullptr);
+            JS_CallAfterNative(
+                c, [](void*) { g_early.push_back("next"); }, nullptr, &next);
+            return JS_TRUE;
+        },
+        0, 0);
+    ASSERT_TRUE(Run("later(); note()"));
+    EXPECT_EQ(g_early, (std::vector<std::string>{"script"}));
+    JS_CancelCall(next, nullptr); // has come, and nothing waits
+}
+
 TEST_F(EngineEarly, ALoopThatMakesAndDropsObjectsKeepsFewOfThem)
 {
     static int live;
