@@ -23,7 +23,7 @@ class CJScriptLinkClass;
 ///
 /// A native object made by the host is the host's: when it goes, its script object stays as an empty shell. One made by
 /// script belongs to its script object and is deleted after the collection that found that dead, at the latest with the
-/// context in which it was made, whoever holds it then.
+/// context in which it was made, whoever holds it then; a window as soon as the running application is idle.
 ///
 /// Declare the link behind all fields that script can read: its destructor calls the on-destroy functions, which see
 /// the object as it is then. A class that cannot have it there, or whose own destructor changes the object, calls

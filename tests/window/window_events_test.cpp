@@ -8,6 +8,7 @@
 #include <wx/app.h>
 #include <wx/dynlib.h>
 #include <wx/evtloop.h>
+#include <wx/weakref.h>
 
 #include <memory>
 
@@ -135,6 +136,35 @@ TEST_F(WindowEventsTest, TheFunctionMayCloseTheWindow)
     EXPECT_EQ(closed->m_presses, 1);
     wxTheApp->ProcessIdle();
     EXPECT_EQ(Text(wxS("'frame' in Global")), wxS("false"));
+    EXPECT_TRUE(log.Errors().empty());
+}
+
+TEST_F(WindowEventsTest, AWindowOfScriptGoesWhenTheApplicationIsIdle)
+{
+    auto* const owned = new ScriptableFrame;
+    const wxWeakRef<wxFrame> alive(owned);
+    ASSERT_TRUE(script->CreateChildDynamic(owned->GetJSLink()));
+    wxEventLoop loop;
+    const wxEventLoopActivator activate(&loop);
+    JS_GC(script->GetContext());
+    EXPECT_FALSE(owned->GetJSLink()->IsCreated());
+    EXPECT_TRUE(wxTheApp->IsScheduledForDestruction(owned));
+    ASSERT_TRUE(alive);
+    wxTheApp->ProcessIdle();
+    EXPECT_FALSE(alive);
+    EXPECT_TRUE(log.Errors().empty());
+}
+
+TEST_F(WindowEventsTest, AWindowOfScriptMayGoBeforeTheApplicationIsIdle)
+{
+    auto* const owned = new ScriptableFrame;
+    ASSERT_TRUE(script->CreateChildDynamic(owned->GetJSLink()));
+    wxEventLoop loop;
+    const wxEventLoopActivator activate(&loop);
+    JS_GC(script->GetContext());
+    delete owned;
+    EXPECT_FALSE(wxTheApp->IsScheduledForDestruction(owned));
+    wxTheApp->ProcessIdle();
     EXPECT_TRUE(log.Errors().empty());
 }
 
