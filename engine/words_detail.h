@@ -36,7 +36,8 @@ inline JS::Value NumberToEngine(double d)
         if (whole == d)
             return JS::Int32Value(whole);
     }
-    return JS::NumberValue(d);
+    // A host's NaN may have any bits, and most of them would be another value of the engine's, such as an object.
+    return JS::NumberValue(JS::CanonicalizeNaN(d));
 }
 
 inline JS::Value ToEngine(jsval v)

@@ -1,3 +1,4 @@
+#include <cstring>
 #include <limits>
 
 #include "engine_fixture.h"
@@ -287,6 +288,14 @@ TEST_F(EngineNumberField, IsReadWithoutTheGetter)
     numbers.real = -0.0;
     EXPECT_EQ(Show("[o.whole, Object.is(o.real, -0)]"), "-2147483648,true");
     EXPECT_TRUE(numbers.calls.empty());
+}
+
+TEST_F(EngineNumberField, ANaNOfAnyBitsIsReadAsNaN)
+{
+    for (const std::uint64_t bits : {0xFFFE000000000008U, 0xFFF8800000000001U, 0x7FF0000000000001U}) {
+        std::memcpy(&numbers.real, &bits, sizeof bits);
+        EXPECT_EQ(Show("typeof o.real + (o.real !== o.real)"), "numbertrue");
+    }
 }
 
 TEST_F(EngineNumberField, IsWrittenWithoutTheSetterWhenTheValueIsOfItsType)

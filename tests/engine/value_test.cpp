@@ -1,4 +1,5 @@
 #include <cmath>
+#include <cstring>
 #include <limits>
 
 #include <rapidcheck.h>
@@ -28,6 +29,18 @@ TEST(EngineWord, IntegersKeepTheirValueAtTheEnds)
 {
     for (jsint i : {0, 1, -1, JSVAL_INT_MAX, JSVAL_INT_MIN})
         EXPECT_EQ(JSVAL_TO_INT(INT_TO_JSVAL(i)), i);
+}
+
+TEST_F(EngineValue, ANaNOfAnyBitsReachesScriptAsNaN)
+{
+    for (const std::uint64_t bits : {0xFFFE000000000008U, 0xFFF8800000000001U, 0x7FF0000000000001U}) {
+        double number = 0;
+        std::memcpy(&number, &bits, sizeof bits);
+        jsval v = JSVAL_VOID;
+        ASSERT_TRUE(JS_NewDoubleValue(cx, number, &v));
+        ASSERT_TRUE(JS_SetProperty(cx, JS_GetGlobalObject(cx), "n", &v));
+        EXPECT_EQ(Show("typeof n + (n !== n)"), "numbertrue");
+    }
 }
 
 TEST_F(EngineValue, NumbersFromScriptAreIntegersWhenTheyFitAndDoublesOtherwise)
