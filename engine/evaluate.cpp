@@ -126,10 +126,11 @@ JSBool Evaluate(JSContext* cx, JSObject* obj, Text text, const char* file, uintN
     if (!CheckGlobal(entry))
         return entry.Fail();
     const bool scoped = !IsGlobalScope(obj);
+    ::JSObject* global = GlobalFor(*cx, obj);
     std::optional<JSAutoRealm> realm;
-    if (::JSObject* global = GlobalFor(*cx, obj); global != cx->global)
+    if (global != cx->global)
         realm.emplace(entry.Engine(), global);
-    ScriptCache& cache = DataOfGlobal(JS::CurrentGlobalOrNull(entry.Engine())).cache;
+    ScriptCache& cache = DataOfGlobal(global).cache;
     JS::RootedScript script(entry.Engine(), CompileCached(entry, cache, text, {file ? file : "", line, scoped}));
     if (!script)
         return entry.Fail(ReportStyle::Parser);

@@ -89,8 +89,8 @@ template <typename Body> bool Guarded(::JSContext* engine, Body body)
     return record.native(&cx, self, given, argv, result);
 }
 
-[[gnu::noinline]] JSBool CallWithMany(const NativeRecord& record, JSContext& cx, JSObject* self, unsigned argc,
-                                      JS::Value* vp, jsval* result)
+[[gnu::noinline, gnu::cold]] JSBool CallWithMany(const NativeRecord& record, JSContext& cx, JSObject* self,
+                                                 unsigned argc, JS::Value* vp, jsval* result)
 {
     const auto words = std::make_unique<jsval[]>(std::max(argc, record.nargs) + 2);
     return CallWith(words.get(), record, cx, self, JS::CallArgsFromVp(argc, vp), result);
