@@ -236,7 +236,7 @@ JSNumberField CJScriptLinkClass::NumberField(void* data, jsval id)
     return {nullptr, JSNumberField::None};
 }
 
-int CJScriptLinkClass::GetPropW(const CJScriptLink* link, JSMapEntry* entry, jsval* vp)
+int CJScriptLinkClass::GetPropW(const CJScriptLink* link, JSMapEntry* entry, jsval* vp) const
 {
     return link && entry && link->GetContext() && GetEntryValue(link->GetContext(), entry, link, vp);
 }

@@ -74,7 +74,7 @@ wxString FieldLiteral(const CJScriptLink* link, const JSMapEntry& row)
 
 } // namespace
 
-wxString CJScriptLinkClass::GetInitScript(const CJScriptLink* link)
+wxString CJScriptLinkClass::GetInitScript(const CJScriptLink* link) const
 {
     wxString script = GetParent() ? GetParent()->GetInitScript(link) : wxString();
     for (const JSMapEntry* row = m_map->entries; row && row->name; ++row) {
@@ -85,7 +85,7 @@ wxString CJScriptLinkClass::GetInitScript(const CJScriptLink* link)
     return script;
 }
 
-bool CJScriptLinkClass::GetInitScript_Inplace(const CJScriptLink* link, wchar_t*& buffer, int& room)
+bool CJScriptLinkClass::GetInitScript_Inplace(const CJScriptLink* link, wchar_t*& buffer, int& room) const
 {
     const wxString script = GetInitScript(link);
     const auto needed = static_cast<int>(script.length()) + 1;

@@ -281,6 +281,12 @@ CJScriptLink* CJScript::GetChild(CJScriptLink* parent, const wxString& name)
     return parent ? parent->GetChild(name) : nullptr;
 }
 
+int CJScript::CreateNewMulti(CJScriptLinkClass* cls, JSContext* cx, JSObject* object, unsigned int argc, jsval* argv,
+                             jsval* rval)
+{
+    return cls->CreateNewMulti(cx, object, argc, argv, rval);
+}
+
 void CJScript::IncScopeLevel()
 {
     ++m_scopeLevel;

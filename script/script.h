@@ -76,6 +76,9 @@ public:
     bool CreateChildDynamic(CJScriptLink* child);
     /// The link of the object that is the property `name` of `parent`'s object; null when there is none.
     CJScriptLink* GetChild(CJScriptLink* parent, const wxString& name);
+    /// What CJScriptLinkClass::CreateNewMulti of the class does.
+    int CreateNewMulti(CJScriptLinkClass* cls, JSContext* cx, JSObject* object, unsigned int argc, jsval* argv,
+                       jsval* rval);
 
     /// Evaluates a text on the object of `link` (null: the global object). A failure is reported.
     bool Evaluate(const wxString& text, CJScriptLink* link);
@@ -208,6 +211,7 @@ private:
     static void NoteRejection(JSContext* cx, const wchar_t* message);
     void LogRejections();
     static void MyJSErrorReporter(JSContext* cx, const char* message, JSErrorReport* report);
+    JSTrapStatus TrapHandler();
     static JSTrapStatus MyJSTrapHandler(JSContext* cx, JSScript* script, jsbytecode* pc, jsval* rval, void* closure);
 
     JSContext* m_context;

@@ -92,7 +92,7 @@ public:
     /// The getter behind every property: reads the field of the native object. False, without a message, when there is
     /// no native object or no such property.
     static int GetPropW(JSContext* cx, JSObject* object, jsval id, jsval* vp);
-    int GetPropW(const CJScriptLink* link, JSMapEntry* entry, jsval* vp);
+    int GetPropW(const CJScriptLink* link, JSMapEntry* entry, jsval* vp) const;
     ///@}
 
     /// The setter behind every property: converts the value into the field. False for what cannot be written; an
@@ -110,10 +110,10 @@ public:
 
     /// Statements that give the fields of another object of the class the values that this one's have now, one a line:
     /// "this.NAME=VALUE;".
-    wxString GetInitScript(const CJScriptLink* link);
+    wxString GetInitScript(const CJScriptLink* link) const;
     /// Writes them to a buffer, which moves behind them (and a NUL) while `room` (characters) shrinks.
     /// @return false, with nothing changed, when there is no room.
-    bool GetInitScript_Inplace(const CJScriptLink* link, wchar_t*& buffer, int& room);
+    bool GetInitScript_Inplace(const CJScriptLink* link, wchar_t*& buffer, int& room) const;
 
     /// Runs the constructor that takes this many arguments: what a primary constructor does.
     int CreateNewMulti(JSContext* cx, JSObject* object, unsigned int argc, jsval* argv, jsval* rval);

@@ -84,7 +84,13 @@ void CJScript::LogRejections()
         LogWhole(wxLOG_Error, wxS("Unhandled promise rejection: ") + message);
 }
 
-JSTrapStatus CJScript::MyJSTrapHandler(JSContext*, JSScript*, jsbytecode*, jsval*, void*)
+JSTrapStatus CJScript::MyJSTrapHandler(JSContext* cx, JSScript*, jsbytecode*, jsval*, void*)
+{
+    CJScript* const script = FromContext(cx);
+    return script ? script->TrapHandler() : JSTRAP_CONTINUE;
+}
+
+JSTrapStatus CJScript::TrapHandler()
 {
     // Waits for a report in progress on another thread; exceptions travel on unchanged.
     const wxCriticalSectionLocker reports(m_CriticalSection);

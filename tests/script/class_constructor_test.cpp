@@ -23,6 +23,12 @@ JSBool Choose(JSContext* cx, JSObject* object, uintN argc, jsval* argv, jsval* r
     return multiClass->CreateNewMulti(cx, object, argc, argv, rval);
 }
 
+/// The same through the context's handle.
+JSBool ChooseByHandle(JSContext* cx, JSObject* object, uintN argc, jsval* argv, jsval* rval)
+{
+    return CJScript::FromContext(cx)->CreateNewMulti(multiClass, cx, object, argc, argv, rval);
+}
+
 class ClassConstructorTest : public ClassTest
 {
 protected:
@@ -70,6 +76,14 @@ TEST_F(ClassConstructorTest, TheConstructorThatTakesSoManyArgumentsIsChosen)
     multiClass = &table.cls;
     EXPECT_EQ(Show("new Multi().number + '|' + new Multi(1).number + '|' + new Multi(1, 2, 3).number"), "2|1|3");
     EXPECT_EQ(Thrown("new Multi(1, 2)"), "Error: Bad argument count for constructor 'Multi' (2)");
+}
+
+TEST_F(ClassConstructorTest, TheHandleOfTheContextChoosesLikeTheClass)
+{
+    Table& table = Declared("Multi", {JSMapEntry(&ChooseByHandle, 0, true), JSMapEntry(&Say<1>, 1)});
+    multiClass = &table.cls;
+    EXPECT_EQ(Show("new Multi(1).number"), "1");
+    EXPECT_EQ(Thrown("new Multi()"), "Error: Bad argument count for constructor 'Multi' (0)");
 }
 
 TEST_F(ClassConstructorTest, ConstantsStandOnThePrototypeAndDoNotChange)
