@@ -15,8 +15,9 @@ add_library(qxp::mozjs ALIAS qxp_mozjs)
 target_include_directories(qxp_mozjs SYSTEM INTERFACE ${MOZJS_INCLUDE_DIR})
 target_link_libraries(qxp_mozjs INTERFACE ${mozjs_LINK_LIBRARIES})
 
-# The option parser of the console host, and the line editing of its script prompt.
+# The option parser of the console host, the writer of its JSON, and the line editing of its script prompt.
 find_package(CLI11 2.1 REQUIRED)
+find_package(nlohmann_json 3.11 REQUIRED)
 pkg_check_modules(libedit REQUIRED IMPORTED_TARGET libedit)
 add_library(qxp::libedit ALIAS PkgConfig::libedit)
 

@@ -3,7 +3,7 @@
 
 build_packages=(
     build-essential cmake ninja-build pkg-config
-    libwxgtk3.2-dev libmozjs-102-dev libexpat1-dev libcli11-dev libedit-dev
+    libwxgtk3.2-dev libmozjs-102-dev libexpat1-dev libcli11-dev nlohmann-json3-dev libedit-dev
 )
 # Besides what tests are made of, what they look at the manuals, the completions and the packages with, as users will.
 test_packages=(

@@ -1,5 +1,8 @@
 #include "qxp/command_line.h"
 
+#include "qxp/diagnostic_printer.h"
+
+#include <algorithm>
 #include <string_view>
 
 namespace
@@ -45,13 +48,40 @@ void AddCommonOptions(CLI::App& command, CommonOptions& options)
     command.add_option("--color", options.color, "Colour diagnostics: auto, always or never")
         ->check(CLI::IsMember({"auto", "always", "never"}))
         ->type_name("WHEN");
+    command.add_option("--diagnostics", options.diagnostics, "Form of diagnostics: text, json or sarif")
+        ->check(CLI::IsMember(DiagnosticFormats()))
+        ->type_name("FORMAT");
     command.add_flag("--quiet", options.quiet, "Show no progress");
     command.add_flag("--verbose", options.verbose, "Show the library's verbose output");
+}
+
+CommonOptions ReadCommonOptions(const std::vector<std::string>& words)
+{
+    const std::string option = "--diagnostics";
+    const std::vector<std::string> formats = DiagnosticFormats();
+    CommonOptions options;
+    for (size_t i = 0; i < words.size() && words[i] != "--"; ++i) {
+        std::string value;
+        if (words[i] == option && i + 1 < words.size())
+            value = words[++i];
+        else if (words[i].compare(0, option.size() + 1, option + "=") == 0)
+            value = words[i].substr(option.size() + 1);
+        if (std::find(formats.begin(), formats.end(), value) != formats.end())
+            options.diagnostics = value;
+    }
+    return options;
 }
 
 void AddOutputOption(CLI::App& command, std::string& file)
 {
     command.add_option("-o,--output", file, "Write the result there")->type_name("FILE")->check(NonEmptyFile);
+}
+
+void AddDepsFileOption(CLI::App& command, std::string& file)
+{
+    command.add_option("--deps-file", file, "Write a make rule there, beside the normal output")
+        ->type_name("DEPFILE")
+        ->check(NonEmptyFile);
 }
 
 void AddTagOptions(CLI::App& command, std::string& begin, std::string& end)

@@ -8,19 +8,27 @@
 
 constexpr int StatusSuccess = 0;
 constexpr int StatusFailure = 1;
+constexpr int StatusUsage = 2;
 
 /// The options that every command has.
 struct CommonOptions
 {
-    std::string color = "auto"; ///< "auto", "always" or "never".
+    std::string color = "auto";       ///< "auto", "always" or "never".
+    std::string diagnostics = "text"; ///< The form of diagnostics: see MakeDiagnosticPrinter.
     bool quiet = false;
     bool verbose = false;
 };
 
 void AddCommonOptions(CLI::App& command, CommonOptions& options);
 
+/// The options that matter to a complaint about the command line itself, as far as they can be read.
+CommonOptions ReadCommonOptions(const std::vector<std::string>& words);
+
 /// Adds -o, the file that the result goes to.
 void AddOutputOption(CLI::App& command, std::string& file);
+
+/// Adds --deps-file, the file that a make rule goes to.
+void AddDepsFileOption(CLI::App& command, std::string& file);
 
 /// Adds --begin and --end. The texts are the ones used without them.
 void AddTagOptions(CLI::App& command, std::string& begin, std::string& end);

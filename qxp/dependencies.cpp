@@ -18,6 +18,15 @@ std::string EscapeForMake(const std::string& name)
     return escaped;
 }
 
+std::string DefaultTarget(const std::string& file)
+{
+    const size_t dot = file.rfind('.');
+    const size_t slash = file.rfind('/');
+    const size_t nameStart = slash == std::string::npos ? 0 : slash + 1;
+    const bool hasExtension = dot != std::string::npos && dot > nameStart;
+    return file.substr(0, hasExtension ? dot : std::string::npos) + ".out";
+}
+
 } // namespace
 
 void Dependencies::Add(const wxString& file)
@@ -27,9 +36,9 @@ void Dependencies::Add(const wxString& file)
         m_files.push_back(name);
 }
 
-std::string Dependencies::MakeRule(const wxString& target) const
+std::string Dependencies::MakeRule(const std::string& output, const std::string& input) const
 {
-    std::string rule = EscapeForMake(ToSystemName(target)) + ":";
+    std::string rule = EscapeForMake(output.empty() ? DefaultTarget(input == "-" ? "stdin" : input) : output) + ":";
     for (const std::string& file : m_files)
         rule += " " + EscapeForMake(file);
     return rule + "\n";

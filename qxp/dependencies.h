@@ -12,8 +12,10 @@ class Dependencies
 public:
     void Add(const wxString& file);
 
-    /// "TARGET: FILE FILE ..." and a line feed, with the characters escaped that make takes for its own.
-    std::string MakeRule(const wxString& target) const;
+    /// "TARGET: FILE FILE ..." and a line feed, with the characters escaped that make takes for its own. The target is
+    /// the output or, when that is "" for standard output, the input with the extension ".out"; both as they were
+    /// given.
+    std::string MakeRule(const std::string& output, const std::string& input) const;
 
 private:
     std::vector<std::string> m_files;

@@ -1,51 +1,39 @@
 #include "qxp/diagnostics.h"
 
+#include "qxp/parser_options.h"
 #include "vc_qxparser.h"
 
 #include <unistd.h>
 
 #include <algorithm>
 #include <cstdio>
-#include <cstdlib>
+#include <new>
 #include <set>
+#include <stdexcept>
 #include <utility>
 
 namespace
 {
 
 constexpr wxLogLevel ScriptErrorLevel = 103;
+constexpr const wchar_t* Arrow = wxS("==> ");
 constexpr auto ProgressDelay = std::chrono::milliseconds(500);
-constexpr size_t LongestQuotedLine = 1000;
 
-bool UseColor(const std::string& when)
-{
-    if (when != "auto")
-        return when == "always";
-    const char* const terminal = std::getenv("TERM");
-    const char* const noColor = std::getenv("NO_COLOR");
-    const bool isRefused = noColor && *noColor;
-    return isatty(STDERR_FILENO) && !isRefused && terminal && std::string(terminal) != "dumb";
-}
-
-wxString PlaceOf(const wxString& file, unsigned long line)
-{
-    return wxString::Format(wxS("%s:%lu"), file, line);
-}
-
-/// The messages of a script report, which stand behind its arrows.
+/// The messages of a script's report, which stand behind its arrows.
 std::vector<wxString> ScriptMessages(const wxString& report)
 {
-    static const wxString arrow = wxS("==> ");
     std::vector<wxString> messages;
-    size_t at = report.find(arrow);
+    size_t at = report.find(Arrow);
     while (at != wxString::npos) {
+        const size_t start = at + std::char_traits<wchar_t>::length(Arrow);
         const size_t end = report.find(wxS('\n'), at);
-        messages.push_back(report.substr(at + arrow.length(), end == wxString::npos ? end : end - at - arrow.length()));
-        at = report.find(arrow, end);
+        messages.push_back(report.substr(start, end == wxString::npos ? end : end - start));
+        at = report.find(Arrow, end);
     }
     return messages;
 }
 
+<<<<<<< HEAD
 /// A text of the input, for a terminal: with a code in the place of each character that would do something there.
 wxString Shown(const wxString& text)
 {
@@ -56,6 +44,35 @@ wxString Shown(const wxString& text)
         shown += acts ? wxString::Format(wxS("\\x%02X"), code) : wxString(c);
     }
     return shown;
+=======
+/// The line that a report shows above its messages, if there is one.
+std::optional<wxString> ScriptLine(const wxString& report)
+{
+    const size_t end = report.find(wxS('\n'));
+    return end < report.find(Arrow) ? std::optional<wxString>(report.substr(0, end)) : std::nullopt;
+}
+
+/// What scripts have failed for, each reason once.
+void AddReasons(const std::vector<wxString>& reports, Diagnostic& diagnostic)
+{
+    std::set<wxString> said;
+    for (const wxString& report : reports) {
+        for (const wxString& reason : ScriptMessages(report)) {
+            if (said.insert(reason).second)
+                diagnostic.related.push_back({diagnostic.place, reason});
+        }
+    }
+}
+
+/// What a run has taken is free again, or should be, when this is reported.
+void ReportOutOfMemory(Diagnostics& diagnostics)
+{
+    try {
+        diagnostics.Error(wxS("Out of memory"));
+    } catch (const std::bad_alloc&) {
+        std::fputs("qxp: error: Out of memory\n", stderr);
+    }
+>>>>>>> 042b126 (Write diagnostics as JSON lines or a SARIF document on request)
 }
 
 } // namespace
@@ -76,7 +93,8 @@ private:
 };
 
 Diagnostics::Diagnostics(const CommonOptions& options)
-    : m_color(UseColor(options.color)), m_showProgress(!options.quiet && isatty(STDERR_FILENO)),
+    : m_printer(MakeDiagnosticPrinter(options)),
+      m_showProgress(!options.quiet && options.diagnostics == DiagnosticFormats().front() && isatty(STDERR_FILENO)),
       m_verbose(options.verbose), m_log(std::make_unique<Log>(*this)),
       m_previousLog(wxLog::SetActiveTarget(m_log.get()))
 {}
@@ -91,39 +109,32 @@ void Diagnostics::Logged(wxLogLevel level, const wxString& message)
 {
     if (level == ScriptErrorLevel)
         m_scriptReports.push_back(message);
-    else if (level == wxLOG_Warning && SayDirectiveWarning(message))
-        return;
     else if (level <= wxLOG_Error)
         m_keptErrors.push_back({message, std::exchange(m_scriptReports, {})});
     else
-        Write(ToUtf8(message) + "\n");
-}
-
-/// A warning directive is logged as "WARNING: TEXT", a line feed, and "in 'FILE' (LINE)".
-bool Diagnostics::SayDirectiveWarning(const wxString& message)
-{
-    wxString text;
-    const size_t placeStart = message.rfind(wxS("\nin '"));
-    if (placeStart == wxString::npos || !message.substr(0, placeStart).StartsWith(wxS("WARNING: "), &text))
-        return false;
-    wxString line;
-    const wxString file = message.substr(placeStart + 5).BeforeLast(wxS('('), &line).BeforeLast(wxS('\''));
-    Say(file + wxS(":") + line.BeforeFirst(wxS(')')), "warning", text.Trim(false));
-    return true;
+        Say({Diagnostic::Kind::log, message, {}, {}, {}, {}});
 }
 
 void Diagnostics::ReportFailure(const CParser& parser)
 {
-    wxString message;
+    Diagnostic diagnostic;
     const CParserUnit* unit = nullptr;
-    parser.GetLastError(&message, &unit);
-    const wxString place = unit && unit->m_file ? PlaceOf(unit->GetFileName(), unit->m_line) : wxString(wxS("qxp"));
-    Say(place, "error", message);
-    if (unit && unit->m_file)
-        SayOrigins(*unit);
-    // What the library has logged about the same failure begins with the same message.
+    parser.GetLastError(&diagnostic.message, &unit);
+    if (unit && unit->m_file) {
+        diagnostic.place = PlaceOf(*unit);
+        diagnostic.text = unit->m_text;
+        AddOrigins(*unit, diagnostic);
+    }
+    AddReasons(TakeReportsOf(diagnostic.message), diagnostic);
+    Say(diagnostic);
+    Flush();
+}
+
+/// Takes out of what has been logged what concerns a failure: that begins with the same message.
+std::vector<wxString> Diagnostics::TakeReportsOf(const wxString& failure)
+{
     const auto ofFailure = std::stable_partition(m_keptErrors.begin(), m_keptErrors.end(), [&](const KeptError& kept) {
-        return !kept.message.StartsWith(message);
+        return !kept.message.StartsWith(failure);
     });
     std::vector<wxString> reports;
     for (auto kept = ofFailure; kept != m_keptErrors.end(); ++kept)
@@ -131,43 +142,47 @@ void Diagnostics::ReportFailure(const CParser& parser)
     m_keptErrors.erase(ofFailure, m_keptErrors.end());
     reports.insert(reports.end(), m_scriptReports.begin(), m_scriptReports.end());
     m_scriptReports.clear();
-    SayReasons(place, reports);
-    Flush();
+    return reports;
 }
 
-/// What scripts have failed for, each reason once.
-void Diagnostics::SayReasons(const wxString& place, const std::vector<wxString>& reports)
+void Diagnostics::WarningAt(const CParserUnit& unit, const wxString& message)
 {
-    std::vector<wxString> said;
-    for (const wxString& report : reports) {
-        for (const wxString& reason : ScriptMessages(report)) {
-            if (std::find(said.begin(), said.end(), reason) == said.end())
-                Say(place, "note", reason);
-            said.push_back(reason);
-        }
-    }
+    Diagnostic diagnostic{Diagnostic::Kind::warning, message, PlaceOf(unit), unit.m_text, {}, {}};
+    AddOrigins(unit, diagnostic);
+    Say(diagnostic);
 }
 
-/// The unit's text, and for each level out the place that caused it to be read.
-void Diagnostics::SayOrigins(const CParserUnit& unit)
+void Diagnostics::ErrorAt(const DiagnosticPlace& place, const wxString& message)
 {
+    Say({Diagnostic::Kind::error, message, place, {}, {}, {}});
+}
+
+std::optional<DiagnosticPlace> Diagnostics::PlaceOf(const CParserUnit& unit) const
+{
+    if (!unit.m_file)
+        return std::nullopt;
+    const CSourceLine source = unit.GetSource();
+    const wxString path = source.file ? source.file->GetPath() : wxString();
+    return DiagnosticPlace{unit.GetFileName(), unit.m_line, NameFrom(m_searchDirectory, path), source.line};
+}
+
+/// For each level out the place that caused the unit to be read.
+void Diagnostics::AddOrigins(const CParserUnit& unit, Diagnostic& diagnostic) const
+{
+<<<<<<< HEAD
     wxString text = unit.m_text.substr(0, LongestQuotedLine);
     if (text.length() < unit.m_text.length())
         text += wxS("...");
     Write("    " + ToUtf8(Shown(text.Trim(false).Trim())) + "\n");
+=======
+>>>>>>> 042b126 (Write diagnostics as JSON lines or a SARIF document on request)
     wxSharedPtr<CParserFile> file = unit.m_file;
     while (file && file->GetIncludedFrom()) {
         const CParserUnit& from = *file->GetIncludedFrom();
-        const bool isLoop = file->GetName().StartsWith(from.GetFileName() + wxS(" (LOOP l."));
-        Say(PlaceOf(from.GetFileName(), from.m_line), "note",
-            isLoop ? wxS("repeated from here") : wxS("included from here"));
+        diagnostic.related.push_back(
+            {PlaceOf(from), file->IsLoop() ? wxS("repeated from here") : wxS("included from here")});
         file = from.m_file;
     }
-}
-
-void Diagnostics::ErrorAt(const wxString& file, long line, const wxString& message)
-{
-    Say(PlaceOf(file, static_cast<unsigned long>(line)), "error", message);
 }
 
 void Diagnostics::DropErrors()
@@ -182,11 +197,12 @@ void Diagnostics::Flush()
     for (const KeptError& kept : std::exchange(m_keptErrors, {})) {
         if (!said.insert({kept.message, kept.reports}).second)
             continue;
-        Error(kept.message);
-        SayReasons(wxS("qxp"), kept.reports);
+        Diagnostic diagnostic{Diagnostic::Kind::error, kept.message, {}, {}, {}, {}};
+        AddReasons(kept.reports, diagnostic);
+        Say(diagnostic);
     }
     for (const wxString& report : std::exchange(m_scriptReports, {}))
-        Write(ToUtf8(report) + "\n");
+        Say({Diagnostic::Kind::log, report, {}, {}, {}, {}});
 }
 
 void Diagnostics::Progress(const wxString& text)
@@ -203,21 +219,50 @@ void Diagnostics::ClearProgress()
         std::fputs("\r\033[K", stderr);
 }
 
-void Diagnostics::Say(const wxString& place, const char* kind, const wxString& message)
+void Diagnostics::UsageError(const std::string& message)
 {
-    const std::string label = std::string(kind) + ":";
-    const char* const color = label == "error:" ? "\033[1;31m" : label == "warning:" ? "\033[1;35m" : "\033[1;36m";
-    // Places and messages hold file names, which must come out as the system knows them.
-    const std::string where = ToSystemName(place) + ":";
-    const std::string what = ToSystemName(message) + "\n";
-    if (m_color)
-        Write("\033[1m" + where + "\033[0m " + color + label + "\033[0m " + what);
-    else
-        Write(where + " " + label + " " + what);
+    Say({Diagnostic::Kind::error,
+         FromSystemName(message),
+         {},
+         {},
+         {},
+         "qxp: error: " + message + "\nRun with --help for more information.\n"});
 }
 
-void Diagnostics::Write(const std::string& text)
+void Diagnostics::SayReport(const wxString& report)
+{
+    const std::vector<wxString> messages = ScriptMessages(report);
+    Diagnostic diagnostic{Diagnostic::Kind::error, report, {}, ScriptLine(report), {}, ToUtf8(report)};
+    if (!messages.empty())
+        diagnostic.message = messages.front();
+    for (size_t i = 1; i < messages.size(); ++i)
+        diagnostic.related.push_back({std::nullopt, messages[i]});
+    Say(diagnostic);
+}
+
+void Diagnostics::Say(const Diagnostic& diagnostic)
 {
     ClearProgress();
-    std::fwrite(text.data(), 1, text.size(), stderr);
+    m_printer->Print(diagnostic);
+}
+
+void Diagnostics::Finish(int status)
+{
+    ClearProgress();
+    m_printer->Finish(status);
+}
+
+int RunWithDiagnostics(const CommonOptions& options, const std::function<int(Diagnostics&)>& run)
+{
+    Diagnostics diagnostics(options);
+    int status = StatusFailure;
+    try {
+        status = run(diagnostics);
+    } catch (const std::bad_alloc&) {
+        ReportOutOfMemory(diagnostics);
+    } catch (const std::length_error&) {
+        ReportOutOfMemory(diagnostics);
+    }
+    diagnostics.Finish(status);
+    return status;
 }

@@ -1,11 +1,13 @@
 #pragma once
 
 #include "qxp/command_line.h"
+#include "qxp/diagnostic_printer.h"
 
 #include <wx/log.h>
 #include <wx/string.h>
 
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -13,7 +15,7 @@
 class CParser;
 class CParserUnit;
 
-/// Everything a command says on standard error: errors and warnings in the form that editors understand, notes,
+/// Everything a command says on standard error: errors, warnings and notes in the form that the options name, and
 /// progress. While it lives it takes the place of the log, so that what the library logs about a failure is not
 /// reported twice.
 class Diagnostics
@@ -24,16 +26,33 @@ public:
     Diagnostics(const Diagnostics&) = delete;
     Diagnostics& operator=(const Diagnostics&) = delete;
 
+    /// The directory that texts are named from, as it was given: see NameFrom.
+    void SetSearchDirectory(const std::string& directory) { m_searchDirectory = directory; }
+
     /// Reports the parser's last error, with its place, its line and where that was included from.
     void ReportFailure(const CParser& parser);
 
-    /// Reports an error in a file that has no units. `line` is counted from 1.
-    void ErrorAt(const wxString& file, long line, const wxString& message);
+    /// Reports the warning of a text.
+    void WarningAt(const CParserUnit& unit, const wxString& message);
+
+    /// Reports an error in a file that has no units.
+    void ErrorAt(const DiagnosticPlace& place, const wxString& message);
 
     /// "qxp: error: MESSAGE" and the like, for what has no place in a text.
-    void Error(const wxString& message) { Say("qxp", "error", message); }
-    void Warning(const wxString& message) { Say("qxp", "warning", message); }
-    void Note(const wxString& message) { Say("qxp", "note", message); }
+    void Error(const wxString& message) { Say({Diagnostic::Kind::error, message, {}, {}, {}, {}}); }
+    void Warning(const wxString& message) { Say({Diagnostic::Kind::warning, message, {}, {}, {}, {}}); }
+    void Note(const wxString& message) { Say({Diagnostic::Kind::note, message, {}, {}, {}, {}}); }
+
+    /// An error of the command line.
+    void UsageError(const std::string& message);
+
+    /// A script's report, which people read as it is.
+    void SayReport(const wxString& report);
+
+    void Say(const Diagnostic& diagnostic);
+
+    /// To be called at the end of a run, with its exit status.
+    void Finish(int status);
 
     /// Writes out what the library has logged and kept back. Call it when a run has succeeded.
     void Flush();
@@ -57,13 +76,12 @@ private:
     };
 
     void Logged(wxLogLevel level, const wxString& message);
-    bool SayDirectiveWarning(const wxString& message);
-    void SayReasons(const wxString& place, const std::vector<wxString>& reports);
-    void SayOrigins(const CParserUnit& unit);
-    void Say(const wxString& place, const char* kind, const wxString& message);
-    void Write(const std::string& text);
+    std::vector<wxString> TakeReportsOf(const wxString& failure);
+    std::optional<DiagnosticPlace> PlaceOf(const CParserUnit& unit) const;
+    void AddOrigins(const CParserUnit& unit, Diagnostic& diagnostic) const;
 
-    bool m_color;
+    std::unique_ptr<DiagnosticPrinter> m_printer;
+    std::string m_searchDirectory;
     bool m_showProgress;
     bool m_verbose;
     bool m_progressShown = false;
@@ -73,3 +91,7 @@ private:
     std::unique_ptr<Log> m_log;
     wxLog* m_previousLog;
 };
+
+/// Runs a command with the diagnostics of its options: to the exit status, and to an error when memory does not
+/// suffice.
+int RunWithDiagnostics(const CommonOptions& options, const std::function<int(Diagnostics&)>& run);

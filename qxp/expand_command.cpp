@@ -1,6 +1,7 @@
 #include "qxp/expand_command.h"
 
 #include "qxp/command_line.h"
+#include "qxp/command_preprocessor.h"
 #include "qxp/diagnostics.h"
 #include "qxp/output.h"
 #include "qxp/parser_options.h"
@@ -75,17 +76,18 @@ private:
 };
 
 /// The directory of the document: the search directory or, when it is not there, the current one.
-CDir DirectoryOf(const std::string& file, CDir searchDir)
+std::string DirectoryOf(const std::string& file, const std::string& searchDirectory)
 {
-    return searchDir.OpenFile(FromSystemName(file), wxFile::read).IsOpened() ? searchDir : CDir();
+    CDir dir(FromSystemName(searchDirectory));
+    return dir.OpenFile(FromSystemName(file), wxFile::read).IsOpened() ? searchDirectory : std::string();
 }
 
 class ExpandRun
 {
 public:
-    explicit ExpandRun(const ExpandOptions& options)
-        : m_options(options), m_diagnostics(options.common), m_document(options.limits),
-          m_template(options, m_pp, m_document)
+    ExpandRun(const ExpandOptions& options, Diagnostics& diagnostics)
+        : m_options(options), m_diagnostics(diagnostics), m_pp(options.parser.dir, diagnostics),
+          m_document(options.limits), m_template(options, m_pp, m_document)
     {}
 
     int Run();
@@ -97,8 +99,8 @@ private:
     bool Expand(wxString& text);
 
     const ExpandOptions& m_options;
-    Diagnostics m_diagnostics;
-    CPreprocessor m_pp{nullptr, true};
+    Diagnostics& m_diagnostics;
+    CommandPreprocessor m_pp;
     ScriptedDocument m_document;
     Template m_template;
 };
@@ -122,8 +124,8 @@ bool ExpandRun::ReadTemplate()
 
 bool ExpandRun::ReadModel()
 {
-    CDir dir = DirectoryOf(m_options.xmlFile, m_pp.GetDir());
-    return ReadDocument(m_options.xmlFile, dir, m_document.Document(), m_diagnostics);
+    const std::string directory = DirectoryOf(m_options.xmlFile, m_options.parser.dir);
+    return ReadDocument(m_options.xmlFile, directory, m_document.Document(), m_diagnostics);
 }
 
 bool ExpandRun::RunTexts()
@@ -182,5 +184,10 @@ void AddExpandCommand(CLI::App& app, std::function<int()>& run)
     AddLimitOptions(*command, options->limits);
     AddOutputOption(*command, options->output);
     AddCommonOptions(*command, options->common);
-    command->callback([options, &run] { run = [options] { return ExpandRun(*options).Run(); }; });
+    command->callback([options, &run] {
+        run = [options] {
+            return RunWithDiagnostics(options->common,
+                                      [&](Diagnostics& diagnostics) { return ExpandRun(*options, diagnostics).Run(); });
+        };
+    });
 }

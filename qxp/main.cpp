@@ -1,39 +1,25 @@
 #include "qxp/application.h"
 #include "qxp/command_line.h"
+#include "qxp/diagnostics.h"
 
 #include <CLI/CLI.hpp>
 #include <wx/init.h>
 
 #include <clocale>
-#include <cstdio>
 #include <functional>
 #include <iostream>
-#include <new>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
 namespace
 {
 
-constexpr int StatusUsage = 2;
-
-int FailUsage(const std::string& message)
+int FailUsage(const std::string& message, const std::vector<std::string>& words)
 {
-    std::cerr << "qxp: error: " << message << "\nRun with --help for more information.\n";
-    return StatusUsage;
-}
-
-/// What a run has taken is free again when this reports that there was not enough.
-int RunWithinMemory(const std::function<int()>& run)
-{
-    try {
-        return run();
-    } catch (const std::bad_alloc&) {
-    } catch (const std::length_error&) {
-    }
-    std::fputs("qxp: error: Out of memory\n", stderr);
-    return StatusFailure;
+    return RunWithDiagnostics(ReadCommonOptions(words), [&](Diagnostics& diagnostics) {
+        diagnostics.UsageError(message);
+        return StatusUsage;
+    });
 }
 
 /// Writes what --help or --version asked for.
@@ -61,16 +47,18 @@ int main(int argc, char** argv)
     }
     const std::string first = argv[1];
     const auto isFirst = [&](const CLI::App* command) { return command->get_name() == first; };
-    if (first.substr(0, 1) != "-" && app.get_subcommands(isFirst).empty())
-        return FailUsage("There is no command " + first);
     const bool isScript = first == application.script->get_name();
+    const int own =
+        isScript ? SplitAtFirstArgument(*application.script, argc, argv, application.scriptArguments) : argc;
+    const std::vector<std::string> words(argv + 1, argv + own);
+    if (first.substr(0, 1) != "-" && app.get_subcommands(isFirst).empty())
+        return FailUsage("There is no command " + first, words);
     try {
-        app.parse(isScript ? SplitAtFirstArgument(*application.script, argc, argv, application.scriptArguments) : argc,
-                  argv);
+        app.parse(own, argv);
     } catch (const CLI::ParseError& error) {
         if (error.get_exit_code() == 0)
             return Answer(app, error);
-        return FailUsage(app.get_subcommands().empty() ? "A command must come before " + first : error.what());
+        return FailUsage(app.get_subcommands().empty() ? "A command must come before " + first : error.what(), words);
     }
-    return RunWithinMemory(application.run);
+    return application.run();
 }

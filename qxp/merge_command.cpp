@@ -38,14 +38,12 @@ bool Merge(CXmlDocument& base, CXmlDocument& overlay, const MergeOptions& option
     return isMerged;
 }
 
-int Run(const MergeOptions& options)
+int Run(const MergeOptions& options, Diagnostics& diagnostics)
 {
-    Diagnostics diagnostics(options.common);
-    CDir dir;
     CXmlDocument base;
     CXmlDocument overlay;
-    if (!ReadDocument(options.base, dir, base, diagnostics) ||
-        !ReadDocument(options.overlay, dir, overlay, diagnostics) || !Merge(base, overlay, options, diagnostics))
+    if (!ReadDocument(options.base, "", base, diagnostics) ||
+        !ReadDocument(options.overlay, "", overlay, diagnostics) || !Merge(base, overlay, options, diagnostics))
         return StatusFailure;
     base.SetEncoding(wxS("UTF-8"));
     const auto save = [&](wxOutputStream& stream) { return base.Save(stream); };
@@ -90,6 +88,9 @@ void AddMergeCommand(CLI::App& app, std::function<int()>& run)
     AddCommonOptions(*command, options->common);
     command->callback([options, &run] {
         CheckArguments(*options);
-        run = [options] { return Run(*options); };
+        run = [options] {
+            return RunWithDiagnostics(options->common,
+                                      [&](Diagnostics& diagnostics) { return Run(*options, diagnostics); });
+        };
     });
 }

@@ -7,6 +7,8 @@
 namespace
 {
 
+constexpr const wchar_t* StandardInputName = wxS("<stdin>");
+
 std::string NonEmptyName(const std::string& text)
 {
     return text.empty() || text[0] == '=' ? "a NAME is missing" : "";
@@ -57,6 +59,7 @@ bool SetUpParser(const ParserOptions& options, CParser& parser, Diagnostics& dia
         return false;
     }
     parser.SetDir(dir);
+    diagnostics.SetSearchDirectory(options.dir);
     for (const auto& [isDefine, text] : options.defines) {
         if (isDefine)
             AddDefine(FromSystemName(text), parser, diagnostics);
@@ -66,9 +69,17 @@ bool SetUpParser(const ParserOptions& options, CParser& parser, Diagnostics& dia
     return true;
 }
 
+wxString NameFrom(const std::string& directory, const wxString& file)
+{
+    if (directory.empty() || file == StandardInputName || file.StartsWith(wxS("/")))
+        return file;
+    const wxString prefix = FromSystemName(directory);
+    return prefix.EndsWith(wxS("/")) ? prefix + file : prefix + wxS("/") + file;
+}
+
 wxString InputName(const std::string& file)
 {
-    return file == "-" ? wxString(wxS("<stdin>")) : FromSystemName(file);
+    return file == "-" ? wxString(StandardInputName) : FromSystemName(file);
 }
 
 bool OpenInput(const std::string& file, CDir& dir, CFile& source, Diagnostics& diagnostics)

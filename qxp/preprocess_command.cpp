@@ -1,7 +1,7 @@
 #include "qxp/preprocess_command.h"
 
 #include "qxp/command_line.h"
-#include "qxp/dependencies.h"
+#include "qxp/command_preprocessor.h"
 #include "qxp/diagnostics.h"
 #include "qxp/output.h"
 #include "qxp/parser_options.h"
@@ -32,25 +32,11 @@ struct PreprocessOptions
     std::string depsFile;
 };
 
-/// A preprocessor that notes the files it reads.
-class TrackingPreprocessor : public CPreprocessor
-{
-public:
-    TrackingPreprocessor(std::function<void(const wxString&)> read)
-        : CPreprocessor(nullptr, true), m_read(std::move(read))
-    {}
-    void IncludeRead(const wxString& path) override { m_read(path); }
-
-private:
-    std::function<void(const wxString&)> m_read;
-};
-
 class PreprocessRun
 {
 public:
-    explicit PreprocessRun(const PreprocessOptions& options)
-        : m_options(options), m_diagnostics(options.common), m_pp([this](const wxString& path) { NoteRead(path); }),
-          m_parser(&m_pp)
+    PreprocessRun(const PreprocessOptions& options, Diagnostics& diagnostics)
+        : m_options(options), m_diagnostics(diagnostics), m_pp(options.parser.dir, diagnostics), m_parser(&m_pp)
     {}
 
     int Run();
@@ -58,21 +44,19 @@ public:
 private:
     bool SetUp();
     bool Preprocess(const std::string& file);
-    void NoteRead(const wxString& path);
     std::string Result();
     void AppendBlock(const CParserBlock& block);
     void AppendUnit(const CParserUnit& unit);
     void AppendOrigin(const CParserUnit& unit);
     std::string SortedDefines() const;
-    wxString RuleTarget() const;
+    std::string Rule() const { return m_pp.GetDependencies().MakeRule(m_options.output, m_options.files[0]); }
 
     const PreprocessOptions& m_options;
-    Diagnostics m_diagnostics;
-    TrackingPreprocessor m_pp;
+    Diagnostics& m_diagnostics;
+    CommandPreprocessor m_pp;
     CParser m_parser;
     std::vector<wxString> m_removeNames;
     std::vector<const wchar_t*> m_removeList;
-    Dependencies m_dependencies;
     std::vector<const CParserBlock*> m_blocks;
 
     std::string m_text;
@@ -98,16 +82,6 @@ bool PreprocessRun::SetUp()
     return true;
 }
 
-void PreprocessRun::NoteRead(const wxString& path)
-{
-    const bool isRelative = !path.StartsWith(wxS("/"));
-    wxString prefix = isRelative ? FromSystemName(m_options.parser.dir) : wxString();
-    if (!prefix.empty() && !prefix.EndsWith(wxS("/")))
-        prefix += wxS("/");
-    m_dependencies.Add(prefix + path);
-    m_diagnostics.Progress(wxS("reading ") + prefix + path);
-}
-
 bool PreprocessRun::Preprocess(const std::string& file)
 {
     wxString text;
@@ -116,7 +90,7 @@ bool PreprocessRun::Preprocess(const std::string& file)
         return false;
     const wxString name = InputName(file);
     if (file != "-")
-        NoteRead(name);
+        m_pp.NoteRead(name);
     if (m_parser.Parse(text, name, nullptr, true) != 0) {
         m_diagnostics.ReportFailure(m_parser);
         return false;
@@ -169,22 +143,10 @@ std::string PreprocessRun::SortedDefines() const
     return text;
 }
 
-wxString PreprocessRun::RuleTarget() const
-{
-    if (!m_options.output.empty())
-        return FromSystemName(m_options.output);
-    const wxString file = m_options.files[0] == "-" ? wxString(wxS("stdin")) : FromSystemName(m_options.files[0]);
-    const size_t dot = file.rfind(wxS('.'));
-    const size_t slash = file.rfind(wxS('/'));
-    const size_t nameStart = slash == wxString::npos ? 0 : slash + 1;
-    const bool hasExtension = dot != wxString::npos && dot > nameStart;
-    return file.substr(0, hasExtension ? dot : wxString::npos) + wxS(".out");
-}
-
 std::string PreprocessRun::Result()
 {
     if (m_options.deps)
-        return m_dependencies.MakeRule(RuleTarget());
+        return Rule();
     if (m_options.listDefines)
         return SortedDefines();
     for (const CParserBlock* block : m_blocks)
@@ -201,8 +163,7 @@ int PreprocessRun::Run()
             return StatusFailure;
     }
     // With --deps, -o names the rule's target and the rule itself goes to standard output.
-    if (!m_options.depsFile.empty() &&
-        !WriteOutput(m_options.depsFile, m_dependencies.MakeRule(RuleTarget()), m_diagnostics))
+    if (!m_options.depsFile.empty() && !WriteOutput(m_options.depsFile, Rule(), m_diagnostics))
         return StatusFailure;
     if (!WriteOutput(m_options.deps ? std::string() : m_options.output, Result(), m_diagnostics))
         return StatusFailure;
@@ -239,9 +200,12 @@ void AddPreprocessCommand(CLI::App& app, std::function<int()>& run)
     CLI::Option* const deps = command->add_flag("--deps", options->deps, "Write a make rule instead of the text");
     origins->excludes(markers);
     list->excludes(deps);
-    command->add_option("--deps-file", options->depsFile, "Write a make rule there, beside the normal output")
-        ->type_name("DEPFILE")
-        ->check(NonEmptyFile);
+    AddDepsFileOption(*command, options->depsFile);
     AddCommonOptions(*command, options->common);
-    command->callback([options, &run] { run = [options] { return PreprocessRun(*options).Run(); }; });
+    command->callback([options, &run] {
+        run = [options] {
+            return RunWithDiagnostics(
+                options->common, [&](Diagnostics& diagnostics) { return PreprocessRun(*options, diagnostics).Run(); });
+        };
+    });
 }

@@ -35,7 +35,9 @@ struct ScriptOptions
 class ScriptRun
 {
 public:
-    explicit ScriptRun(const ScriptOptions& options) : m_options(options) {}
+    ScriptRun(const ScriptOptions& options, Diagnostics& diagnostics)
+        : m_options(options), m_diagnostics(diagnostics), m_log(diagnostics)
+    {}
 
     int Run();
 
@@ -46,8 +48,10 @@ private:
     bool RunTexts();
     bool RunFile();
     bool ReadText(wxString& text);
+    bool FlushOutput();
 
     const ScriptOptions& m_options;
+    Diagnostics& m_diagnostics;
     ScriptLog m_log;
     qxjsMinimal m_global;
     CJScript m_script{nullptr};
@@ -104,7 +108,8 @@ bool ScriptRun::ReadText(wxString& text)
     CFile file = m_options.file == "-" ? CFile::StandardInput() : CDir().OpenFile(name, wxFile::read);
     if (file.IsOpened() && file.Read(text, CFile::convDefault))
         return true;
-    wxLogError(wxS("qxp: error: %s '%s'"), file.IsOpened() ? wxS("File not readable") : wxS("File not found"), name);
+    m_diagnostics.Error(
+        wxString::Format(wxS("%s '%s'"), file.IsOpened() ? wxS("File not readable") : wxS("File not found"), name));
     return false;
 }
 
@@ -120,13 +125,13 @@ bool ScriptRun::RunFile()
 }
 
 /// Whether all that was printed has arrived; reports it when not.
-bool FlushOutput()
+bool ScriptRun::FlushOutput()
 {
     const bool flushed = std::fflush(stdout) == 0;
     if (flushed && !std::ferror(stdout))
         return true;
     const wxString reason = flushed ? wxString() : wxS(": ") + wxString::FromUTF8(std::strerror(errno));
-    wxLogError(wxS("qxp: error: Standard output not writable%s"), reason);
+    m_diagnostics.Error(wxS("Standard output not writable") + reason);
     return false;
 }
 
@@ -200,7 +205,10 @@ const CLI::App& AddScriptCommand(CLI::App& app, std::function<int()>& run, const
     AddCommonOptions(*command, options->common);
     command->callback([options, &run, &arguments] {
         TakeFileAndArguments(*options, arguments);
-        run = [options] { return ScriptRun(*options).Run(); };
+        run = [options] {
+            return RunWithDiagnostics(options->common,
+                                      [&](Diagnostics& diagnostics) { return ScriptRun(*options, diagnostics).Run(); });
+        };
     });
     return *command;
 }

@@ -1,6 +1,7 @@
 #include "qxp/script_log.h"
 
 #include "base/text_encoding.h"
+#include "qxp/diagnostics.h"
 
 #include <cstdio>
 #include <string>
@@ -11,9 +12,16 @@ namespace
 
 constexpr wxLogLevel ScriptErrorLevel = 103;
 
+Diagnostic::Kind KindOf(wxLogLevel level)
+{
+    if (level <= wxLOG_Error)
+        return Diagnostic::Kind::error;
+    return level == wxLOG_Warning ? Diagnostic::Kind::warning : Diagnostic::Kind::log;
+}
+
 } // namespace
 
-ScriptLog::ScriptLog() : m_previous(wxLog::SetActiveTarget(this))
+ScriptLog::ScriptLog(Diagnostics& diagnostics) : m_diagnostics(diagnostics), m_previous(wxLog::SetActiveTarget(this))
 {
     SetVerbose(true);
 }
@@ -41,8 +49,7 @@ void ScriptLog::WriteReport(const wxString& report)
     std::fflush(stdout);
     wxString text = report;
     report.StartsWith(wxS("CJScript "), &text);
-    const std::string bytes = ToUtf8(text);
-    std::fwrite(bytes.data(), 1, bytes.size(), stderr);
+    m_diagnostics.SayReport(text);
 }
 
 void ScriptLog::DoLogRecord(wxLogLevel level, const wxString& message, const wxLogRecordInfo&)
@@ -55,6 +62,6 @@ void ScriptLog::DoLogRecord(wxLogLevel level, const wxString& message, const wxL
         WriteLine(stdout, message);
     else {
         std::fflush(stdout);
-        WriteLine(stderr, message);
+        m_diagnostics.Say({KindOf(level), message, {}, {}, {}, ToUtf8(message) + "\n"});
     }
 }

@@ -6,12 +6,14 @@
 #include <cstdio>
 #include <vector>
 
-/// The log of a script run: what scripts print goes to standard output, their errors and the formatted reports to
-/// standard error. Takes the place of the log while it lives.
+class Diagnostics;
+
+/// The log of a script run: what scripts print goes to standard output, their errors and the formatted reports are
+/// diagnostics. Takes the place of the log while it lives.
 class ScriptLog : public wxLog
 {
 public:
-    ScriptLog();
+    explicit ScriptLog(Diagnostics& diagnostics);
     ~ScriptLog() override;
 
     /// Keeps reports back from now on; TakeReports hands them out and ends that.
@@ -20,12 +22,13 @@ public:
 
     /// Writes a text, NULs and all, and a line feed.
     static void WriteLine(std::FILE* stream, const wxString& text);
-    static void WriteReport(const wxString& report);
+    void WriteReport(const wxString& report);
 
 protected:
     void DoLogRecord(wxLogLevel level, const wxString& message, const wxLogRecordInfo& info) override;
 
 private:
+    Diagnostics& m_diagnostics;
     bool m_holding = false;
     std::vector<wxString> m_reports;
     wxLog* m_previous;

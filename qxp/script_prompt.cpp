@@ -85,7 +85,7 @@ void EvaluateAndPrint(CJScript& script, ScriptLog& log, wxString& pending)
     if (incomplete)
         return;
     for (const wxString& report : reports)
-        ScriptLog::WriteReport(report);
+        log.WriteReport(report);
     if (evaluated && !JSVAL_IS_VOID(value))
         ScriptLog::WriteLine(stdout, script.JSValToString(value));
     std::fflush(stdout);

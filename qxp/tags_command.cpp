@@ -1,6 +1,7 @@
 #include "qxp/tags_command.h"
 
 #include "qxp/command_line.h"
+#include "qxp/command_preprocessor.h"
 #include "qxp/diagnostics.h"
 #include "qxp/output.h"
 #include "qxp/parser_options.h"
@@ -38,7 +39,9 @@ CTagParser& NewParser(CPreprocessor& preprocessor, const TagsOptions& options)
 class TagsRun
 {
 public:
-    explicit TagsRun(const TagsOptions& options) : m_options(options), m_diagnostics(options.common) {}
+    TagsRun(const TagsOptions& options, Diagnostics& diagnostics)
+        : m_options(options), m_diagnostics(diagnostics), m_pp(options.parser.dir, diagnostics)
+    {}
 
     int Run();
 
@@ -49,8 +52,8 @@ private:
     void AppendContent(const CTagBlock& block, const std::string& indent);
 
     const TagsOptions& m_options;
-    Diagnostics m_diagnostics;
-    CPreprocessor m_pp{nullptr, true};
+    Diagnostics& m_diagnostics;
+    CommandPreprocessor m_pp;
     CTagParser& m_parser = NewParser(m_pp, m_options);
     std::string m_text;
 };
@@ -142,5 +145,10 @@ void AddTagsCommand(CLI::App& app, std::function<int()>& run)
     command->add_flag("--content", options->content, "Write the content of every block, each line behind |");
     AddOutputOption(*command, options->output);
     AddCommonOptions(*command, options->common);
-    command->callback([options, &run] { run = [options] { return TagsRun(*options).Run(); }; });
+    command->callback([options, &run] {
+        run = [options] {
+            return RunWithDiagnostics(options->common,
+                                      [&](Diagnostics& diagnostics) { return TagsRun(*options, diagnostics).Run(); });
+        };
+    });
 }

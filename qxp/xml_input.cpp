@@ -70,9 +70,11 @@ bool Load(CFile& source, CXmlDocument& document)
 
 } // namespace
 
-bool ReadDocument(const std::string& file, CDir& dir, CXmlDocument& document, Diagnostics& diagnostics)
+bool ReadDocument(const std::string& file, const std::string& directory, CXmlDocument& document,
+                  Diagnostics& diagnostics)
 {
     CFile source;
+    CDir dir(FromSystemName(directory));
     if (!OpenInput(file, dir, source, diagnostics))
         return false;
     diagnostics.Progress(wxS("reading ") + InputName(file));
@@ -81,9 +83,11 @@ bool ReadDocument(const std::string& file, CDir& dir, CXmlDocument& document, Di
     // The log says the same in other words.
     diagnostics.DropErrors();
     const CXmlDocument::LoadError& error = document.GetLoadError();
+    const wxString name = InputName(file);
+    const auto line = static_cast<unsigned long>(error.line);
     if (source.Error())
         ReportUnreadable(file, diagnostics);
     else
-        diagnostics.ErrorAt(InputName(file), error.line, error.message);
+        diagnostics.ErrorAt({name, line, NameFrom(directory, name), line}, error.message);
     return false;
 }
