@@ -17,7 +17,8 @@ public:
     /// Notes a file that was read, by its name in the search directory.
     void NoteRead(const wxString& path);
 
-    const Dependencies& GetDependencies() const { return m_dependencies; }
+    /// What was read by this and, where a command adds it, beside it.
+    Dependencies& GetDependencies() { return m_dependencies; }
 
     void IncludeRead(const wxString& path) override;
     void WarningGiven(const wxString& text, const CParserUnit& unit) override;

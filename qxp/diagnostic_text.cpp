@@ -34,13 +34,25 @@ const char* ColorOf(Diagnostic::Kind kind)
     }
 }
 
+/// A text of the input, for a terminal: with a code in the place of each character that would do something there.
+wxString Shown(const wxString& text)
+{
+    wxString shown;
+    for (const wxUniChar c : text) {
+        const wxUint32 code = c.GetValue();
+        const bool acts = (code < 0x20 && c != '\t' && c != '\n') || (code >= 0x7f && code < 0xa0);
+        shown += acts ? wxString::Format(wxS("\\x%02X"), code) : wxString(c);
+    }
+    return shown;
+}
+
 std::string Quote(wxString text)
 {
     const bool isLong = text.length() > LongestQuotedLine;
     text.Truncate(LongestQuotedLine);
     if (isLong)
         text += wxS("...");
-    return "    " + ToUtf8(text.Trim(false).Trim()) + "\n";
+    return "    " + ToUtf8(Shown(text.Trim(false).Trim())) + "\n";
 }
 
 /// The form that editors understand: "FILE:LINE: error: MESSAGE", the line in question, and notes.

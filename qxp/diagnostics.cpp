@@ -33,18 +33,6 @@ std::vector<wxString> ScriptMessages(const wxString& report)
     return messages;
 }
 
-<<<<<<< HEAD
-/// A text of the input, for a terminal: with a code in the place of each character that would do something there.
-wxString Shown(const wxString& text)
-{
-    wxString shown;
-    for (const wxUniChar c : text) {
-        const wxUint32 code = c.GetValue();
-        const bool acts = (code < 0x20 && c != '\t' && c != '\n') || (code >= 0x7f && code < 0xa0);
-        shown += acts ? wxString::Format(wxS("\\x%02X"), code) : wxString(c);
-    }
-    return shown;
-=======
 /// The line that a report shows above its messages, if there is one.
 std::optional<wxString> ScriptLine(const wxString& report)
 {
@@ -72,7 +60,6 @@ void ReportOutOfMemory(Diagnostics& diagnostics)
     } catch (const std::bad_alloc&) {
         std::fputs("qxp: error: Out of memory\n", stderr);
     }
->>>>>>> 042b126 (Write diagnostics as JSON lines or a SARIF document on request)
 }
 
 } // namespace
@@ -169,13 +156,6 @@ std::optional<DiagnosticPlace> Diagnostics::PlaceOf(const CParserUnit& unit) con
 /// For each level out the place that caused the unit to be read.
 void Diagnostics::AddOrigins(const CParserUnit& unit, Diagnostic& diagnostic) const
 {
-<<<<<<< HEAD
-    wxString text = unit.m_text.substr(0, LongestQuotedLine);
-    if (text.length() < unit.m_text.length())
-        text += wxS("...");
-    Write("    " + ToUtf8(Shown(text.Trim(false).Trim())) + "\n");
-=======
->>>>>>> 042b126 (Write diagnostics as JSON lines or a SARIF document on request)
     wxSharedPtr<CParserFile> file = unit.m_file;
     while (file && file->GetIncludedFrom()) {
         const CParserUnit& from = *file->GetIncludedFrom();

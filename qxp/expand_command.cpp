@@ -24,6 +24,7 @@ struct ExpandOptions
     std::string templateFile;
     std::string xmlFile;
     std::string output;
+    std::string depsFile;
     std::string begin = "<%";
     std::string end = "%>";
     std::vector<std::string> texts; ///< Given with -e.
@@ -97,6 +98,7 @@ private:
     bool ReadModel();
     bool RunTexts();
     bool Expand(wxString& text);
+    bool WriteResults(const wxString& text);
 
     const ExpandOptions& m_options;
     Diagnostics& m_diagnostics;
@@ -115,6 +117,8 @@ bool ExpandRun::ReadTemplate()
     CDir dir = m_pp.GetDir();
     if (!ReadInput(m_options.templateFile, dir, text, m_diagnostics))
         return false;
+    if (m_options.templateFile != "-")
+        m_pp.NoteRead(InputName(m_options.templateFile));
     if (m_template.Parse(text, InputName(m_options.templateFile), nullptr, false) == 0 &&
         m_template.ParseBlock(m_template.GetLastBlock(0)) == 0)
         return true;
@@ -125,7 +129,11 @@ bool ExpandRun::ReadTemplate()
 bool ExpandRun::ReadModel()
 {
     const std::string directory = DirectoryOf(m_options.xmlFile, m_options.parser.dir);
-    return ReadDocument(m_options.xmlFile, directory, m_document.Document(), m_diagnostics);
+    if (!ReadDocument(m_options.xmlFile, directory, m_document.Document(), m_diagnostics))
+        return false;
+    if (m_options.xmlFile != "-")
+        m_pp.GetDependencies().Add(NameFrom(directory, InputName(m_options.xmlFile)));
+    return true;
 }
 
 bool ExpandRun::RunTexts()
@@ -152,11 +160,21 @@ bool ExpandRun::Expand(wxString& text)
     return false;
 }
 
+bool ExpandRun::WriteResults(const wxString& text)
+{
+    std::vector<Output> outputs;
+    if (!m_options.depsFile.empty())
+        outputs.push_back({m_options.depsFile, TextWriter([this] {
+                               return m_pp.GetDependencies().MakeRule(m_options.output, m_options.templateFile);
+                           })});
+    outputs.push_back({m_options.output, TextWriter([&text] { return ToUtf8(text); })});
+    return WriteOutputs(outputs, m_diagnostics);
+}
+
 int ExpandRun::Run()
 {
     wxString text;
-    if (!ReadTemplate() || !ReadModel() || !RunTexts() || !Expand(text) ||
-        !WriteOutput(m_options.output, ToUtf8(text), m_diagnostics))
+    if (!ReadTemplate() || !ReadModel() || !RunTexts() || !Expand(text) || !WriteResults(text))
         return StatusFailure;
     m_diagnostics.Flush();
     return StatusSuccess;
@@ -183,6 +201,7 @@ void AddExpandCommand(CLI::App& app, std::function<int()>& run)
         ->allow_extra_args(false);
     AddLimitOptions(*command, options->limits);
     AddOutputOption(*command, options->output);
+    AddDepsFileOption(*command, options->depsFile);
     AddCommonOptions(*command, options->common);
     command->callback([options, &run] {
         run = [options] {

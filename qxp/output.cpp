@@ -5,6 +5,7 @@
 
 #include <wx/stream.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -40,18 +41,46 @@ wxString ReasonOf(int error)
     return error == 0 ? wxString() : wxS(": ") + wxString::FromUTF8(std::strerror(error));
 }
 
-bool WriteFile(const wxString& name, const ResultWriter& write, Diagnostics& diagnostics)
+/// A file that has its new content when it is committed.
+class PendingFile
 {
-    errno = 0;
-    CFile file = CDir().CreateFileW(name, true);
-    wxOutputStream* const stream = file.GetOutputStream();
-    const bool isWritten = stream && write(*stream);
-    if (isWritten && file.Close())
-        return true;
-    const wxString reason = ReasonOf(errno);
-    const bool isOutputAtFault = !stream || isWritten || !stream->IsOk();
-    return Fail(wxString::Format(wxS("Output file not writable '%s'%s"), name, reason), isOutputAtFault, diagnostics);
-}
+public:
+    explicit PendingFile(const std::string& name) : m_name(FromSystemName(name))
+    {
+        errno = 0;
+        m_file = CDir().CreateFileW(m_name, true);
+    }
+
+    bool IsOpened() const { return m_file.IsOpened(); }
+
+    bool Write(const ResultWriter& write, Diagnostics& diagnostics)
+    {
+        errno = 0;
+        wxOutputStream& stream = *m_file.GetOutputStream();
+        if (!write(stream))
+            return FailToWrite(!stream.IsOk(), diagnostics);
+        // What is held back would show only when other files have been committed.
+        stream.Sync();
+        return stream.IsOk() || FailToWrite(true, diagnostics);
+    }
+
+    bool Commit(Diagnostics& diagnostics)
+    {
+        errno = 0;
+        return m_file.Close() || FailToWrite(true, diagnostics);
+    }
+
+    bool FailToWrite(bool isOutputAtFault, Diagnostics& diagnostics) const
+    {
+        const wxString reason = ReasonOf(errno);
+        return Fail(wxString::Format(wxS("Output file not writable '%s'%s"), m_name, reason), isOutputAtFault,
+                    diagnostics);
+    }
+
+private:
+    wxString m_name;
+    CFile m_file;
+};
 
 bool WriteStandardOutput(const ResultWriter& write, Diagnostics& diagnostics)
 {
@@ -65,14 +94,41 @@ bool WriteStandardOutput(const ResultWriter& write, Diagnostics& diagnostics)
 
 } // namespace
 
+ResultWriter TextWriter(const std::function<std::string()>& make)
+{
+    return [make](wxOutputStream& stream) {
+        const std::string text = make();
+        return stream.WriteAll(text.data(), text.size());
+    };
+}
+
+bool WriteOutputs(const std::vector<Output>& outputs, Diagnostics& diagnostics)
+{
+    // What cannot be written at all is found before anything is.
+    std::vector<PendingFile> files;
+    for (const Output& output : outputs) {
+        if (output.fileName.empty())
+            continue;
+        files.emplace_back(output.fileName);
+        if (!files.back().IsOpened())
+            return files.back().FailToWrite(true, diagnostics);
+    }
+    auto file = files.begin();
+    for (const Output& output : outputs) {
+        const bool isWritten = output.fileName.empty() ? WriteStandardOutput(output.write, diagnostics)
+                                                       : (file++)->Write(output.write, diagnostics);
+        if (!isWritten)
+            return false;
+    }
+    return std::all_of(files.begin(), files.end(), [&](PendingFile& pending) { return pending.Commit(diagnostics); });
+}
+
 bool WriteOutput(const std::string& fileName, const ResultWriter& write, Diagnostics& diagnostics)
 {
-    return fileName.empty() ? WriteStandardOutput(write, diagnostics)
-                            : WriteFile(FromSystemName(fileName), write, diagnostics);
+    return WriteOutputs({{fileName, write}}, diagnostics);
 }
 
 bool WriteOutput(const std::string& fileName, const std::string& text, Diagnostics& diagnostics)
 {
-    return WriteOutput(
-        fileName, [&](wxOutputStream& stream) { return stream.WriteAll(text.data(), text.size()); }, diagnostics);
+    return WriteOutput(fileName, TextWriter([&text] { return text; }), diagnostics);
 }

@@ -7,8 +7,6 @@
 namespace
 {
 
-constexpr const wchar_t* StandardInputName = wxS("<stdin>");
-
 std::string NonEmptyName(const std::string& text)
 {
     return text.empty() || text[0] == '=' ? "a NAME is missing" : "";

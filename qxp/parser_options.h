@@ -31,6 +31,9 @@ void AddParserOptions(CLI::App& command, ParserOptions& options);
 /// @return false after an error that has been reported.
 bool SetUpParser(const ParserOptions& options, CParser& parser, Diagnostics& diagnostics);
 
+/// What standard input is called in diagnostics and for tools.
+constexpr const char* StandardInputName = "<stdin>";
+
 /// The name from the current directory of a file that is named from `directory` ("" for the current one).
 wxString NameFrom(const std::string& directory, const wxString& file);
 

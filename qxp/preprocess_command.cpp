@@ -5,10 +5,12 @@
 #include "qxp/diagnostics.h"
 #include "qxp/output.h"
 #include "qxp/parser_options.h"
+#include "qxp/source_map.h"
 #include "vc_qxparser.h"
 
 #include <algorithm>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -30,6 +32,7 @@ struct PreprocessOptions
     bool listDefines = false;
     bool deps = false;
     std::string depsFile;
+    std::string sourceMap;
 };
 
 class PreprocessRun
@@ -37,19 +40,23 @@ class PreprocessRun
 public:
     PreprocessRun(const PreprocessOptions& options, Diagnostics& diagnostics)
         : m_options(options), m_diagnostics(diagnostics), m_pp(options.parser.dir, diagnostics), m_parser(&m_pp)
-    {}
+    {
+        if (!options.sourceMap.empty())
+            m_map.emplace(options.parser.dir);
+    }
 
     int Run();
 
 private:
     bool SetUp();
     bool Preprocess(const std::string& file);
+    bool WriteResults();
     std::string Result();
     void AppendBlock(const CParserBlock& block);
     void AppendUnit(const CParserUnit& unit);
     void AppendOrigin(const CParserUnit& unit);
     std::string SortedDefines() const;
-    std::string Rule() const { return m_pp.GetDependencies().MakeRule(m_options.output, m_options.files[0]); }
+    std::string Rule() { return m_pp.GetDependencies().MakeRule(m_options.output, m_options.files[0]); }
 
     const PreprocessOptions& m_options;
     Diagnostics& m_diagnostics;
@@ -58,6 +65,7 @@ private:
     std::vector<wxString> m_removeNames;
     std::vector<const wchar_t*> m_removeList;
     std::vector<const CParserBlock*> m_blocks;
+    std::optional<SourceMap> m_map;
 
     std::string m_text;
     const CParserFile* m_lastFile = nullptr;
@@ -113,9 +121,17 @@ void PreprocessRun::AppendUnit(const CParserUnit& unit)
 
 void PreprocessRun::AppendOrigin(const CParserUnit& unit)
 {
+    const bool needsMarker =
+        m_options.lineMarkers && (unit.m_file.get() != m_lastFile || unit.m_line != m_lastLine + 1);
+    if (m_map) {
+        const CSourceLine source = unit.GetSource();
+        if (needsMarker)
+            m_map->AddLine(source);
+        m_map->AddLine(source);
+    }
     if (m_options.origins)
         m_text += ToSystemName(unit.GetFileName()) + ":" + std::to_string(unit.m_line) + ":\t";
-    if (m_options.lineMarkers && (unit.m_file.get() != m_lastFile || unit.m_line != m_lastLine + 1))
+    if (needsMarker)
         m_text += "#line " + std::to_string(unit.m_line) + " \"" + ToSystemName(unit.GetFileName()) + "\"\n";
     m_lastFile = unit.m_file.get();
     m_lastLine = unit.m_line;
@@ -154,6 +170,20 @@ std::string PreprocessRun::Result()
     return std::move(m_text);
 }
 
+bool PreprocessRun::WriteResults()
+{
+    std::vector<Output> outputs;
+    if (!m_options.depsFile.empty())
+        outputs.push_back({m_options.depsFile, TextWriter([this] { return Rule(); })});
+    // With --deps, -o names the rule's target and the rule itself goes to standard output.
+    outputs.push_back({m_options.deps ? std::string() : m_options.output, TextWriter([this] { return Result(); })});
+    // The map is complete when the text has been written.
+    if (m_map)
+        outputs.push_back(
+            {m_options.sourceMap, TextWriter([this] { return m_map->Text(m_options.output, m_options.sourceMap); })});
+    return WriteOutputs(outputs, m_diagnostics);
+}
+
 int PreprocessRun::Run()
 {
     if (!SetUp())
@@ -162,15 +192,19 @@ int PreprocessRun::Run()
         if (!Preprocess(file))
             return StatusFailure;
     }
-    // With --deps, -o names the rule's target and the rule itself goes to standard output.
-    if (!m_options.depsFile.empty() && !WriteOutput(m_options.depsFile, Rule(), m_diagnostics))
-        return StatusFailure;
-    if (!WriteOutput(m_options.deps ? std::string() : m_options.output, Result(), m_diagnostics))
+    if (!WriteResults())
         return StatusFailure;
     m_diagnostics.Flush();
     if (m_pp.WasPartial())
         m_diagnostics.Note(wxS("unresolved directives were kept"));
     return StatusSuccess;
+}
+
+/// What CLI11 cannot say about the options.
+void CheckOptions(const PreprocessOptions& options)
+{
+    if (!options.sourceMap.empty() && (options.sourceMap == options.output || options.sourceMap == options.depsFile))
+        throw CLI::ValidationError("--source-map", "another output goes to " + options.sourceMap);
 }
 
 } // namespace
@@ -201,8 +235,14 @@ void AddPreprocessCommand(CLI::App& app, std::function<int()>& run)
     origins->excludes(markers);
     list->excludes(deps);
     AddDepsFileOption(*command, options->depsFile);
+    command->add_option("--source-map", options->sourceMap, "Write there where each line comes from, for tools")
+        ->type_name("FILE")
+        ->check(NonEmptyFile)
+        ->excludes(list)
+        ->excludes(deps);
     AddCommonOptions(*command, options->common);
     command->callback([options, &run] {
+        CheckOptions(*options);
         run = [options] {
             return RunWithDiagnostics(
                 options->common, [&](Diagnostics& diagnostics) { return PreprocessRun(*options, diagnostics).Run(); });

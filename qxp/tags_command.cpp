@@ -10,6 +10,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace
 {
@@ -20,6 +21,7 @@ struct TagsOptions
     ParserOptions parser;
     std::string file;
     std::string output;
+    std::string depsFile;
     std::string begin = "<";
     std::string end = ">";
     bool preprocess = false;
@@ -68,6 +70,8 @@ bool TagsRun::Read()
     CDir dir = m_pp.GetDir();
     if (!ReadInput(m_options.file, dir, text, m_diagnostics))
         return false;
+    if (m_options.file != "-")
+        m_pp.NoteRead(InputName(m_options.file));
     if (m_parser.Parse(text, InputName(m_options.file), nullptr, false) == 0 &&
         m_parser.ParseBlock(m_parser.GetLastBlock(0)) == 0)
         return true;
@@ -123,7 +127,13 @@ int TagsRun::Run()
         AppendContent(text, std::string());
     for (size_t i = 0; i < text.GetSubBlockCount(); ++i)
         AppendBlock(*text.GetSubBlock(i), 0);
-    if (!WriteOutput(m_options.output, m_text, m_diagnostics))
+    std::vector<Output> outputs;
+    if (!m_options.depsFile.empty())
+        outputs.push_back({m_options.depsFile, TextWriter([this] {
+                               return m_pp.GetDependencies().MakeRule(m_options.output, m_options.file);
+                           })});
+    outputs.push_back({m_options.output, TextWriter([this] { return m_text; })});
+    if (!WriteOutputs(outputs, m_diagnostics))
         return StatusFailure;
     m_diagnostics.Flush();
     return StatusSuccess;
@@ -144,6 +154,7 @@ void AddTagsCommand(CLI::App& app, std::function<int()>& run)
     command->add_flag("--options", options->options, "Write the options of every block, as @NAME=VALUE");
     command->add_flag("--content", options->content, "Write the content of every block, each line behind |");
     AddOutputOption(*command, options->output);
+    AddDepsFileOption(*command, options->depsFile);
     AddCommonOptions(*command, options->common);
     command->callback([options, &run] {
         run = [options] {
