@@ -92,5 +92,5 @@ void CXmlDocument::ForgetChildren(wxXmlNode* node)
 {
     const auto entry = m_nodes.find(node);
     if (entry != m_nodes.end())
-        entry->second->m_known = CXmlNode::KnownChildren();
+        entry->second->m_known.reset();
 }

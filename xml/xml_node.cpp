@@ -79,21 +79,21 @@ CXmlNode* CXmlNode::Attach(wxXmlNode* node) const
 void CXmlNode::SetXmlNode(wxXmlNode* node)
 {
     m_node = node;
-    m_known = KnownChildren();
+    m_known.reset();
 }
 
 /// What is known of the children. A guest knows nothing, since it does not hear of changes by other handles.
 CXmlNode::KnownChildren& CXmlNode::Known()
 {
-    if (IsGuest())
-        m_known = KnownChildren();
-    return m_known;
+    if (!m_known || IsGuest())
+        m_known = std::make_unique<KnownChildren>();
+    return *m_known;
 }
 
 /// After children have been taken away or put in between by this handle.
 void CXmlNode::NoteChildrenChanged()
 {
-    m_known = KnownChildren();
+    m_known.reset();
     if (IsGuest())
         m_document->ForgetChildren(m_node);
 }
@@ -132,13 +132,13 @@ wxXmlNode* CXmlNode::FindChild(const wxString& name)
 {
     if (IsGuest())
         return FindByName(m_node->GetChildren(), name);
-    if (m_known.names)
-        return m_known.names->Find(name);
+    if (m_known && m_known->names)
+        return m_known->names->Find(name);
     wxXmlNode* child = m_node->GetChildren();
     for (int walked = 0; child && child->GetName() != name; child = child->GetNext()) {
         if (++walked < LongestWalk)
             continue;
-        m_known.names = std::make_unique<xml_detail::NameIndex>(m_node->GetChildren());
+        Known().names = std::make_unique<xml_detail::NameIndex>(m_node->GetChildren());
         return FindChild(name);
     }
     return child;
@@ -193,8 +193,8 @@ void CXmlNode::SetName(const wxString& name)
         return;
     m_node->SetName(name);
     const auto parent = m_document->m_nodes.find(m_node->GetParent());
-    if (parent != m_document->m_nodes.end())
-        parent->second->m_known.names.reset();
+    if (parent != m_document->m_nodes.end() && parent->second->m_known)
+        parent->second->m_known->names.reset();
 }
 
 wxString CXmlNode::GetNodeContent() const

@@ -210,7 +210,7 @@ private:
     CXmlDocument* const m_owner; ///< Who deletes this handle.
     CXmlDocument* m_document;
     wxXmlNode* m_node;
-    KnownChildren m_known;
+    std::unique_ptr<KnownChildren> m_known; ///< Null: nothing. Most nodes have no children.
     CJScriptLink m_link;
 
     wxDECLARE_CLASS(CXmlNode);

@@ -31,14 +31,16 @@ void CXmlNode::LinkBehind(wxXmlNode* child, wxXmlNode* before)
         m_node->SetChildren(child);
     if (IsGuest())
         NoteChildrenChanged();
+    if (!m_known)
+        return;
     if (child->GetNext()) {
-        m_known.item = nullptr;
-        m_known.names.reset();
+        m_known->item = nullptr;
+        m_known->names.reset();
     }
-    if (m_known.names)
-        m_known.names->Add(child);
-    if (m_known.count >= 0)
-        ++m_known.count;
+    if (m_known->names)
+        m_known->names->Add(child);
+    if (m_known->count >= 0)
+        ++m_known->count;
 }
 
 CXmlNode* CXmlNode::AddRawNode(const wxString& name)
