@@ -62,8 +62,8 @@ bool Read(wxXmlDocument& document, const wxString& name, bool fast)
     const Phase phase("read");
     wxFFileInputStream file(name);
     wxBufferedInputStream buffered(file, bufferSize);
-    xml_detail::ReadProblem problem;
-    return fast ? xml_detail::ReadTree(file, document, wxString(), wxXMLDOC_NONE, maxDepth, problem)
+    CXmlDocument::LoadError error;
+    return fast ? xml_detail::ReadTree(file, document, wxString(), wxXMLDOC_NONE, maxDepth, error)
                 : document.Load(buffered);
 }
 

@@ -21,14 +21,14 @@ bool MayDiffer(const std::string& text)
 
 bool IsDeep(const ReadResult& result)
 {
-    return result.problem.message.StartsWith(wxS("elements are nested deeper than"));
+    return result.error.message.StartsWith(wxS("elements are nested deeper than"));
 }
 
 void CheckFailure(const ReadResult& result)
 {
-    Require(!result.done == !result.problem.message.empty(), "a failure has a message, a success none");
+    Require(!result.done == !result.error.message.empty(), "a failure has a message, a success none");
     Require(result.errors.size() == (result.done ? 0u : 1u), "a failure is logged once");
-    Require(result.done || (result.problem.line >= 0 && result.problem.column >= 0), "a failure has a place");
+    Require(result.done || (result.error.line >= 0 && result.error.column >= 0), "a failure has a place");
     Require(result.done == result.document->IsOk(), "a failure leaves no tree");
 }
 

@@ -23,6 +23,8 @@ namespace xml_detail
 namespace
 {
 
+using LoadError = CXmlDocument::LoadError;
+
 /// What default values of attributes may add to a document: as much as entities may.
 constexpr unsigned long long defaultsAllowed = 8 << 20;
 constexpr unsigned long long defaultsPerByte = 100;
@@ -49,7 +51,7 @@ public:
 
     bool Read(wxInputStream& stream);
     void MoveTo(wxXmlDocument& document);
-    const ReadProblem& Problem() const { return m_problem; }
+    const LoadError& Error() const { return m_error; }
 
 private:
     struct FreeParser
@@ -94,10 +96,10 @@ private:
     const wxString& Decode(const XML_Char* text, size_t size, wxString& into);
     const wxString& Decode(const XML_Char* text, wxString& into) { return Decode(text, std::strlen(text), into); }
 
-    bool HasFailed() const { return m_outOfMemory || !m_problem.message.empty(); }
-    ReadProblem ProblemHere(const wxString& message) const;
-    void Fail(const ReadProblem& problem);
-    void Fail(const wxString& message) { Fail(ProblemHere(message)); }
+    bool HasFailed() const { return m_outOfMemory || !m_error.message.empty(); }
+    LoadError ErrorHere(const wxString& message) const;
+    void Fail(const LoadError& error);
+    void Fail(const wxString& message) { Fail(ErrorHere(message)); }
 
     /// Passes an event on to a function of the reader. Some events still come after a failure.
     template <auto Function> struct Handler;
@@ -121,7 +123,7 @@ private:
 
     const bool m_keepBlanks;
     const unsigned int m_maxDepth;
-    ReadProblem m_problem;
+    LoadError m_error;
     bool m_outOfMemory = false;
 
     std::unique_ptr<wxXmlNode, DeleteNodes> m_tree;
@@ -192,16 +194,16 @@ bool TreeReader::Read(wxInputStream& stream)
     return !HasFailed();
 }
 
-ReadProblem TreeReader::ProblemHere(const wxString& message) const
+LoadError TreeReader::ErrorHere(const wxString& message) const
 {
     XML_Parser parser = m_parser.get();
     return {message, static_cast<long>(XML_GetCurrentLineNumber(parser)),
             static_cast<long>(XML_GetCurrentColumnNumber(parser)) + 1};
 }
 
-void TreeReader::Fail(const ReadProblem& problem)
+void TreeReader::Fail(const LoadError& error)
 {
-    m_problem = problem;
+    m_error = error;
     XML_StopParser(m_parser.get(), XML_FALSE);
 }
 
@@ -270,14 +272,14 @@ void TreeReader::AddAttributes(wxXmlNode& element, const XML_Char** attributes)
 /// values. Where it converts the tag for that, it is at its end afterwards.
 void TreeReader::CheckReferences()
 {
-    const ReadProblem here = ProblemHere(wxString());
+    const LoadError here = ErrorHere(wxString());
     std::string tag;
     m_rawTag = &tag;
     XML_DefaultCurrent(m_parser.get());
     m_rawTag = nullptr;
     const std::string missing = m_entities.FindUndeclared(tag);
     if (!missing.empty())
-        Fail(ReadProblem{UndefinedEntity(missing.c_str()), here.line, here.column});
+        Fail(LoadError{UndefinedEntity(missing.c_str()), here.line, here.column});
 }
 
 /// Default values come with every element of a name.
@@ -447,7 +449,7 @@ int XMLCALL TreeReader::RefuseExternal(XML_Parser self, const XML_Char*, const X
 } // namespace
 
 bool ReadTree(wxInputStream& stream, wxXmlDocument& document, const wxString&, int flags, unsigned int maxDepth,
-              ReadProblem& problem)
+              CXmlDocument::LoadError& error)
 {
     try {
         TreeReader reader(flags, maxDepth);
@@ -455,11 +457,11 @@ bool ReadTree(wxInputStream& stream, wxXmlDocument& document, const wxString&, i
             reader.MoveTo(document);
             return true;
         }
-        problem = reader.Problem();
+        error = reader.Error();
     } catch (const std::bad_alloc&) {
-        problem = {wxS("out of memory"), 0, 0};
+        error = {wxS("out of memory"), 0, 0};
     }
-    wxLogError(wxS("XML parsing error: '%s' at line %ld"), problem.message, problem.line);
+    wxLogError(wxS("XML parsing error: '%s' at line %ld"), error.message, error.line);
     return false;
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "xml/xml_document.h"
+
 #include <wx/stream.h>
 #include <wx/string.h>
 #include <wx/xml/xml.h>
@@ -17,18 +19,10 @@
 namespace xml_detail
 {
 
-/// Why a document was not read, and where.
-struct ReadProblem
-{
-    wxString message; ///< the reason alone, without the place
-    long line = 0;    ///< counted from 1
-    long column = 0;  ///< counted from 1
-};
-
 /// Replaces the tree of `document` by that of the text in `stream`. `encoding` is not used: the document itself says
 /// what it is in, as for Load. `flags` are those of Load. `maxDepth` is how deep elements may be nested, 1 for the root
-/// alone. On failure it returns false, fills `problem`, logs one error and leaves `document` as it was.
+/// alone. On failure it returns false, fills `error`, logs one error and leaves `document` as it was.
 bool ReadTree(wxInputStream& stream, wxXmlDocument& document, const wxString& encoding, int flags,
-              unsigned int maxDepth, ReadProblem& problem);
+              unsigned int maxDepth, CXmlDocument::LoadError& error);
 
 } // namespace xml_detail

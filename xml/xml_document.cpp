@@ -129,9 +129,8 @@ bool CXmlDocument::Load(wxInputStream& stream, const wxString& encoding, int fla
     NoticeMissingParent();
     if (!m_emptyNode.m_link.IsCreated())
         MakeScriptObject(m_emptyNode);
-    xml_detail::ReadProblem problem;
-    const bool loaded = xml_detail::ReadTree(stream, *m_tree, encoding, flags, m_maxDepth, problem);
-    m_loadError = {problem.message, problem.line, problem.column};
+    m_loadError = LoadError();
+    const bool loaded = xml_detail::ReadTree(stream, *m_tree, encoding, flags, m_maxDepth, m_loadError);
     m_link.AnnounceMemory(static_cast<std::size_t>(stream.TellI()) * MemoryPerByte);
     return loaded;
 }

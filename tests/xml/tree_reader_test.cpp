@@ -13,20 +13,20 @@ namespace
 
 wxString RootText(const ReadResult& result)
 {
-    return result.done ? result.document->GetRoot()->GetNodeContent() : wxS("not read: ") + result.problem.message;
+    return result.done ? result.document->GetRoot()->GetNodeContent() : wxS("not read: ") + result.error.message;
 }
 
 wxString RootAttribute(const ReadResult& result, const char* name)
 {
-    return result.done ? result.document->GetRoot()->GetAttribute(name) : wxS("not read: ") + result.problem.message;
+    return result.done ? result.document->GetRoot()->GetAttribute(name) : wxS("not read: ") + result.error.message;
 }
 
 void ExpectProblem(const ReadResult& result, const char* message, long line, long column)
 {
     EXPECT_FALSE(result.done);
-    EXPECT_EQ(result.problem.message, message);
-    EXPECT_EQ(result.problem.line, line);
-    EXPECT_EQ(result.problem.column, column);
+    EXPECT_EQ(result.error.message, message);
+    EXPECT_EQ(result.error.line, line);
+    EXPECT_EQ(result.error.column, column);
     EXPECT_FALSE(result.document->IsOk());
     const std::vector<wxString> logged{
         wxString::Format(wxS("XML parsing error: '%s' at line %ld"), wxString(message), line)};
@@ -252,8 +252,7 @@ TEST(tree_reader, keeps_the_document_as_it_was_when_it_fails)
     const LogCapture log;
     const std::string text = "<?xml version='1.1' encoding='KOI8-R'?><!DOCTYPE b SYSTEM 't'><b>";
     wxMemoryInputStream stream(text.data(), text.size());
-    EXPECT_FALSE(
-        xml_detail::ReadTree(stream, *result.document, wxString(), wxXMLDOC_NONE, TestMaxDepth, result.problem));
+    EXPECT_FALSE(xml_detail::ReadTree(stream, *result.document, wxString(), wxXMLDOC_NONE, TestMaxDepth, result.error));
     EXPECT_EQ(Describe(*result.document), before);
 }
 
@@ -262,8 +261,7 @@ TEST(tree_reader, replaces_the_tree_that_the_document_had)
     ReadResult result = ReadOurs("<!-- c --><a><b/></a>");
     const std::string text = "<c/>";
     wxMemoryInputStream stream(text.data(), text.size());
-    EXPECT_TRUE(
-        xml_detail::ReadTree(stream, *result.document, wxString(), wxXMLDOC_NONE, TestMaxDepth, result.problem));
+    EXPECT_TRUE(xml_detail::ReadTree(stream, *result.document, wxString(), wxXMLDOC_NONE, TestMaxDepth, result.error));
     EXPECT_EQ(DescribeTree(result.document->GetDocumentNode()), "9  '' line -1\n"
                                                                 " 1 c '' line 1\n");
 }

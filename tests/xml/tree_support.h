@@ -72,7 +72,7 @@ struct ReadResult
 {
     DocumentPointer document{new wxXmlDocument};
     bool done = false;
-    xml_detail::ReadProblem problem;
+    CXmlDocument::LoadError error;
     std::vector<wxString> errors;
 };
 
@@ -80,7 +80,7 @@ inline ReadResult ReadOurs(wxInputStream& stream, int flags = wxXMLDOC_NONE, uns
 {
     const LogCapture log;
     ReadResult result;
-    result.done = xml_detail::ReadTree(stream, *result.document, wxS("UTF-8"), flags, maxDepth, result.problem);
+    result.done = xml_detail::ReadTree(stream, *result.document, wxS("UTF-8"), flags, maxDepth, result.error);
     result.errors = log.Errors();
     return result;
 }

@@ -171,7 +171,7 @@ TEST(tree_writer, writes_utf_16_with_a_mark_and_reads_it_back)
     EXPECT_TRUE(written.done);
     EXPECT_EQ(written.bytes.substr(0, 4), std::string("\xff\xfe<\0", 4));
     const ReadResult read = ReadOurs(written.bytes);
-    EXPECT_TRUE(read.done) << read.problem.message;
+    EXPECT_TRUE(read.done) << read.error.message;
     EXPECT_EQ(read.document->GetRoot()->GetNodeContent(), wxS("x \u65e5 \U0001f600"));
     EXPECT_EQ(read.document->GetFileEncoding(), "UTF-16");
 }
@@ -267,6 +267,24 @@ TEST(tree_writer, writes_a_deep_tree_where_that_is_allowed)
     const WriteResult result = WriteOurs(*Nested(300'000), wxXML_NO_INDENTATION, 300'000);
     EXPECT_TRUE(result.done);
     EXPECT_GT(result.bytes.size(), 6u * 300'000);
+}
+
+TEST(tree_writer, largest_documents_are_read_back_as_they_were_written)
+{
+    std::string attributes = "<a";
+    for (int i = 0; i < 100'000; ++i)
+        attributes += " n" + std::to_string(i) + "='" + std::to_string(i) + "'";
+    std::string nested;
+    for (unsigned int i = 0; i < TestMaxDepth; ++i)
+        nested = "<a>" + nested + "</a>";
+    for (const std::string& root : {attributes + "/>", nested}) {
+        const ReadResult first = ReadOurs("<?xml version='1.0' encoding='UTF-8'?>\n" + root);
+        ASSERT_TRUE(first.done);
+        const ReadResult second = ReadOurs(WriteOurs(*first.document, wxXML_NO_INDENTATION).bytes);
+        ASSERT_TRUE(second.done);
+        EXPECT_TRUE(Describe(*second.document) == Describe(*first.document));
+        EXPECT_TRUE(WriteOurs(*second.document).bytes == WriteOurs(*first.document).bytes);
+    }
 }
 
 TEST(tree_writer, fails_when_the_stream_does_not_take_all)
