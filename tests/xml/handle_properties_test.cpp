@@ -6,6 +6,7 @@
 #include <wx/xml/xml.h>
 
 #include <algorithm>
+#include <iterator>
 #include <memory>
 #include <string>
 #include <vector>
@@ -20,7 +21,7 @@ struct Model
     Model* parent = nullptr;
     std::vector<std::unique_ptr<Model>> children;
     CXmlNode* handle = nullptr; ///< As first met.
-    bool isOfDocument = true;
+    CXmlNode* guest = nullptr;  ///< That of the overlay that the node came from, while there is that.
 
     int IndexOf(const Model& child) const
     {
@@ -40,9 +41,10 @@ public:
     void Step()
     {
         using Action = void (Walk::*)();
-        static constexpr Action actions[] = {&Walk::Add,       &Walk::Add,     &Walk::Add,        &Walk::Remove,
-                                             &Walk::RemoveAll, &Walk::Move,    &Walk::MoveAt,     &Walk::Navigate,
-                                             &Walk::Navigate,  &Walk::SetText, &Walk::RemoveNamed};
+        static constexpr Action actions[] = {
+            &Walk::Add,         &Walk::Add,     &Walk::Add,      &Walk::Remove,   &Walk::RemoveAll,
+            &Walk::Move,        &Walk::MoveAt,  &Walk::Navigate, &Walk::Navigate, &Walk::SetText,
+            &Walk::RemoveNamed, &Walk::Overlay, &Walk::Overlay,  &Walk::Copy,     &Walk::RemoveByOverlay};
         (this->*actions[*rc::gen::inRange<std::size_t>(0, std::size(actions))])();
         if (*rc::gen::inRange(0, 60) == 0)
             SetRoot();
@@ -90,6 +92,11 @@ private:
         CXmlNode* const handle = Handle(node);
         RC_ASSERT(handle->GetChildrenCount() == static_cast<int>(node.children.size()));
         RC_ASSERT(handle->GetIndex() == (node.parent ? node.parent->IndexOf(node) : -1));
+        if (node.guest) {
+            RC_ASSERT(node.guest->GetXmlNode() == handle->GetXmlNode());
+            RC_ASSERT(node.guest->GetDocument() == &m_document);
+            RC_ASSERT(node.guest->GetChildrenCount() == static_cast<int>(node.children.size()));
+        }
         if (handle->GetJSLink()->GetContext())
             RC_ASSERT(handle->GetJSLink()->IsCreated());
         for (const auto& child : node.children)
@@ -224,6 +231,63 @@ private:
         Append(parent, text);
     }
 
+    static void ForgetGuests(Model& node)
+    {
+        node.guest = nullptr;
+        for (const auto& child : node.children)
+            ForgetGuests(*child);
+    }
+
+    /// The last overlay ends here, and with it its handles on what is in the document now.
+    CXmlDocument& NewOverlay(const std::string& children)
+    {
+        ForgetGuests(*m_root);
+        m_overlay = std::make_unique<CXmlDocument>();
+        RC_ASSERT(m_overlay->SetContent(wxString::FromUTF8("<r>" + children + "</r>")));
+        return *m_overlay;
+    }
+
+    int FirstOfRoot(const std::string& name) const
+    {
+        const auto& children = m_root->children;
+        const auto hasName = [&](const auto& child) { return child->name == name; };
+        const auto found = std::find_if(children.begin(), children.end(), hasName);
+        return found == children.end() ? -1 : static_cast<int>(found - children.begin());
+    }
+
+    void Overlay()
+    {
+        const std::string anchor = AnyName();
+        const std::string name = AnyName();
+        const bool after = *rc::gen::arbitrary<bool>();
+        const std::string marker = "<" + anchor + " Merge='" + (after ? "Pos" : "PosBefore") + "'/>";
+        CXmlDocument& overlay = NewOverlay(marker + "<" + name + "><b/></" + name + ">");
+        CXmlNode* const moved = overlay.GetRawRoot()->GetRawItem(1);
+        RC_ASSERT(m_document.MergeWith(&overlay));
+        const int found = FirstOfRoot(anchor);
+        Append(Append(*m_root, name), "b");
+        m_root->children.back()->guest = moved;
+        if (found >= 0)
+            std::rotate(m_root->children.begin() + found + after, m_root->children.end() - 1, m_root->children.end());
+    }
+
+    void RemoveByOverlay()
+    {
+        const std::string name = AnyName();
+        RC_ASSERT(m_document.MergeWith(&NewOverlay("<" + name + " Merge='Remove'/>")));
+        const int found = FirstOfRoot(name);
+        if (found >= 0)
+            m_root->children.erase(m_root->children.begin() + found);
+    }
+
+    void Copy()
+    {
+        const std::string name = AnyName();
+        RC_ASSERT(m_document.MergeXML(&NewOverlay("<" + name + "/>"), *rc::gen::arbitrary<bool>()));
+        if (FirstOfRoot(name) < 0)
+            Append(*m_root, name);
+    }
+
     void Navigate()
     {
         Model& node = AnyElement();
@@ -243,6 +307,7 @@ private:
     }
 
     CXmlDocument& m_document;
+    std::unique_ptr<CXmlDocument> m_overlay;
     std::unique_ptr<Model> m_root;
 };
 
