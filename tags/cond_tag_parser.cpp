@@ -1,9 +1,9 @@
 #include "tags/cond_tag_parser.h"
 
-#include "preprocessor/plain_expression_detail.h"
 #include "script/script.h"
 #include "script/script_link.h"
 #include "tags/cond_define_script_detail.h"
+#include "tags/cond_node_functions_detail.h"
 #include "tags/cond_node_path_detail.h"
 #include "tags/cond_plan_detail.h"
 #include "xml/tree_links_detail.h"
@@ -13,10 +13,8 @@
 #include <wx/log.h>
 #include <wx/xml/xml.h>
 
-#include <algorithm>
 #include <limits>
 #include <optional>
-#include <string_view>
 
 wxIMPLEMENT_CLASS(CCondTagParser, CTagParser);
 
@@ -40,14 +38,6 @@ namespace
 
 constexpr const wxChar* TraceMask = wxS("TavoliJscriptTrace");
 
-int ChildCount(const wxXmlNode* node)
-{
-    int count = 0;
-    for (const wxXmlNode* child = node ? node->GetChildren() : nullptr; child; child = child->GetNext())
-        ++count;
-    return count;
-}
-
 bool HasName(const wxXmlNode* node, const wxString& name)
 {
     return node && node->GetName() == name;
@@ -66,60 +56,6 @@ void AppendCounter(const CondExpression& expression, const CCondTagParser::wxArr
         wxLogError(wxS("Xml parse : bad ++ counter level: request %d has %d"), expression.level, innermost);
     else
         out << counters[static_cast<size_t>(innermost - expression.level)];
-}
-
-/// The methods of a node that only read it.
-class NodeFunctions : public PlainFunctions
-{
-public:
-    explicit NodeFunctions(const wxXmlNode* node) : m_node(node) {}
-
-    std::optional<PlainValue> Call(std::wstring_view name, const wxString* argument) const override;
-
-private:
-    const wxXmlNode* m_node;
-};
-
-const wxXmlAttribute* FindAttribute(const wxXmlNode* node, const wxString& name)
-{
-    const wxXmlAttribute* attribute = node ? node->GetAttributes() : nullptr;
-    while (attribute && attribute->GetName() != name)
-        attribute = attribute->GetNext();
-    return attribute;
-}
-
-/// The first attribute of these names that there is, by the order of the names; null for none.
-const wxXmlAttribute* FindAttribute(const wxXmlNode* node, const std::vector<wxString>& names)
-{
-    for (const wxString& name : names) {
-        if (const wxXmlAttribute* const attribute = FindAttribute(node, name))
-            return attribute;
-    }
-    return nullptr;
-}
-
-/// A text as script has it. Characters that are two there are left to the engine.
-std::optional<PlainValue> PlainText(const wxString& text)
-{
-    const wchar_t* const chars = text.wx_str();
-    if (!std::all_of(chars, chars + text.length(), [](wchar_t ch) { return ch < 0xD800; }))
-        return std::nullopt;
-    return text;
-}
-
-std::optional<PlainValue> NodeFunctions::Call(std::wstring_view name, const wxString* argument) const
-{
-    if (argument && name == L"GetProp") {
-        const wxXmlAttribute* const attribute = FindAttribute(m_node, *argument);
-        return PlainText(attribute ? attribute->GetValue() : wxString());
-    }
-    if (argument && name == L"HasProp")
-        return FindAttribute(m_node, *argument) != nullptr;
-    if (!argument && name == L"GetName")
-        return PlainText(m_node ? m_node->GetName() : wxString());
-    if (!argument && (name == L"GetCount" || name == L"GetChildrenCount"))
-        return static_cast<double>(ChildCount(m_node));
-    return std::nullopt;
 }
 
 wxString HierarchyOf(const CondPlan& plan)
@@ -174,8 +110,6 @@ CCondTagParser::Decision CCondTagParser::Fail(const wxString& message)
     return Decision::Failed;
 }
 
-// --- Options that every tag may have ---
-
 bool CCondTagParser::UpdateNodeOption(const CondPlan& plan, CXmlNodeRef& node, const wxArrayCounters& counters,
                                       CDefineList& defines, bool& skip)
 {
@@ -211,8 +145,6 @@ void CCondTagParser::RunDefine(const wxString& script, bool isGlobal, CDefineLis
             defines.Add(name, value);
     }
 }
-
-// --- What the type says ---
 
 CCondTagParser::Decision CCondTagParser::Decide(const CondPlan& plan, const CXmlNodeRef& node, bool& taken,
                                                 const wxArrayCounters& counters, const CDefineList& defines,
@@ -273,8 +205,6 @@ CCondTagParser::Decision CCondTagParser::DecideCondition(const CondPlan& plan, c
     return taken ? Decision::Taken : Decision::Skipped;
 }
 
-// --- Expansion ---
-
 bool CCondTagParser::Expand(const CondPlan& plan, CXmlNodeRef& node, wxString& out, wxArrayCounters& counters,
                             const CDefineList& defines, Repetition& repetition)
 {
@@ -325,8 +255,6 @@ bool CCondTagParser::ExpandOnce(const CondPlan& plan, const CXmlNodeRef& node, w
     }
     return true;
 }
-
-// --- Substitution ---
 
 void CCondTagParser::UpdateContent(const CondText& text, const CXmlNodeRef& node, const wxArrayCounters& counters,
                                    const CDefineList& defines, wxString& out)
@@ -396,8 +324,6 @@ void CCondTagParser::AppendScript(const CondExpression& expression, const CXmlNo
     else
         wxLogError(wxS("Xml parse : bad script %s"), expression.text);
 }
-
-// --- Scripts ---
 
 CJScript* CCondTagParser::Script()
 {

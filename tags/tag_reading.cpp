@@ -133,8 +133,6 @@ const CParserUnit* CTagBlock::LastUnit() const
     return nullptr;
 }
 
-// --- Finding a tag ---
-
 bool CTagBlock::FindBeginTag(int& unit, size_t& at) const
 {
     const Span tag(GetCurrentBeginTag());
@@ -238,8 +236,6 @@ std::vector<size_t> CTagBlock::CutsOfRow(int slot, size_t behind) const
     }
     return cuts;
 }
-
-// --- Reading a block ---
 
 long CTagBlock::CreateSubBlocks()
 {

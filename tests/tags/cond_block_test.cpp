@@ -5,8 +5,6 @@ namespace
 
 using CondBlockTest = CondTest;
 
-// --- Types of blocks ---
-
 TEST_F(CondBlockTest, TextOutsideOfTagsIsWrittenOnce)
 {
     EXPECT_EQ("a|b||", Expand("a\nb\n"));
@@ -127,8 +125,6 @@ TEST_F(CondBlockTest, ANullNodeIsAnEmptyOne)
     EXPECT_EQ("none 3\n\n", out);
 }
 
-// --- repeat ---
-
 TEST_F(CondBlockTest, RepeatCountRepeatsItsContent)
 {
     EXPECT_EQ("0||1||2||", Expand("<%repeat count='3'%>\n[%++%]\n<%/repeat%>\n"));
@@ -246,8 +242,6 @@ TEST_F(CondBlockTest, TheHostCanLimitThePassesOfARun)
     EXPECT_EQ(CondFailure("Xml parse : more than 5 passes in \nrepeat=in"), Expand(text));
 }
 
-// --- Counters ---
-
 TEST_F(CondBlockTest, CountersAreCountedFromTheInnermostRepeatOut)
 {
     EXPECT_EQ("000||001||010||011||100||101||110||111||",
@@ -273,8 +267,6 @@ TEST_F(CondBlockTest, CountersStandInOptions)
 {
     EXPECT_EQ("0||2||", Expand("<%repeat count='3'%>\n<%if cond='[%++%] != 1'%>\n[%++%]\n<%/if%>\n<%/repeat%>\n"));
 }
-
-// --- if, elseif, else ---
 
 TEST_F(CondBlockTest, IfWritesItsContentWhenTheConditionIsTrue)
 {
@@ -412,8 +404,6 @@ TEST_F(CondBlockTest, ChainsRunThroughNestedRepeats)
                      "<%elseif cond='[%++%] == 0'%>\n[%++1%][%++%] elseif\n<%/elseif%>\n"
                      "<%else%>\n[%++1%][%++%] else\n<%/else%>\n<%/repeat%>\n<%/repeat%>\n"));
 }
-
-// --- node ---
 
 constexpr const char* Tree = "<r id='0'><a id='1'><b id='2'><c id='3'/></b></a><!--n--><a id='4'><b id='5'/></a></r>";
 

@@ -5,8 +5,6 @@
 namespace
 {
 
-// --- The list ---
-
 using List = CCondTagParser::CDefineList;
 
 std::string Value(const List& list, const wxString& name)
@@ -115,8 +113,6 @@ TEST(CondDefineListTest, ALongListIsFreedWithoutDeepRecursion)
     EXPECT_EQ("none", Value(shared, "b"));
 }
 
-// --- DEFINE ---
-
 using CondDefineTest = CondTest;
 
 TEST_F(CondDefineTest, DefineMakesTheValuesOfAScript)
@@ -219,8 +215,6 @@ TEST_F(CondDefineTest, DefinesAreMadeForSkippedBlocksToo)
 {
     EXPECT_EQ("1||", Expand("<%keep node='nix' GLOBAL_DEFINE='a=1'/%>\n<%keep%>\n[%#a%]\n<%/keep%>\n"));
 }
-
-// --- GLOBAL_DEFINE, GLOBAL_UNDEF ---
 
 TEST_F(CondDefineTest, GlobalDefinesHoldEverywhereFromThenOn)
 {

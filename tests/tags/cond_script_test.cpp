@@ -249,8 +249,6 @@ TEST_F(CondLateScriptTest, AfterAScriptHasRunItsChangesCount)
     EXPECT_EQ(1, m_starts);
 }
 
-// --- Nesting ---
-
 wxString Nested(int depth)
 {
     wxString text;

@@ -30,8 +30,6 @@ TEST_F(CondTextTest, ValuesAreNotReplacedAgain)
     EXPECT_EQ("[%id%]", Line("[%a%]", "<r id='7' a='[%id%]'/>"));
 }
 
-// --- Attributes ---
-
 TEST_F(CondTextTest, ANameGivesTheAttribute)
 {
     EXPECT_EQ("7-x", Line("[%id%]-[%name%]", "<r id='7' name='x'/>"));
@@ -74,8 +72,6 @@ TEST_F(CondTextTest, AnEmptyAttributeExists)
     EXPECT_EQ("<>", Line("<[%a|none%]>", "<r a=''/>"));
 }
 
-// --- Quotes ---
-
 TEST_F(CondTextTest, QuotesPutTheValueInQuotes)
 {
     EXPECT_EQ("\"ab\" 'ab'", Line("[%\"id\"%] [%'id'%]", "<r id='ab'/>"));
@@ -114,8 +110,6 @@ TEST_F(CondTextTest, QuotesEscapeNothing)
 {
     EXPECT_EQ("\"a\"b\"", Line("[%\"id\"%]", "<r id='a\"b'/>"));
 }
-
-// --- Scripts ---
 
 TEST_F(CondTextTest, ParenthesesEvaluateAScript)
 {
@@ -170,8 +164,6 @@ TEST_F(CondTextTest, WithoutScriptOnlyWhatNeedsOneFails)
     EXPECT_EQ("Xml parse : bad script GetIndex()", Errors());
 }
 
-// --- Counters ---
-
 TEST_F(CondTextTest, ACounterThatIsNoNumberIsLoggedAndGivesNothing)
 {
     EXPECT_EQ("<>", Line("<[%++x%]>"));
@@ -200,8 +192,6 @@ TEST_F(CondTextTest, ACounterCanStandInQuotes)
 {
     EXPECT_EQ("\"0\"||\"1\"||", Expand("<%repeat count='2'%>\n[%\"++\"%]\n<%/repeat%>\n"));
 }
-
-// --- Sizes ---
 
 TEST_F(CondTextTest, ALongValueIsWrittenWhole)
 {

@@ -81,8 +81,6 @@ TEST_F(TagBlockTest, WithoutAParserTheTagsAreEmpty)
     EXPECT_EQ("", block.GetBeginTag() + block.GetEndTag() + block.GetDoubleBeginTag() + block.GetDoubleEndTag());
 }
 
-// --- Hierarchies ---
-
 TEST_F(TagBlockTest, AHierarchyHasALineForEachBlockIndentedByItsLevel)
 {
     Read("<a='x'>\n<b>\n<c='y'/>\n</b>\n<d/>\n</a>\n");
@@ -95,8 +93,6 @@ TEST_F(TagBlockTest, TheHierarchyOfATextBeginsWithANamelessLine)
     Read("<a/>\n<b/>\n");
     EXPECT_EQ("=\n\ta=\n\tb=", Text().GetHierarchy(0));
 }
-
-// --- Copies ---
 
 TEST_F(TagBlockTest, ACopyHasEverythingButParserAndParent)
 {
@@ -172,8 +168,6 @@ TEST_F(TagBlockTest, ABlockMayBeReplacedByOneOfItsSubBlocks)
     Outermost() = *Outermost().GetSubBlock(0);
     EXPECT_EQ(expected, Dump(Outermost()));
 }
-
-// --- InsertBlock ---
 
 TEST_F(TagBlockTest, InsertingABlockMovesItsUnitsAndSubBlocks)
 {

@@ -30,8 +30,6 @@ protected:
     }
 };
 
-// --- FindTag ---
-
 TEST_F(TagFindTest, FindTagGivesTheSlotsOfATagAndTheCharactersInside)
 {
     Load("text\n<a b\nc/>\n");
@@ -148,8 +146,6 @@ TEST_F(TagFindTest, ABlockOfAParserWithoutTagsFindsNone)
     EXPECT_EQ(0u, block.GetSubBlockCount());
 }
 
-// --- CreateSubBlocks with a source ---
-
 TEST_F(TagFindTest, ABlockIsReadOutOfASource)
 {
     CTagBlock& source = Load("<a/>\ntext\n<b>\nin\n</b>\n<c/>\n");
@@ -219,8 +215,6 @@ TEST_F(TagFindTest, ASearchGoesOnBehindASubBlockThatMetAClosingTag)
     EXPECT_EQ(FailureWithoutUnit("", 0), LastFailure(tags, 0));
 }
 
-// --- GetTypeAndName ---
-
 TEST_F(TagFindTest, TheTypeIsReadBehindTheBeginTagAndASlash)
 {
     EXPECT_EQ("a=", Title("<a>"));
@@ -265,8 +259,6 @@ TEST_F(TagFindTest, TheTagOfADoubleBlockIsTheDoubleOne)
     EXPECT_EQ(0, block.GetTypeAndName("<</a='x'>>", nullptr));
     EXPECT_EQ("a=x", TitleOf(block));
 }
-
-// --- SaveOption ---
 
 TEST_F(TagFindTest, SaveOptionAddsToTheOptions)
 {

@@ -17,8 +17,6 @@ std::string NotClosed(unsigned long openLine)
     return "Tag not opened at file \"main.txt\" line " + std::to_string(openLine) + " but not closed";
 }
 
-// --- Where tags are ---
-
 TEST_F(TagReadingTest, ATextWithoutTagsHasNoSubBlocks)
 {
     EXPECT_EQ("", Read("one\ntwo\n"));
@@ -93,8 +91,6 @@ TEST_F(TagReadingTest, TagsThatAreEmptyOrBeginWithAQuoteAreNeverFound)
     EXPECT_EQ(notEnded, TagBench(L"<", L"").Read("<a/"));
 }
 
-// --- Several tags on a line ---
-
 TEST_F(TagReadingTest, WhatFollowsATagIsALineOfItsOwn)
 {
     EXPECT_EQ("a=", Read("<a>  text </a>\n</a> behind\n"));
@@ -129,8 +125,6 @@ TEST_F(TagReadingTest, ARowOfTagsMayEndInADoubleTag)
     EXPECT_EQ("a=\nb=", Read("<a/><<b>>\n<c>\n<</b>>"));
     EXPECT_EQ("2:<c>|", LinesOf(&Outermost(1)));
 }
-
-// --- Type and name ---
 
 TEST_F(TagReadingTest, ATypeIsAWordOfLettersDigitsAndUnderscores)
 {
@@ -194,8 +188,6 @@ TEST_F(TagReadingTest, ANameMustBeQuotedAndNotEmpty)
     EXPECT_EQ(Failure("Bad tag name format !", 2, "main.txt", -5), Read("<a>\n</a=x>"));
 }
 
-// --- Options ---
-
 TEST_F(TagReadingTest, TheRestOfATagIsOptions)
 {
     Read("<a zeta=1 alpha=two mid=\"a b\"/>\n<b='n' q='single \"quoted\"'>\n</b x=9>\n<c/>");
@@ -209,8 +201,6 @@ TEST_F(TagReadingTest, EveryLineOfATagAddsItsOptions)
     Read("<a='x' one=1\ntwo='2'\n\n  three=3\n/>");
     EXPECT_EQ("one=1; two=2; three=3", OptionsOf(Outermost()));
 }
-
-// --- Nesting ---
 
 TEST_F(TagReadingTest, BlocksNest)
 {
@@ -333,8 +323,6 @@ TEST_F(TagReadingTest, ReadingAgainFindsNothingMore)
     EXPECT_EQ(1u, Text().GetSubBlockCount());
 }
 
-// --- Double tags ---
-
 TEST_F(TagReadingTest, SingleTagsAreContentInADoubleTag)
 {
     EXPECT_EQ("a=", Read("<<a>>\n<b>\n</a>\n<</a>>\n"));
@@ -389,8 +377,6 @@ TEST_F(TagReadingTest, ATextMayBeReadForDoubleTagsOnly)
     EXPECT_EQ(0, parser.ParseBlock(&Text()));
     EXPECT_EQ("=\n\tb=", Text().GetHierarchy(0).utf8_string());
 }
-
-// --- Declarations ---
 
 TEST_F(TagReadingTest, AnInstructionBecomesASingleTagOfTypeIgnore)
 {
@@ -452,8 +438,6 @@ TEST_F(TagReadingTest, DeclarationsMayStandInDoubleTags)
     EXPECT_EQ("3:<<IGNORE ?c>>|", LinesOf(Outermost().GetSubBlock(0)->GetBeginHeader()));
 }
 
-// --- The limit of nesting ---
-
 wxString Nested(unsigned int depth)
 {
     wxString text;
@@ -486,8 +470,6 @@ TEST_F(TagReadingTest, ADeepTreeIsCopiedAndDeleted)
     const CTagBlock copy(Text());
     EXPECT_EQ(Text().GetHierarchy(0), copy.GetHierarchy(0));
 }
-
-// --- Texts that were preprocessed ---
 
 TEST_F(TagReadingTest, HolesInATextArePassedOver)
 {
