@@ -32,6 +32,7 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/vc_qxparserConfigVersion.
 install(FILES
   ${PROJECT_BINARY_DIR}/vc_qxparserConfig.cmake
   ${PROJECT_BINARY_DIR}/vc_qxparserConfigVersion.cmake
+  cmake/QxpGenerate.cmake
   cmake/QxpWxWidgets.cmake
   DESTINATION ${package_dir} ${development})
 
