@@ -1,6 +1,5 @@
 #include "tests/xml/merge_fixture.h"
 
-#include <chrono>
 #include <string>
 
 namespace
@@ -65,8 +64,6 @@ TEST(SearchNode, takes_a_missing_property_for_an_empty_one)
 namespace
 {
 
-using Seconds = std::chrono::duration<double>;
-
 std::string Items(const char* mark, int first, int count, int step)
 {
     std::string text = "<r>";
@@ -77,15 +74,13 @@ std::string Items(const char* mark, int first, int count, int step)
 
 } // namespace
 
-// With a walk for each, these would take minutes.
+// With a walk for each, these would take minutes, past the time that a test has.
 
 TEST(MergeOfMany, elements_are_found_among_many)
 {
     TestDocument base(Items("", 0, 100000, 1));
     TestDocument overlay(Items(" Merge='Remove'", 99999, 40000, -2));
-    const auto start = std::chrono::steady_clock::now();
     EXPECT_TRUE(base.MergeWith(&overlay));
-    EXPECT_LT(Seconds(std::chrono::steady_clock::now() - start).count(), 20);
     EXPECT_EQ(base.GetRawRoot()->GetChildrenCount(), 60000);
     EXPECT_EQ(base.GetRawRoot()->GetRawItem(59999)->GetPropLong("n", 0), 99998);
 }
@@ -95,9 +90,7 @@ TEST(MergeOfMany, elements_are_inserted_among_many)
     TestDocument base(Items("", 0, 100000, 1));
     std::string text = Items("", 100000, 40000, 1).insert(3, "<i n='99998' Merge='PosBefore'/>");
     TestDocument overlay(text);
-    const auto start = std::chrono::steady_clock::now();
     EXPECT_TRUE(base.MergeWith(&overlay));
-    EXPECT_LT(Seconds(std::chrono::steady_clock::now() - start).count(), 20);
     EXPECT_EQ(base.GetRawRoot()->GetRawItem(99998)->GetPropLong("n", 0), 100000);
     EXPECT_EQ(base.GetRawRoot()->GetRawItem(139999)->GetPropLong("n", 0), 99999);
 }
@@ -111,8 +104,6 @@ TEST(MergeOfMany, elements_of_many_names_are_copied)
     TestDocument base(text);
     TestDocument other(text);
     other.GetRawRoot()->AddRawNode("more");
-    const auto start = std::chrono::steady_clock::now();
     EXPECT_TRUE(base.MergeXML(&other, true));
-    EXPECT_LT(Seconds(std::chrono::steady_clock::now() - start).count(), 20);
     EXPECT_EQ(base.GetRawRoot()->GetChildrenCount(), 30001);
 }
