@@ -9,6 +9,7 @@
 #include "base/option.h"
 #include "base/text_encoding.h"
 #include "base/thread_critical_section.h"
+#include "base/utf8_text.h"
 #include "engine/jsapi.h"
 #include "parser/parser.h"
 #include "parser/parser_block.h"

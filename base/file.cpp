@@ -2,15 +2,37 @@
 
 #include "base/file_state_detail.h"
 #include "base/file_text_detail.h"
+#include "base/utf8_text.h"
 
 #include <fcntl.h>
 #include <new>
 #include <stdexcept>
 #include <unistd.h>
+#include <utility>
 
 using namespace vcq::detail;
 
 wxIMPLEMENT_DYNAMIC_CLASS(CFile, wxObject);
+
+namespace
+{
+
+template <typename Text> bool ReadWhole(FileState& state, CFile::eConvType conv, Text& text)
+{
+    try {
+        if (state.IsReadable() && ReadText(state, RequestFor(state, conv), text))
+            return true;
+    } catch (const std::bad_alloc&) {
+        state.Fail();
+    } catch (const std::length_error&) {
+        state.Fail();
+    }
+    Text none;
+    std::swap(text, none);
+    return false;
+}
+
+} // namespace
 
 CFile::CFile() = default;
 CFile::CFile(const CFile& other) : wxObject(), m_state(other.m_state) {}
@@ -37,18 +59,13 @@ bool CFile::IsOpened() const
 bool CFile::Read(wxString& text, eConvType conv)
 {
     text.clear();
-    if (!m_state || !m_state->IsReadable())
-        return false;
-    try {
-        if (ReadText(*m_state, RequestFor(*m_state, conv), text))
-            return true;
-    } catch (const std::bad_alloc&) {
-        m_state->Fail();
-    } catch (const std::length_error&) {
-        m_state->Fail();
-    }
-    wxString().swap(text);
-    return false;
+    return m_state && ReadWhole(*m_state, conv, text);
+}
+
+bool CFile::Read(CUtf8Text& text, eConvType conv)
+{
+    text = CUtf8Text();
+    return m_state && ReadWhole(*m_state, conv, text);
 }
 
 wxString CFile::ReadLine(eConvType conv)

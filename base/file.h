@@ -12,6 +12,8 @@ namespace vcq::detail
 class FileState;
 }
 
+class CUtf8Text;
+
 /// An open file, handed out by CDir. Copies share the open file and the place in it; it is closed by Close, or with the
 /// last copy. Texts, lines and the streams may be mixed: each goes on where the one before has stopped. Nothing is
 /// logged; a caller reports what concerns its user. One file is used by one thread at a time.
@@ -57,6 +59,9 @@ public:
     /// rest is the empty text. False, with `text` empty, when the file is not open for reading, when reading fails,
     /// when the bytes are no text in the encoding, or when there is not enough memory.
     bool Read(wxString& text, eConvType conv = convDefault);
+
+    /// The same for a text that stays UTF-8, at a quarter of the memory.
+    bool Read(CUtf8Text& text, eConvType conv = convDefault);
 
     /// The next line without its line end, which is LF, CR LF or CR; the last one need not have any. Empty at the end
     /// of the file and when it is not open for reading: Eof tells that from an empty line. What has no byte order mark

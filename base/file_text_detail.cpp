@@ -1,8 +1,12 @@
 #include "base/file_text_detail.h"
 
 #include "base/text_decoder_detail.h"
+#include "base/utf8_detail.h"
+#include "base/utf8_text.h"
 
 #include <algorithm>
+#include <string>
+#include <utility>
 #include <vector>
 
 namespace vcq::detail
@@ -127,13 +131,78 @@ void DecodeTentativeLine(FileState& file, const Encoding& encoding, size_t lengt
     file.TextEncoding() = {Encoding::latin1, wxString()};
 }
 
-void ReserveRest(FileState& file, const Encoding& encoding, wxString& text)
+/// The bytes that room is to be reserved for.
+size_t RestToReserve(const FileState& file)
 {
     const wxFileOffset length = file.Length();
     if (length == wxInvalidOffset)
-        return;
-    const wxFileOffset rest = std::clamp<wxFileOffset>(length - file.Tell(), 0, largestReserve);
-    text.reserve(static_cast<size_t>(rest) / UnitSize(encoding.kind));
+        return 0;
+    return static_cast<size_t>(std::clamp<wxFileOffset>(length - file.Tell(), 0, largestReserve));
+}
+
+/// The bytes of a text as they are read, checked on the way.
+class Utf8Reader
+{
+public:
+    explicit Utf8Reader(std::string& bytes) : m_bytes(bytes) {}
+
+    /// False when the bytes so far are no UTF-8.
+    bool Feed(const char* from, size_t size)
+    {
+        m_bytes.append(from, size);
+        if (m_stop != Utf8Stop::invalid) {
+            const Utf8Check check = CheckUtf8(m_bytes.data() + m_checked, m_bytes.size() - m_checked);
+            m_checked += check.read;
+            m_stop = check.stop;
+        }
+        return m_stop != Utf8Stop::invalid;
+    }
+
+    bool IsComplete() const { return m_stop == Utf8Stop::end; }
+
+private:
+    std::string& m_bytes;
+    size_t m_checked = 0;
+    Utf8Stop m_stop = Utf8Stop::end;
+};
+
+std::string Latin1ToUtf8(const std::string& bytes)
+{
+    std::string text;
+    text.reserve(bytes.size() + bytes.size() / 8);
+    for (const char byte : bytes) {
+        const auto character = static_cast<unsigned char>(byte);
+        char sequence[4];
+        if (character < 0x80)
+            text += byte;
+        else
+            text.append(sequence, EncodeCharacter(character, sequence));
+    }
+    return text;
+}
+
+/// Reads a text that is or may be UTF-8. Bytes that only may be and are not are Latin-1.
+bool ReadUtf8(FileState& file, Encoding& encoding, std::string& bytes)
+{
+    // Room for what a reader of lines wants behind the text, so that it need not be copied.
+    constexpr size_t slack = 64;
+    bytes.reserve(RestToReserve(file) + slack);
+    PreferLargePages(bytes.data(), bytes.capacity());
+    Utf8Reader reader(bytes);
+    bool isUtf8 = true;
+    while ((isUtf8 || encoding.kind == Encoding::detect) && (file.WindowSize() > 0 || file.Fill())) {
+        isUtf8 = reader.Feed(file.Window(), file.WindowSize());
+        file.Consume(file.WindowSize());
+    }
+    if (reader.IsComplete()) {
+        encoding.kind = Encoding::utf8;
+        return true;
+    }
+    if (encoding.kind != Encoding::detect)
+        return false;
+    encoding.kind = Encoding::latin1;
+    bytes = Latin1ToUtf8(bytes);
+    return true;
 }
 
 } // namespace
@@ -157,7 +226,7 @@ bool ReadText(FileState& file, TextRequest request, wxString& text)
     SettleByMark(file, request.encoding);
     if (request.byDefault && file.IsTentative())
         request.encoding.kind = Encoding::detect;
-    ReserveRest(file, request.encoding, text);
+    text.reserve(RestToReserve(file) / UnitSize(request.encoding.kind));
     TextDecoder decoder(request.encoding, text);
     bool converted = true;
     while (converted && (file.WindowSize() > 0 || file.Fill())) {
@@ -172,6 +241,30 @@ bool ReadText(FileState& file, TextRequest request, wxString& text)
         file.TextEncoding() = decoder.Found();
     if (text.capacity() - text.length() > tolerableWaste)
         text.Shrink();
+    return true;
+}
+
+bool ReadText(FileState& file, const TextRequest& request, CUtf8Text& text)
+{
+    Encoding encoding = request.encoding;
+    SettleByMark(file, encoding);
+    if (request.byDefault && file.IsTentative())
+        encoding.kind = Encoding::detect;
+    if (encoding.kind != Encoding::detect && encoding.kind != Encoding::utf8) {
+        wxString wide;
+        if (!ReadText(file, request, wide))
+            return false;
+        text = CUtf8Text(wide);
+        return true;
+    }
+    std::string bytes;
+    if (!ReadUtf8(file, encoding, bytes))
+        file.Fail();
+    if (file.HasFailed())
+        return false;
+    if (request.byDefault)
+        file.TextEncoding() = encoding;
+    text = *CUtf8Text::FromBytes(std::move(bytes));
     return true;
 }
 

@@ -19,6 +19,7 @@ TextRequest RequestFor(const FileState& file, CFile::eConvType conv);
 
 /// Reads the whole rest. False when reading or converting failed; `text` is of no use then.
 bool ReadText(FileState& file, TextRequest request, wxString& text);
+bool ReadText(FileState& file, const TextRequest& request, CUtf8Text& text);
 
 /// Reads the next line into `line`; nothing at the end.
 void ReadTextLine(FileState& file, TextRequest request, wxString& line);

@@ -1,7 +1,9 @@
 #include "base/posix_detail.h"
 
 #include <cerrno>
+#include <cstdint>
 #include <fcntl.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
@@ -85,6 +87,16 @@ bool SyncFile(int fd)
 bool SyncDirectory(int fd)
 {
     return SyncFile(fd) || errno == EINVAL || errno == ENOTSUP;
+}
+
+void PreferLargePages(void* memory, size_t size)
+{
+    constexpr uintptr_t largePage = 2 * 1024 * 1024;
+    const auto begin = reinterpret_cast<uintptr_t>(memory);
+    const uintptr_t from = (begin + largePage - 1) & ~(largePage - 1);
+    const uintptr_t to = (begin + size) & ~(largePage - 1);
+    if (from < to)
+        ::madvise(reinterpret_cast<void*>(from), to - from, MADV_HUGEPAGE);
 }
 
 bool IsDirectory(const std::string& path)

@@ -47,6 +47,10 @@ bool SyncFile(int fd);
 /// As SyncFile, for a directory; true where the file system knows no such thing.
 bool SyncDirectory(int fd);
 
+/// Asks for large pages under memory that is about to be filled: a page fault for each 4 KiB of it costs more than
+/// filling it. Does nothing for small pieces, and where the system knows no such pages.
+void PreferLargePages(void* memory, size_t size);
+
 /// True when `path`, links followed, is a directory.
 bool IsDirectory(const std::string& path);
 

@@ -100,6 +100,46 @@ Utf8Progress DecodeUtf8(const char* from, size_t size, wchar_t* to)
     return {size, static_cast<size_t>(out - to), Utf8Stop::end};
 }
 
+Utf8Check CheckUtf8(const char* from, size_t size)
+{
+    const auto* const begin = reinterpret_cast<const unsigned char*>(from);
+    const auto* const end = begin + size;
+    const auto* at = begin;
+    Utf8Stop stop = Utf8Stop::end;
+    bool hasSurrogates = false;
+    while (at < end) {
+        while (static_cast<size_t>(end - at) >= asciiBlock && IsAsciiBlock(at))
+            at += asciiBlock;
+        while (at < end && *at < 0x80)
+            ++at;
+        if (at == end)
+            break;
+        wchar_t character = 0;
+        const size_t length = DecodeSequence(at, static_cast<size_t>(end - at), character, stop);
+        if (length == 0)
+            return {static_cast<size_t>(at - begin), stop, hasSurrogates};
+        hasSurrogates = hasSurrogates || IsHighSurrogate(character) || IsLowSurrogate(character);
+        at += length;
+    }
+    return {size, Utf8Stop::end, hasSurrogates};
+}
+
+void AppendUtf8(wxString& text, const char* from, size_t size)
+{
+    constexpr size_t pieceSize = 1024;
+    constexpr size_t longestCharacter = 4;
+    wchar_t piece[pieceSize + longestCharacter];
+    while (size > 0) {
+        // A piece may end inside a character, which the next one then begins with.
+        const Utf8Progress progress = DecodeUtf8(from, size < pieceSize ? size : pieceSize, piece);
+        text.append(piece, progress.written);
+        if (progress.read == 0)
+            return;
+        from += progress.read;
+        size -= progress.read;
+    }
+}
+
 void DecodeLatin1(const char* from, size_t size, wchar_t* to)
 {
     for (size_t i = 0; i < size; ++i)
@@ -140,6 +180,27 @@ std::string EncodeUtf8(const wchar_t* text, size_t length, SurrogatePairs pairs)
     }
     bytes.append(piece, at);
     return bytes;
+}
+
+bool AppendExactUtf8(std::string& bytes, const wchar_t* text, size_t length)
+{
+    const size_t before = bytes.size();
+    bytes.resize(before + length);
+    char* to = bytes.data() + before;
+    size_t i = 0;
+    for (; i < length && static_cast<uint32_t>(text[i]) < 0x80; ++i)
+        to[i] = static_cast<char>(text[i]);
+    if (i == length)
+        return true;
+    bytes.resize(before + i);
+    for (size_t at = i; at < length; ++at) {
+        if (static_cast<uint32_t>(text[at]) > 0x10ffff || IsHighSurrogate(text[at]) || IsLowSurrogate(text[at])) {
+            bytes.resize(before);
+            return false;
+        }
+    }
+    bytes += EncodeUtf8(text + i, length - i, SurrogatePairs::keep);
+    return true;
 }
 
 } // namespace vcq::detail

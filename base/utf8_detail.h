@@ -30,6 +30,20 @@ struct Utf8Progress
 /// writes reads back the same.
 Utf8Progress DecodeUtf8(const char* from, size_t size, wchar_t* to);
 
+/// What bytes are, seen as UTF-8.
+struct Utf8Check
+{
+    size_t read; ///< bytes that are, up to the end or the first that are not
+    Utf8Stop stop;
+    bool hasSurrogates; ///< encoded surrogates are among those bytes
+};
+
+/// Finds what DecodeUtf8 would stop at, without converting.
+Utf8Check CheckUtf8(const char* from, size_t size);
+
+/// Appends bytes that are UTF-8 to a text.
+void AppendUtf8(wxString& text, const char* from, size_t size);
+
 /// Widens bytes to code points of the same value, which is Latin-1.
 void DecodeLatin1(const char* from, size_t size, wchar_t* to);
 
@@ -43,6 +57,10 @@ enum class SurrogatePairs
 char* EncodeCharacter(uint32_t character, char* to);
 
 std::string EncodeUtf8(const wchar_t* text, size_t length, SurrogatePairs pairs);
+
+/// Appends the UTF-8 of a text that has exactly one: false, with `bytes` untouched, when there are surrogates or values
+/// beyond U+10FFFF in it.
+bool AppendExactUtf8(std::string& bytes, const wchar_t* text, size_t length);
 
 inline bool IsHighSurrogate(wchar_t c)
 {

@@ -5,6 +5,8 @@
 
 #include <wx/sysopt.h>
 
+#include <utility>
+
 wxIMPLEMENT_CLASS(CParser, wxObject);
 
 bool CParser::ms_bUseDebugContext = false;
@@ -82,9 +84,12 @@ void CParser::PreparePreprocessor()
     m_ppExternal = false;
 }
 
-wxSharedPtr<CParserFile> CParser::AddFile(const wxString& name, const CParserUnit* from, wxString& key)
+wxSharedPtr<CParserFile> CParser::AddFile(const wxString& name, const CParserUnit* from, wxString& key,
+                                          const CTextOrigin& origin)
 {
     wxSharedPtr<CParserFile> file(new CParserFile(this, from));
+    file->m_path = origin.path;
+    file->m_loopLines = origin.loopLines;
     key = name.empty() ? wxString::Format(wxS("pf_%p"), static_cast<void*>(file.get())) : name;
     m_files[key] = file;
     return file;
@@ -98,18 +103,47 @@ long CParser::Parse(const wxString& text, const wxString& fileName, const CParse
 long CParser::Parse(const wxString& text, const wxString& fileName, const CParserUnit* from, bool removeDefines,
                     const CTextOrigin& origin)
 {
+    if (!removeDefines || !m_removeDefines)
+        return ParseText<const wxString&>(text, fileName, from, origin);
+    wxString stripped = text;
+    CPreprocessor::BufferInPlaceRemoveDefines(stripped, m_removeDefines);
+    return ParseText<const wxString&>(stripped, fileName, from, origin);
+}
+
+long CParser::Parse(CUtf8Text text, const wxString& fileName, const CParserUnit* from, bool removeDefines,
+                    const CTextOrigin& origin)
+{
+    if (removeDefines && m_removeDefines)
+        return Parse(text.ToWide(), fileName, from, removeDefines, origin);
+    return ParseText(std::move(text), fileName, from, origin);
+}
+
+template <typename Text>
+long CParser::ParseText(Text text, const wxString& fileName, const CParserUnit* from, const CTextOrigin& origin)
+{
     PreparePreprocessor();
     wxString key;
-    const wxSharedPtr<CParserFile> file = AddFile(fileName, from, key);
-    file->m_path = origin.path;
-    file->m_loopLines = origin.loopLines;
+    const wxSharedPtr<CParserFile> file = AddFile(fileName, from, key, origin);
     CParserBlock* const block = CreateBlock(false);
-    if (removeDefines && m_removeDefines) {
-        wxString stripped = text;
-        CPreprocessor::BufferInPlaceRemoveDefines(stripped, m_removeDefines);
-        file->Load(stripped, key, block, m_keepEmptyLines);
-    } else
-        file->Load(text, key, block, m_keepEmptyLines);
+    file->Load(std::forward<Text>(text), key, block, m_keepEmptyLines);
+    return m_pp->PreprocessBlock(block);
+}
+
+std::unique_ptr<CParserBlock> CParser::CutLines(CUtf8Text text, const wxString& fileName, const CParserUnit* from,
+                                                const CTextOrigin& origin)
+{
+    wxString key;
+    const wxSharedPtr<CParserFile> file = AddFile(fileName, from, key, origin);
+    auto lines = std::make_unique<CParserBlock>(nullptr);
+    file->Load(std::move(text), key, lines.get(), m_keepEmptyLines);
+    return lines;
+}
+
+long CParser::ParseLines(const CParserBlock& lines)
+{
+    PreparePreprocessor();
+    CParserBlock* const block = CreateBlock(false);
+    block->AddCopies(lines);
     return m_pp->PreprocessBlock(block);
 }
 
@@ -164,7 +198,7 @@ wxSharedPtr<CParserFile> CParser::GetFile(const wxString& name, CParserUnit* fro
     if (found != m_files.end())
         return found->second;
     wxString key;
-    wxSharedPtr<CParserFile> file = AddFile(name, from, key);
+    wxSharedPtr<CParserFile> file = AddFile(name, from, key, CTextOrigin());
     // An empty text makes no unit, so the block is not touched: this only names the file.
     file->Load(wxString(), key, m_blocks.IsEmpty() ? nullptr : m_blocks.Last(), m_keepEmptyLines);
     return file;

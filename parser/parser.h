@@ -2,12 +2,15 @@
 
 #include "base/api.h"
 #include "base/dir.h"
+#include "base/utf8_text.h"
 #include "parser/parser_block.h"
 #include "parser/parser_file.h"
 
 #include <wx/object.h>
 #include <wx/sharedptr.h>
 #include <wx/string.h>
+
+#include <memory>
 
 class CParserUnit;
 class CPreprocessor;
@@ -68,6 +71,18 @@ public:
     long Parse(const wxString& text, const wxString& fileName, const CParserUnit* from, bool removeDefines,
                const CTextOrigin& origin);
 
+    /// The same for a text as CFile::Read gives it, which is then kept as it is, without a copy.
+    long Parse(CUtf8Text text, const wxString& fileName, const CParserUnit* from, bool removeDefines,
+               const CTextOrigin& origin = {});
+
+    /// Begins a text that is to be parsed several times: enters it into the file table and cuts it, but does not
+    /// preprocess it. The block is detached; see ParseLines. Arguments as of Parse.
+    std::unique_ptr<CParserBlock> CutLines(CUtf8Text text, const wxString& fileName, const CParserUnit* from,
+                                           const CTextOrigin& origin = {});
+
+    /// Preprocesses a copy of the lines that CutLines has given, as Parse does with those of a text.
+    long ParseLines(const CParserBlock& lines);
+
     /// The directory against which includes are searched, also for the preprocessor in use.
     void SetDir(CDir& dir);
 
@@ -122,7 +137,10 @@ protected:
 
 private:
     void PreparePreprocessor();
-    wxSharedPtr<CParserFile> AddFile(const wxString& name, const CParserUnit* from, wxString& key);
+    wxSharedPtr<CParserFile> AddFile(const wxString& name, const CParserUnit* from, wxString& key,
+                                     const CTextOrigin& origin);
+    template <typename Text>
+    long ParseText(Text text, const wxString& fileName, const CParserUnit* from, const CTextOrigin& origin);
 
     wxDECLARE_CLASS(CParser);
 };

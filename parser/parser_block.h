@@ -2,6 +2,7 @@
 
 #include "base/api.h"
 #include "parser/parser_file.h"
+#include "parser/parser_unit.h"
 #include "parser/unit_array.h"
 
 #include <wx/dynarray.h>
@@ -9,11 +10,17 @@
 #include <wx/sharedptr.h>
 #include <wx/string.h>
 
+#include <string>
+
+class CBlockLines;
 class CParser;
 class CParserUnit;
 
 /// An ordered list of units, which it owns. Taking a unit out leaves a null hole in its slot, so that slots held by a
 /// caller during a walk stay valid; every walk over a block skips the holes. Slots are numbered from 0.
+///
+/// A block of exactly this class makes the units of a file's lines when somebody asks for them (see CArrayParserUnit).
+/// Whoever only wants their texts does better without: GetBuffer, AppendText, GetOrigin.
 class VC_QXPARSER_API CParserBlock : public wxObject
 {
 public:
@@ -61,6 +68,13 @@ public:
     /// The unit of a slot below GetCount(), null for a hole.
     CParserUnit* GetUnit(unsigned int slot) const { return m_units.Item(slot); }
 
+    /// Appends the text of a slot to `bytes`, as ToUtf8 gives it, and nothing for a hole.
+    /// @return false for a hole.
+    bool AppendText(unsigned int slot, std::string& bytes) const;
+
+    /// Where the text of a slot comes from, as the unit's m_file and m_line tell it. Not for holes.
+    _ParserOrigin GetOrigin(unsigned int slot) const;
+
     /// The parser that lists this block, null for a detached one.
     CParser* GetParser() const { return m_parser; }
 
@@ -75,8 +89,22 @@ protected:
     /// For Clone: a detached block with clones of the units (see CParserUnit::Clone), without holes.
     CParserBlock(const CParserBlock& other);
 
-    CArrayParserUnit m_units; ///< the slots; the units in them are owned
-    CParser* m_parser;        ///< the parser that lists this block, not owned; null for a detached one
+    CArrayParserUnit m_units{this}; ///< the slots; the units in them are owned
+    CParser* m_parser;              ///< the parser that lists this block, not owned; null for a detached one
+
+private:
+    friend class CBlockLines;
+    friend class CParser;
+    friend class CParserFile;
+
+    /// Whether lines may stay lines here: a derived block may do something of its own with each unit.
+    bool TakesLines() const;
+
+    /// Appends what Load has made of a text to another block, once more.
+    void AddCopies(const CParserBlock& lines);
+
+    size_t MoveSlots(CParserBlock& source, size_t from, size_t to, size_t at);
+    size_t MoveUnits(CParserBlock& source, size_t at);
 
     wxDECLARE_CLASS(CParserBlock);
 };

@@ -1,8 +1,13 @@
 #include "parser/parser_file.h"
 
+#include "base/utf8_detail.h"
+#include "base/utf8_text.h"
+#include "parser/block_lines_detail.h"
+#include "parser/line_text_detail.h"
 #include "parser/parser.h"
-#include "parser/parser_block.h"
 #include "parser/parser_unit.h"
+
+using vcq::detail::AppendExactUtf8;
 
 wxIMPLEMENT_CLASS(CParserFile, wxObject);
 
@@ -35,6 +40,34 @@ CParserFile::~CParserFile() = default;
 long CParserFile::Load(const wxString& text, const wxString& name, CParserBlock* block, bool keepEmptyLines)
 {
     m_name = name;
+    std::string bytes;
+    if (block && block->TakesLines() && AppendExactUtf8(bytes, text.wx_str(), text.length()))
+        LoadLines(std::move(bytes), *block, keepEmptyLines);
+    else
+        LoadUnits(text, block, keepEmptyLines);
+    return 0;
+}
+
+long CParserFile::Load(CUtf8Text text, const wxString& name, CParserBlock* block, bool keepEmptyLines)
+{
+    m_name = name;
+    if (block && block->TakesLines() && !text.HasSurrogates())
+        LoadLines(text.TakeBytes(), *block, keepEmptyLines);
+    else
+        LoadUnits(text.ToWide(), block, keepEmptyLines);
+    return 0;
+}
+
+void CParserFile::LoadLines(std::string bytes, CParserBlock& block, bool keepEmptyLines)
+{
+    if (bytes.size() <= CLineText::LargestText)
+        CLineText::Cut(std::move(bytes), m_parser->GetFileRef(this), keepEmptyLines, CBlockLines(block).Units());
+    else
+        LoadUnits(CUtf8Text::FromBytes(std::move(bytes))->ToWide(), &block, keepEmptyLines);
+}
+
+void CParserFile::LoadUnits(const wxString& text, CParserBlock* block, bool keepEmptyLines)
+{
     const wxSharedPtr<CParserFile> reference = m_parser->GetFileRef(this);
     const wchar_t* at = text.wx_str();
     const wchar_t* const end = at + text.length();
@@ -44,5 +77,4 @@ long CParserFile::Load(const wxString& text, const wxString& name, CParserBlock*
             block->CreateUnit(reference, wxString(at, lineEnd - at), line);
         at = lineEnd == end ? end : SkipLineEnd(lineEnd, end);
     }
-    return 0;
 }

@@ -8,12 +8,15 @@
 #include <wx/string.h>
 
 #include <memory>
+#include <string>
 #include <vector>
 
 class CParser;
 class CParserBlock;
 class CParserUnit;
+class CUtf8Text;
 struct CSourceLine;
+struct _ParserOrigin;
 
 /// One source text known to a parser. Shared by the parser's file table and by every unit made from it, so that a unit
 /// can always tell where it came from.
@@ -33,8 +36,12 @@ public:
     /// Names the file and cuts `text` into lines, one unit of `block` each. Line ends are "\r\n", "\r" and "\n", in any
     /// mix; lines are numbered from 1. Without `keepEmptyLines` an empty line makes no unit but still counts. A text
     /// that ends with a line end has no further, empty line.
+    /// The lines are not made into units before somebody asks the block for them; but a block of a derived class gets
+    /// each of them through its CreateUnit.
     /// @return 0, always.
     long Load(const wxString& text, const wxString& name, CParserBlock* block, bool keepEmptyLines);
+    /// The same for a text in UTF-8, which its lines share.
+    long Load(CUtf8Text text, const wxString& name, CParserBlock* block, bool keepEmptyLines);
 
     /// The key of this file in its parser's table; for a text without a file name a unique made-up one.
     const wxString& GetName() const { return m_name; }
@@ -51,7 +58,10 @@ public:
 
 private:
     friend class CParser;
-    friend class CParserUnit;
+    friend struct _ParserOrigin;
+
+    void LoadLines(std::string bytes, CParserBlock& block, bool keepEmptyLines);
+    void LoadUnits(const wxString& text, CParserBlock* block, bool keepEmptyLines);
 
     CParser* m_parser;
     std::unique_ptr<CParserUnit> m_includedFrom;

@@ -28,9 +28,7 @@ wxString CParserUnit::GetContext() const
 
 CSourceLine CParserUnit::GetSource() const
 {
-    if (m_file && m_file->IsLoop() && m_line - 1 < m_file->m_loopLines->size())
-        return (*m_file->m_loopLines)[m_line - 1];
-    return {m_file, m_line};
+    return _ParserOrigin{m_file, m_line}.GetSource();
 }
 
 unsigned int CParserUnit::SplitAt(size_t pos, int index)
@@ -45,9 +43,21 @@ unsigned int CParserUnit::SplitAt(size_t pos, int index)
 
 wxString FormatContext(const CParserFile* file, unsigned long line)
 {
-    // Every conditional section keeps such a text, so it is put together without the cost of a format.
+    // Every define keeps such a text, so it is put together without the cost of a format.
     wxString context = wxS("file \"");
     if (file)
         context += file->GetName();
     return context.append(wxS("\" line ")).append(std::to_wstring(line));
+}
+
+wxString _ParserOrigin::GetContext() const
+{
+    return FormatContext(file.get(), line);
+}
+
+CSourceLine _ParserOrigin::GetSource() const
+{
+    if (file && file->IsLoop() && line - 1 < file->m_loopLines->size())
+        return (*file->m_loopLines)[line - 1];
+    return {file, line};
 }

@@ -50,3 +50,16 @@ public:
 
 /// The origin text of a place: `file "NAME" line N`.
 VC_QXPARSER_API wxString FormatContext(const CParserFile* file, unsigned long line);
+
+/// A place in a file.
+struct VC_QXPARSER_API _ParserOrigin
+{
+    wxSharedPtr<CParserFile> file; ///< May be null.
+    unsigned long line = 0;        ///< Counted from 1.
+
+    /// As every error message tells it: `file "NAME" line N`.
+    wxString GetContext() const;
+
+    /// See CParserUnit::GetSource.
+    CSourceLine GetSource() const;
+};

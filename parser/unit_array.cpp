@@ -1,8 +1,24 @@
 #include "parser/unit_array.h"
 
+#include "base/posix_detail.h"
+#include "base/utf8_detail.h"
+#include "parser/line_text_detail.h"
+#include "parser/parser_unit.h"
+
 #include <wx/defs.h>
 
 #include <algorithm>
+
+namespace
+{
+
+void SetUnit(_UnitSlot& slot, CParserUnit* unit)
+{
+    slot.text = nullptr;
+    slot.unit = unit;
+}
+
+} // namespace
 
 CArrayParserUnit& CArrayParserUnit::operator=(const CArrayParserUnit& other)
 {
@@ -10,27 +26,23 @@ CArrayParserUnit& CArrayParserUnit::operator=(const CArrayParserUnit& other)
         return *this;
     Empty();
     const size_t count = other.GetCount();
-    CParserUnit** const slots = MakeRoom(0, count);
+    _UnitSlot* const slots = MakeRoom(0, count);
     for (size_t i = 0; i < count; ++i)
-        slots[i] = other.Item(i);
+        SetUnit(slots[i], other.Item(i));
     return *this;
 }
 
-CParserUnit** CArrayParserUnit::MakeRoom(size_t index, size_t count)
+void CArrayParserUnit::Insert(CParserUnit* unit, size_t index)
 {
-    if (m_gapEnd - m_gapStart < count)
-        Grow(count);
-    MoveGap(index);
-    CParserUnit** const first = m_slots.get() + m_gapStart;
-    m_gapStart += count;
-    return first;
+    SetUnit(*MakeRoom(index, 1), unit);
 }
 
 int CArrayParserUnit::Index(const CParserUnit* unit) const
 {
     const size_t count = GetCount();
     for (size_t i = 0; i < count; ++i) {
-        if (Item(i) == unit)
+        const _UnitSlot& slot = Slot(i);
+        if (!slot.IsLine() && slot.unit == unit)
             return static_cast<int>(i);
     }
     return wxNOT_FOUND;
@@ -38,19 +50,92 @@ int CArrayParserUnit::Index(const CParserUnit* unit) const
 
 void CArrayParserUnit::RemoveAt(size_t index, size_t count)
 {
+    for (size_t i = index; i < index + count; ++i) {
+        if (Slot(i).IsLine())
+            DropLine(i);
+    }
     MoveGap(index);
     m_gapEnd += count;
 }
 
 void CArrayParserUnit::Empty()
 {
+    const size_t count = GetCount();
+    for (size_t i = 0; i < count; ++i) {
+        if (Slot(i).IsLine())
+            DropLine(i);
+    }
     m_gapStart = 0;
     m_gapEnd = m_capacity;
 }
 
+void CArrayParserUnit::Reserve(size_t count)
+{
+    if (m_gapEnd - m_gapStart < count)
+        Grow(count);
+}
+
+void CArrayParserUnit::AddLine(CLineText& text, std::string_view bytes, uint32_t line)
+{
+    _UnitSlot& slot = *MakeRoom(GetCount(), 1);
+    slot.text = &text;
+    slot.bytes = bytes.data();
+    slot.length = static_cast<uint32_t>(bytes.size());
+    slot.line = line;
+}
+
+void CArrayParserUnit::SetLine(size_t index, std::string_view bytes)
+{
+    _UnitSlot& slot = Slot(index);
+    slot.bytes = bytes.data();
+    slot.length = static_cast<uint32_t>(bytes.size());
+}
+
+void CArrayParserUnit::DropLine(size_t index)
+{
+    _UnitSlot& slot = Slot(index);
+    CLineText::Release(slot.text);
+    SetUnit(slot, nullptr);
+}
+
+size_t CArrayParserUnit::MoveTo(CArrayParserUnit& other, size_t index, size_t begin, size_t end)
+{
+    size_t count = 0;
+    for (size_t i = begin; i < end; ++i)
+        count += !Slot(i).IsHole();
+    _UnitSlot* to = other.MakeRoom(index, count);
+    for (size_t i = begin; i < end; ++i) {
+        _UnitSlot& slot = Slot(i);
+        if (slot.IsHole())
+            continue;
+        *to++ = slot;
+        SetUnit(slot, nullptr);
+    }
+    return count;
+}
+
+void CArrayParserUnit::MakeUnit(_UnitSlot& slot) const
+{
+    CLineText* const text = slot.text;
+    wxString line;
+    vcq::detail::AppendUtf8(line, slot.bytes, slot.length);
+    SetUnit(slot, new CParserUnit(text->File(), m_owner, line, slot.line));
+    CLineText::Release(text);
+}
+
+_UnitSlot* CArrayParserUnit::MakeRoom(size_t index, size_t count)
+{
+    Reserve(count);
+    if (index != m_gapStart)
+        MoveGap(index);
+    _UnitSlot* const first = m_slots.get() + m_gapStart;
+    m_gapStart += count;
+    return first;
+}
+
 void CArrayParserUnit::MoveGap(size_t index)
 {
-    CParserUnit** const slots = m_slots.get();
+    _UnitSlot* const slots = m_slots.get();
     if (index < m_gapStart)
         std::move_backward(slots + index, slots + m_gapStart, slots + m_gapEnd);
     else if (index > m_gapStart)
@@ -63,7 +148,9 @@ void CArrayParserUnit::Grow(size_t count)
 {
     const size_t used = GetCount();
     const size_t capacity = std::max<size_t>(used + used / 2 + 8, used + count);
-    std::unique_ptr<CParserUnit*[]> slots(new CParserUnit*[capacity]);
+    // Left uninitialised: a slot is written when it is taken.
+    std::unique_ptr<_UnitSlot[]> slots(new _UnitSlot[capacity]);
+    vcq::detail::PreferLargePages(slots.get(), capacity * sizeof(_UnitSlot));
     const size_t behind = m_capacity - m_gapEnd;
     std::copy_n(m_slots.get(), m_gapStart, slots.get());
     std::copy_n(m_slots.get() + m_gapEnd, behind, slots.get() + capacity - behind);

@@ -1,124 +1,161 @@
-#include "parser/parser_block.h"
+#include "base/utf8_detail.h"
+#include "parser/block_lines_detail.h"
+#include "parser/line_text_detail.h"
+#include "parser/parser.h"
 #include "parser/parser_unit.h"
 #include "preprocessor/directive_line_detail.h"
+#include "preprocessor/line_scan_detail.h"
 #include "preprocessor/preprocessor.h"
-#include "preprocessor/text_detail.h"
+#include "preprocessor/scan_buffers_detail.h"
+#include "preprocessor/text_span_detail.h"
 
-#include <array>
+#include <string>
+#include <string_view>
+#include <type_traits>
 
-namespace
-{
-
-constexpr auto OpeningChars = [] {
-    std::array<bool, 128> table{};
-    for (const char ch : {'"', '\'', '#', '/', '*'})
-        table[static_cast<size_t>(ch)] = true;
-    return table;
-}();
-
-/// The next string, comment or "#" on a line, or its end.
-const wchar_t* FindOpening(const wchar_t* at, const wchar_t* end)
-{
-    for (; at != end; ++at) {
-        const auto ch = static_cast<unsigned long>(*at);
-        if (ch >= OpeningChars.size() || !OpeningChars[ch])
-            continue;
-        const wchar_t following = at + 1 == end ? L'\0' : at[1];
-        const bool isPart = (ch == '/' && following != L'/' && following != L'*') || (ch == '*' && following != L'/');
-        if (!isPart)
-            return at;
-    }
-    return end;
-}
-
-} // namespace
+using namespace line_scan_detail;
 
 /// One walk over a block: the state that lives from line to line.
+///
+/// Lines that are no units yet are scanned as they are, and what is left of one is mostly a part of it: nothing is
+/// converted, copied or allocated for it. A line with a "#" is scanned as wide text, which is what directives work on.
 class CBlockScan
 {
 public:
-    CBlockScan(CPreprocessor& pp, CParserBlock* block) : m_pp(pp), m_position{block, 0, nullptr, false} {}
+    CBlockScan(CPreprocessor& pp, CParserBlock* block)
+        : m_pp(pp), m_lines(CBlockLines(*block).Units()), m_position{block, 0, nullptr, false},
+          m_buffers(pp.m_freeBuffers), m_kept(m_buffers->kept), m_output(m_buffers->output)
+    {}
 
     long Run();
 
 private:
-    long ScanLine();
-    long ScanText(const wchar_t* at, const wchar_t* end);
+    long ScanLine(std::string_view line);
+    long ScanUnit(CParserUnit& unit);
+    long ScanSource();
+    template <typename Char> long ScanText(const Char* at, const Char* end);
+    template <typename Char> const Char* SkipComment(const Char* at, const Char* begin, const Char* end);
     long ApplyAt(const wchar_t*& at, const wchar_t* end);
-    const wchar_t* SkipComment(const wchar_t* at, const wchar_t* begin, const wchar_t* end);
     void OpenComment();
+    void NoteOpenComment();
+    void Copy(const char* from, const char* to);
     void Copy(const wchar_t* from, const wchar_t* to);
-    long StoreResult(wxString& result);
-    long StorePlainLine();
+    long StoreLine();
+    long StoreOutput();
+    long StorePlainUnit(CParserUnit& unit);
+    bool IsAtLine() const;
+    void SetText(const wchar_t* text, size_t length);
+    long Remove();
 
     CPreprocessor& m_pp;
+    CArrayParserUnit& m_lines;
     _BlockPosition m_position;
-    wxString m_source;
-    wxString m_output;
+    CScanBuffersUse m_buffers;
+    CKeptText& m_kept;
+    wxString& m_output;
+    bool m_hasDirective = false; ///< The scan of a line has met a "#".
+    bool m_hasString = false;    ///< It has met a string.
 
     size_t m_openComments = 0;
-    const CParserUnit* m_commentUnit = nullptr;
-    wxString m_commentContext;
+    bool m_commentOpened = false; ///< On the current line.
+    int m_commentSlot = 0;
+    _ParserOrigin m_commentOrigin;
 };
 
 long CBlockScan::Run()
 {
-    while (m_position.m_index < static_cast<int>(m_position.m_block->GetCount())) {
-        m_position.m_unit = m_position.m_block->GetUnit(m_position.m_index);
-        if (!m_position.m_unit) {
+    while (m_position.m_index < static_cast<int>(m_lines.GetCount())) {
+        const _UnitSlot& slot = m_lines.Peek(m_position.m_index);
+        if (slot.IsHole()) {
             ++m_position.m_index;
             continue;
         }
-        if (const long result = ScanLine())
+        if (const long result = slot.IsLine() ? ScanLine(slot.Line()) : ScanUnit(*slot.unit))
             return result;
     }
     if (m_openComments)
-        return m_pp.Fail(wxString::Format(wxS("Comment not closed (started in %s)!"), m_commentContext), m_commentUnit);
+        return m_pp.Fail(wxString::Format(wxS("Comment not closed (started in %s)!"), m_commentOrigin.GetContext()),
+                         m_position.m_block->GetUnit(m_commentSlot));
     return m_pp.DirectiveEndCheck(m_position);
 }
 
-long CBlockScan::ScanLine()
+long CBlockScan::ScanLine(std::string_view line)
 {
-    const wxString& text = m_position.m_unit->m_text;
-    const wchar_t* const begin = text.wx_str();
-    if (!m_openComments && FindOpening(begin, begin + text.length()) == begin + text.length())
-        return StorePlainLine();
-
-    // Directives may delete the unit while they still read its line.
-    m_source.assign(text);
-    m_output.clear();
-    m_position.m_lineStarted = false;
-    const wchar_t* const source = m_source.wx_str();
-    if (const long result = ScanText(source, source + m_source.length()))
+    m_position.m_unit = CCurrentUnit(m_position.m_block, m_position.m_index);
+    const char* const end = line.data() + line.size();
+    const char* const first = text_detail::SkipBlanks(line.data(), end);
+    if (first != end && *first == '#' && !m_openComments) {
+        m_buffers->source.Assign(line);
+        return ScanSource();
+    }
+    m_kept.Clear();
+    m_hasDirective = false;
+    m_hasString = false;
+    m_commentOpened = false;
+    const size_t openComments = m_openComments;
+    if (const long result = ScanText(line.data(), end))
         return result;
-    return StoreResult(m_output);
+    if (!m_hasDirective)
+        return StoreLine();
+
+    m_openComments = openComments;
+    m_buffers->source.Assign(line);
+    return ScanSource();
 }
 
-long CBlockScan::ScanText(const wchar_t* at, const wchar_t* end)
+long CBlockScan::ScanUnit(CParserUnit& unit)
 {
-    const wchar_t* const begin = at;
+    m_position.m_unit = &unit;
+    const wxString& text = unit.m_text;
+    const wchar_t* const begin = text.wx_str();
+    if (!m_openComments && FindOpening(begin, begin + text.length()) == begin + text.length())
+        return StorePlainUnit(unit);
+    // Directives may delete the unit while they still read its line.
+    m_buffers->source.Assign(text);
+    return ScanSource();
+}
+
+long CBlockScan::ScanSource()
+{
+    m_output.clear();
+    m_commentOpened = false;
+    m_position.m_lineStarted = false;
+    if (const long result = ScanText(m_buffers->source.Begin(), m_buffers->source.End()))
+        return result;
+    return StoreOutput();
+}
+
+template <typename Char> long CBlockScan::ScanText(const Char* at, const Char* end)
+{
+    const Char* const begin = at;
     if (m_openComments)
         at = SkipComment(at, begin, end);
     while (at != end) {
-        const wchar_t* const opening = FindOpening(at, end);
+        const Char* const opening = FindOpening(at, end);
         Copy(at, opening);
         at = opening;
         if (at == end)
             break;
-        if (*at == DirectiveChar) {
-            if (const long result = ApplyAt(at, end))
-                return result;
-        } else if (*at == L'/' && at[1] == L'/')
+        if (*at == '#') {
+            if constexpr (std::is_same_v<Char, wchar_t>) {
+                if (const long result = ApplyAt(at, end))
+                    return result;
+            } else {
+                m_hasDirective = true;
+                return 0;
+            }
+        } else if (*at == '/' && at[1] == '/')
             break;
-        else if (*at == L'/') {
+        else if (*at == '/') {
             OpenComment();
             at = SkipComment(at + 2, begin, end);
-        } else if (*at == L'*')
+        } else if (*at == '*')
             return m_pp.Fail(wxS("Comment closed but not opened !"), m_position.m_unit);
         else {
-            const wchar_t* const close = text_detail::FindClosingQuote(at, end);
+            const Char* const close = text_detail::FindClosingQuote(at, end);
             if (close == end)
                 return m_pp.Fail(wxS("String not terminated !"), m_position.m_unit);
+            m_hasString = true;
             Copy(at, close + 1);
             at = close + 1;
         }
@@ -141,26 +178,40 @@ long CBlockScan::ApplyAt(const wchar_t*& at, const wchar_t* end)
 void CBlockScan::OpenComment()
 {
     m_openComments = 1;
-    m_commentUnit = m_position.m_unit;
-    m_commentContext = m_position.m_unit->GetContext();
+    m_commentOpened = true;
+}
+
+/// Where a comment began is only asked for when it goes on behind its line.
+void CBlockScan::NoteOpenComment()
+{
+    if (!m_openComments || !m_commentOpened)
+        return;
+    m_commentSlot = m_position.m_index;
+    m_commentOrigin = m_position.GetOrigin();
 }
 
 /// Where the open comments end: the end of the line when they do not end on it.
-const wchar_t* CBlockScan::SkipComment(const wchar_t* at, const wchar_t* begin, const wchar_t* end)
+template <typename Char> const Char* CBlockScan::SkipComment(const Char* at, const Char* begin, const Char* end)
 {
     while (at != end) {
-        const wchar_t following = at + 1 == end ? L'\0' : at[1];
-        if (*at == L'*' && following == L'/') {
+        const Char following = at + 1 == end ? Char() : at[1];
+        if (*at == '*' && following == '/') {
             at += 2;
             if (--m_openComments == 0)
                 return at;
-        } else if (*at == L'/' && following == L'*' && (at == begin || at[-1] != L'/')) {
+        } else if (*at == '/' && following == '*' && (at == begin || at[-1] != '/')) {
             at += 2;
             ++m_openComments;
         } else
             ++at;
     }
     return end;
+}
+
+void CBlockScan::Copy(const char* from, const char* to)
+{
+    if (!m_pp.m_skipping)
+        m_kept.Add(from, to);
 }
 
 void CBlockScan::Copy(const wchar_t* from, const wchar_t* to)
@@ -173,33 +224,98 @@ void CBlockScan::Copy(const wchar_t* from, const wchar_t* to)
         m_output.append(from, to - from);
 }
 
-long CBlockScan::StoreResult(wxString& result)
+/// Makes the current line what is kept of it.
+long CBlockScan::StoreLine()
 {
-    if (m_pp.m_trim) {
-        CPreprocessor::TrimLeft(result, TrimSet);
-        CPreprocessor::TrimRight(result, TrimSet);
-    }
-    if (result.find(L'"') != wxString::npos)
-        result = CPreprocessor::ConcatQuotes(result);
-    CParserUnit* const unit = m_position.m_unit;
-    if (m_pp.m_trim && result.empty()) {
-        if (unit == m_commentUnit)
-            m_commentUnit = nullptr;
-        return m_position.m_block->RemoveElement(unit, &m_position.m_index, 1);
-    }
-    if (&unit->m_text != &result)
-        unit->m_text = result;
+    NoteOpenComment();
+    const char* begin = m_kept.Text().data();
+    const char* end = begin + m_kept.Text().size();
+    if (m_pp.m_trim)
+        Trim(begin, end);
+    if (m_pp.m_trim && begin == end)
+        return Remove();
+    const std::string_view text(begin, static_cast<size_t>(end - begin));
+    if (m_hasString && HasAdjacentQuotes(begin, end)) {
+        m_output.clear();
+        vcq::detail::AppendUtf8(m_output, begin, text.size());
+        m_output = CPreprocessor::ConcatQuotes(m_output);
+        SetText(m_output.wx_str(), m_output.length());
+    } else
+        m_lines.SetLine(m_position.m_index,
+                        m_kept.IsJoined() ? m_lines.Peek(m_position.m_index).text->Keep(text) : text);
     ++m_position.m_index;
     return 0;
 }
 
-/// The result of a line without any string, comment or "#" is the line itself, so nothing is copied.
-long CBlockScan::StorePlainLine()
+/// Makes the current line or unit what directives have left of it.
+long CBlockScan::StoreOutput()
 {
-    wxString& text = m_position.m_unit->m_text;
+    NoteOpenComment();
+    const wchar_t* begin = m_output.wx_str();
+    const wchar_t* end = begin + m_output.length();
+    if (m_pp.m_trim)
+        Trim(begin, end);
+    if (m_pp.m_trim && begin == end)
+        return Remove();
+    if (HasAdjacentQuotes(begin, end)) {
+        m_output = CPreprocessor::ConcatQuotes(wxString(begin, end - begin));
+        begin = m_output.wx_str();
+        end = begin + m_output.length();
+    }
+    SetText(begin, end - begin);
+    ++m_position.m_index;
+    return 0;
+}
+
+/// The result of a unit without any string, comment or "#" is its text, so nothing is copied.
+long CBlockScan::StorePlainUnit(CParserUnit& unit)
+{
     if (m_pp.m_skipping)
-        text.clear();
-    return StoreResult(text);
+        unit.m_text.clear();
+    if (m_pp.m_trim) {
+        CPreprocessor::TrimLeft(unit.m_text, TrimSet);
+        CPreprocessor::TrimRight(unit.m_text, TrimSet);
+        if (unit.m_text.empty())
+            return Remove();
+    }
+    ++m_position.m_index;
+    return 0;
+}
+
+/// Whether the current slot is a line that nobody has asked the unit of.
+bool CBlockScan::IsAtLine() const
+{
+    return !m_position.m_unit.IsMade() && m_lines.Peek(m_position.m_index).IsLine();
+}
+
+void CBlockScan::SetText(const wchar_t* text, size_t length)
+{
+    std::string& bytes = m_buffers->bytes;
+    bytes.clear();
+    if (IsAtLine() && vcq::detail::AppendExactUtf8(bytes, text, length) && bytes.size() <= CLineText::LargestText)
+        m_lines.SetLine(m_position.m_index, m_lines.Peek(m_position.m_index).text->Keep(bytes));
+    else
+        m_position.m_unit->m_text.assign(text, length);
+}
+
+long CBlockScan::Remove()
+{
+    if (!IsAtLine())
+        return m_position.m_block->RemoveElement(m_position.m_unit, &m_position.m_index, 1);
+    m_lines.DropLine(m_position.m_index++);
+    return 0;
+}
+
+CParserUnit* CCurrentUnit::Make() const
+{
+    m_unit = m_block->GetUnit(m_slot);
+    m_block = nullptr;
+    return m_unit;
+}
+
+_ParserOrigin _BlockPosition::GetOrigin() const
+{
+    return m_unit.IsMade() ? _ParserOrigin{m_unit->m_file, m_unit->m_line} : m_block->GetOrigin(m_index);
 }
 
 long CPreprocessor::PreprocessBlock(CParserBlock* block)

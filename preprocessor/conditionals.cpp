@@ -1,6 +1,8 @@
 #include "parser/parser.h"
 #include "parser/parser_unit.h"
 #include "preprocessor/directive_line_detail.h"
+#include "preprocessor/line_scan_detail.h"
+#include "preprocessor/name_list_detail.h"
 #include "preprocessor/preprocessor.h"
 #include "preprocessor/preprocessor_scripts_detail.h"
 #include "preprocessor/text_detail.h"
@@ -8,21 +10,24 @@
 #include <wx/log.h>
 
 #include <optional>
+#include <string_view>
 
 namespace
 {
 
-wxString NameBehind(const _DirectiveLine& line)
+constexpr const wchar_t* DefinedWord = L"defined";
+
+std::wstring_view NameBehind(const _DirectiveLine& line)
 {
     const wchar_t* const name = text_detail::SkipBlanks(line.rest, line.end);
-    return wxString(name, text_detail::SkipWord(name, line.end) - name);
+    return std::wstring_view(name, text_detail::SkipWord(name, line.end) - name);
 }
 
 } // namespace
 
 _IfDefStateInfo* CPreprocessor::InnermostSection()
 {
-    return m_sections.size() > m_sectionBase ? m_sections.back().get() : nullptr;
+    return m_sections.size() > m_sectionBase ? &m_sections.back() : nullptr;
 }
 
 long CPreprocessor::FailWithout(const _DirectiveLine& line, const wchar_t* opening)
@@ -45,16 +50,13 @@ long CPreprocessor::OpenSection(_DirectiveLine& line, std::optional<bool> taken)
         return Fail(wxString::Format(wxS("%c%s : More than %u open sections !"), DirectiveChar, line.Word(),
                                      m_limits.openSections),
                     line.position.m_unit);
-    auto section = std::make_unique<_IfDefStateInfo>();
-    section->m_savedSkipping = m_skipping;
-    section->m_context = line.position.m_unit->GetContext();
-    section->m_unresolved = !m_skipping && !taken;
-    section->m_state = taken.value_or(true) ? _IfDefStateInfo::BranchTaken : _IfDefStateInfo::NoBranchYet;
-    if (section->m_unresolved)
+    const bool isUnresolved = !m_skipping && !taken;
+    const int state = taken.value_or(true) ? _IfDefStateInfo::BranchTaken : _IfDefStateInfo::NoBranchYet;
+    m_sections.push_back({state, m_skipping, line.position.GetOrigin(), isUnresolved});
+    if (isUnresolved)
         KeepForLaterPass(line);
-    if (section->m_state == _IfDefStateInfo::NoBranchYet)
+    if (state == _IfDefStateInfo::NoBranchYet)
         m_skipping = true;
-    m_sections.push_back(std::move(section));
     return 0;
 }
 
@@ -62,7 +64,7 @@ long CPreprocessor::OpenDefinedSection(_DirectiveLine& line, bool wanted)
 {
     if (m_skipping)
         return OpenSection(line, true);
-    const bool found = HasDefine(NameBehind(line));
+    const bool found = m_defines.Find(NameBehind(line)) != nullptr;
     if (m_partial && !found)
         return OpenSection(line, std::nullopt);
     return OpenSection(line, found == wanted);
@@ -82,13 +84,17 @@ long CPreprocessor::DirectiveIfndef(_DirectiveLine& line)
 /// undecided (1), and a later pass will say so.
 long CPreprocessor::ReplaceCondition(const _DirectiveLine& line, wxString& condition)
 {
+    const wxArrayString noNames;
+    const auto replace = [&] {
+        return ReplaceDefines(line.rest, line.end, condition, line.position, CNameList(noNames));
+    };
+    if (!m_partial)
+        return replace() == 0 ? 0 : -1;
     wxString message;
     const CParserUnit* unit = nullptr;
     if (m_parser)
         m_parser->GetLastError(&message, &unit);
-    const long result = DirectiveReplaceDefines(line.Rest(), condition, line.position, wxArrayString());
-    if (!m_partial)
-        return result == 0 ? 0 : -1;
+    const long result = replace();
     if (result < 0) {
         Fail(message, unit);
         condition = line.Rest();
@@ -98,13 +104,15 @@ long CPreprocessor::ReplaceCondition(const _DirectiveLine& line, wxString& condi
 
 bool CPreprocessor::EvaluateCondition(const wxString& condition, bool& value)
 {
-    wxString expression = condition;
-    PreprocessCondition(expression);
+    wxString rewritten;
+    const bool hasDefined = condition.find(DefinedWord) != wxString::npos;
+    if (hasDefined)
+        RewriteDefined(condition, rewritten);
     // What partial mode cannot evaluate is kept, not reported.
     std::optional<wxLogNull> quiet;
     if (m_partial)
         quiet.emplace();
-    return Scripts().condition.Evaluate(expression, value);
+    return Scripts().condition.Evaluate(hasDefined ? rewritten : condition, value);
 }
 
 long CPreprocessor::DirectiveIf(_DirectiveLine& line)
@@ -175,7 +183,7 @@ long CPreprocessor::DirectiveElseifdef(_DirectiveLine& line)
     _IfDefStateInfo* const section = InnermostSection();
     if (!section)
         return FailWithout(line, L"ifdef");
-    const bool found = HasDefine(NameBehind(line));
+    const bool found = m_defines.Find(NameBehind(line)) != nullptr;
     if (section->m_unresolved) {
         if (!found) {
             line.Keep();
@@ -213,7 +221,7 @@ long CPreprocessor::DirectiveEndCheck(const _BlockPosition& WXUNUSED(position))
     if (!section)
         return 0;
     Fail(wxString::Format(wxS("Missing %c%s for %c%s started %s!"), DirectiveChar, wxS("endif"), DirectiveChar,
-                          wxS("ifdef"), section->m_context),
+                          wxS("ifdef"), section->m_origin.GetContext()),
          nullptr);
     m_sections.clear();
     return -1;
@@ -221,38 +229,45 @@ long CPreprocessor::DirectiveEndCheck(const _BlockPosition& WXUNUSED(position))
 
 long CPreprocessor::PreprocessCondition(wxString& condition)
 {
-    static const wxString word = wxS("defined");
-    size_t found = condition.find(word);
-    if (found == wxString::npos)
+    if (condition.find(DefinedWord) == wxString::npos)
         return 0;
-    const wchar_t* const begin = condition.wx_str();
-    const wchar_t* const end = begin + condition.length();
-    const wchar_t* copied = begin;
     wxString result;
+    const long kept = RewriteDefined(condition, result);
+    condition.swap(result);
+    return kept;
+}
+
+long CPreprocessor::RewriteDefined(const wxString& condition, wxString& result) const
+{
+    const std::wstring_view text(condition.wx_str(), condition.length());
+    const std::wstring_view word(DefinedWord);
+    const wchar_t* const begin = text.data();
+    const wchar_t* const end = begin + text.size();
+    const wchar_t* copied = begin;
+    result.reserve(text.size());
     long kept = 0;
-    for (; found != wxString::npos; found = condition.find(word, found)) {
+    for (size_t found = text.find(word); found != std::wstring_view::npos; found = text.find(word, found)) {
         const wchar_t* const at = begin + found;
-        found += word.length();
-        const wchar_t* const open = text_detail::SkipBlanks(at + word.length(), end);
+        found += word.size();
+        const wchar_t* const open = text_detail::SkipBlanks(at + word.size(), end);
         if ((at != begin && text_detail::IsWordChar(at[-1])) || open == end || *open != L'(')
             continue;
         const wchar_t* const close = std::find(open, end, L')');
         if (close == end)
             break;
-        wxString name(open + 1, close - open - 1);
-        TrimLeft(name, TrimSet);
-        TrimRight(name, TrimSet);
-        const bool isDefined = HasDefine(name);
+        const wchar_t* name = open + 1;
+        const wchar_t* nameEnd = close;
+        line_scan_detail::Trim(name, nameEnd);
+        const bool isDefined = m_defines.Find(std::wstring_view(name, nameEnd - name)) != nullptr;
         result.append(copied, at - copied);
         if (isDefined || !m_partial)
             result += isDefined ? wxS("true") : wxS("false");
         else
-            result += wxString::Format(wxS("defined(%s)"), name);
+            result.append(wxS("defined(")).append(name, nameEnd - name).append(wxS(")"));
         kept |= !isDefined && m_partial;
         copied = close + 1;
         found = copied - begin;
     }
     result.append(copied, end - copied);
-    condition = result;
     return kept;
 }

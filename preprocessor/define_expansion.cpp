@@ -1,6 +1,7 @@
 #include "parser/parser.h"
 #include "parser/parser_unit.h"
 #include "preprocessor/directive_line_detail.h"
+#include "preprocessor/name_list_detail.h"
 #include "preprocessor/preprocessor.h"
 #include "preprocessor/preprocessor_scripts_detail.h"
 #include "preprocessor/text_span_detail.h"
@@ -39,21 +40,30 @@ private:
 long CPreprocessor::ApplyDefine(const wxString& name, wxString& result)
 {
     result.clear();
-    const auto found = m_defines.find(name);
-    if (found == m_defines.end()) {
+    const std::wstring_view word(name.wx_str(), name.length());
+    const _DefineInfo* const define = m_defines.Find(word);
+    if (!define) {
         Fail(wxString::Format(wxS("\"%s\" is not defined !"), name), nullptr);
         return 1;
     }
     const wchar_t* const nothing = L"";
     const wchar_t* at = nothing;
-    return ExpandUse(name, found->second, at, nothing, nullptr, false, result);
+    return ExpandUse(word, *define, at, nothing, nullptr, false, result);
 }
 
 /// Reads the arguments of a define at `at` and appends its expansion.
 /// @return 0; 1 when partial mode could not resolve an argument (nothing is appended); -1 after a recorded error.
-long CPreprocessor::ExpandUse(const wxString& name, const _DefineInfo& define, const wchar_t*& at, const wchar_t* end,
+long CPreprocessor::ExpandUse(std::wstring_view word, const _DefineInfo& define, const wchar_t*& at, const wchar_t* end,
                               const _BlockPosition* position, bool quote, wxString& result)
 {
+    const bool hasArguments = at != end && *at == L'(';
+    if (!hasArguments && !quote && define.params.empty() && define.value.find(DirectiveChar) == wxString::npos) {
+        if (result.length() + define.value.length() > m_limits.expandedLength)
+            return FailExpansion(word, position);
+        result += define.value;
+        return 0;
+    }
+    const wxString name(word.data(), word.size());
     wxArrayString arguments;
     if (const long status = GetParams(name, at, end, arguments, m_parser, position))
         return status;
@@ -70,14 +80,27 @@ long CPreprocessor::ExpandUse(const wxString& name, const _DefineInfo& define, c
     return status;
 }
 
+long CPreprocessor::FailExpansion(std::wstring_view word, const _BlockPosition* position)
+{
+    return Fail(wxString::Format(wxS("\"%s\" : More than %lu characters after replacing defines !"),
+                                 wxString(word.data(), word.size()),
+                                 static_cast<unsigned long>(m_limits.expandedLength)),
+                UnitOf(position));
+}
+
 long CPreprocessor::DirectiveReplaceDefines(const wxString& text, wxString& result, const _BlockPosition& position,
                                             const wxArrayString& params)
 {
+    const wchar_t* const begin = text.wx_str();
+    return ReplaceDefines(begin, begin + text.length(), result, position, CNameList(params));
+}
+
+long CPreprocessor::ReplaceDefines(const wchar_t* at, const wchar_t* end, wxString& result,
+                                   const _BlockPosition& position, const CNameList& leftAlone)
+{
     // The arguments of the defines used in the text leave the same names alone.
-    const ScopedValue leftAlone(m_leftAlone, &params);
+    const ScopedValue inArguments(m_leftAlone, &leftAlone);
     result.clear();
-    const wchar_t* at = text.wx_str();
-    const wchar_t* const end = at + text.length();
     const wchar_t* copied = at;
     long status = 0;
     while (at != end) {
@@ -94,24 +117,24 @@ long CPreprocessor::DirectiveReplaceDefines(const wxString& text, wxString& resu
         const wchar_t* const word = at + (quote ? 2 : 1);
         const wchar_t* after = SkipWord(word, end);
         const bool isText = word == end || *word == ScriptOpen || *word == L'(' || IsBlank(*word);
-        const wxString name = isText ? wxString() : wxString(word, after - word);
-        if (isText || params.Index(name) != wxNOT_FOUND) {
+        const std::wstring_view name(word, after - word);
+        if (isText || leftAlone.Find(name) != wxNOT_FOUND) {
             at = after;
             continue;
         }
         result.append(copied, at - copied);
         copied = at;
         at = after;
-        const auto found = m_defines.find(name);
-        if (found == m_defines.end()) {
+        const _DefineInfo* const define = m_defines.Find(name);
+        if (!define) {
             if (!m_partial) {
-                Fail(wxString::Format(wxS("\"%s\" is not defined !"), name), position.m_unit);
+                Fail(wxString::Format(wxS("\"%s\" is not defined !"), wxString(word, after - word)), position.m_unit);
                 return 1;
             }
             status = 1;
             continue;
         }
-        const long expanded = ExpandUse(name, found->second, at, end, &position, quote, result);
+        const long expanded = ExpandUse(name, *define, at, end, &position, quote, result);
         if (expanded < 0 || (expanded == 1 && !m_partial))
             return -1;
         if (expanded == 0)
@@ -124,7 +147,7 @@ long CPreprocessor::DirectiveReplaceDefines(const wxString& text, wxString& resu
 
 /// Cuts a parenthesised list into its trimmed arguments; nothing when `at` is not at a "(".
 long CPreprocessor::SplitArguments(const wxString& name, const wchar_t*& at, const wchar_t* end,
-                                   wxArrayString& arguments, const CParserUnit* unit)
+                                   wxArrayString& arguments, const _BlockPosition* position)
 {
     if (at == end || *at != L'(')
         return 0;
@@ -145,7 +168,7 @@ long CPreprocessor::SplitArguments(const wxString& name, const wchar_t*& at, con
             if (p == end)
                 break;
         } else if (*p == L'(' && nested)
-            return Fail(wxS("CPreprocessor::GetParams multiple nested parenthesis not supported"), unit);
+            return Fail(wxS("CPreprocessor::GetParams multiple nested parenthesis not supported"), UnitOf(position));
         else if (*p == L'(')
             nested = true;
         else if (*p == L')' && nested)
@@ -158,13 +181,14 @@ long CPreprocessor::SplitArguments(const wxString& name, const wchar_t*& at, con
             add(p, true);
     }
     return Fail(
-        wxString::Format(wxS("\"%s\" did not find end of parameters in %s !"), name, wxString(open, end - open)), unit);
+        wxString::Format(wxS("\"%s\" did not find end of parameters in %s !"), name, wxString(open, end - open)),
+        UnitOf(position));
 }
 
 long CPreprocessor::GetParams(wxString name, const wchar_t*& at, const wchar_t* end, wxArrayString& params,
                               CParser* parser, const _BlockPosition* position)
 {
-    if (SplitArguments(name, at, end, params, UnitOf(position)) != 0)
+    if (SplitArguments(name, at, end, params, position) != 0)
         return -1;
     if (!position || params.empty())
         return 0;
@@ -174,10 +198,13 @@ long CPreprocessor::GetParams(wxString name, const wchar_t*& at, const wchar_t* 
             position->m_unit);
     const ScopedValue level(m_argumentNesting, m_argumentNesting + 1);
     long status = 0;
+    const wxArrayString noNames;
+    const CNameList none(noNames);
+    const CNameList& leftAlone = m_leftAlone ? *m_leftAlone : none;
     for (wxString& argument : params) {
         wxString replaced;
-        const long result =
-            DirectiveReplaceDefines(argument, replaced, *position, m_leftAlone ? *m_leftAlone : wxArrayString());
+        const wchar_t* const begin = argument.wx_str();
+        const long result = ReplaceDefines(begin, begin + argument.length(), replaced, *position, leftAlone);
         if (result < 0 || (result == 1 && !m_partial)) {
             wxString reason;
             if (parser)
@@ -197,8 +224,8 @@ class CParamSubstitution
 {
 public:
     CParamSubstitution(CPreprocessor& pp, const wxString& name, const wxArrayString& params,
-                       const wxArrayString& arguments, const CParserUnit* unit)
-        : m_pp(pp), m_name(name), m_params(params), m_arguments(arguments), m_unit(unit)
+                       const wxArrayString& arguments, const _BlockPosition* position)
+        : m_pp(pp), m_name(name), m_params(params), m_arguments(arguments), m_position(position)
     {}
 
     long Substitute(const wchar_t* at, const wchar_t* end, wxString& result);
@@ -207,14 +234,16 @@ private:
     long SubstituteConditional(const wchar_t*& at, const wchar_t* end, wxString& result);
     long Choose(const wchar_t* condition, const wchar_t* question, bool& value);
     long FailConditional(const wchar_t* what);
+    long FailExpansion();
+    bool Append(wxString& result, const wchar_t* from, size_t length) const;
 
     static const wchar_t* FindAtThisLevel(const wchar_t* at, const wchar_t* end, wchar_t what);
 
     CPreprocessor& m_pp;
     const wxString& m_name;
-    const wxArrayString& m_params;
+    CNameList m_params;
     const wxArrayString& m_arguments;
-    const CParserUnit* m_unit;
+    const _BlockPosition* m_position;
 };
 
 long CParamSubstitution::Substitute(const wchar_t* at, const wchar_t* end, wxString& result)
@@ -234,24 +263,38 @@ long CParamSubstitution::Substitute(const wchar_t* at, const wchar_t* end, wxStr
         const wchar_t* const word = at + (quote ? 2 : 1);
         const wchar_t* after = SkipWord(word, end);
         const bool conditional = word != end && *word == L'(';
-        const int param = after == word ? wxNOT_FOUND : m_params.Index(wxString(word, after - word));
+        const int param = after == word ? wxNOT_FOUND : m_params.Find(std::wstring_view(word, after - word));
         if (param == wxNOT_FOUND && !conditional) {
             at = after;
             continue;
         }
-        result.append(copied, at - copied);
+        if (!Append(result, copied, at - copied))
+            return FailExpansion();
         if (quote)
             result.append(1, wxUniChar(L'"'));
-        if (!conditional)
-            result += m_arguments[param];
-        else if (SubstituteConditional(after, end, result) != 0)
-            return -1;
+        if (conditional) {
+            if (SubstituteConditional(after, end, result) != 0)
+                return -1;
+        } else if (!Append(result, m_arguments[param].wx_str(), m_arguments[param].length()))
+            return FailExpansion();
         if (quote)
             result.append(1, wxUniChar(L'"'));
         copied = at = after;
     }
-    result.append(copied, end - copied);
-    return 0;
+    return Append(result, copied, end - copied) ? 0 : FailExpansion();
+}
+
+bool CParamSubstitution::Append(wxString& result, const wchar_t* from, size_t length) const
+{
+    if (result.length() + length > m_pp.m_limits.expandedLength)
+        return false;
+    result.append(from, length);
+    return true;
+}
+
+long CParamSubstitution::FailExpansion()
+{
+    return m_pp.FailExpansion(std::wstring_view(m_name.wx_str(), m_name.length()), m_position);
 }
 
 /// `at` is at the "(" and moves behind the ")".
@@ -260,7 +303,7 @@ long CParamSubstitution::SubstituteConditional(const wchar_t*& at, const wchar_t
     if (m_pp.m_argumentNesting >= m_pp.m_limits.argumentNesting)
         return m_pp.Fail(wxString::Format(wxS("%c%s : More than %u conditional texts inside each other !"),
                                           DirectiveChar, m_name, m_pp.m_limits.argumentNesting),
-                         m_unit);
+                         UnitOf(m_position));
     const ScopedValue level(m_pp.m_argumentNesting, m_pp.m_argumentNesting + 1);
     const wchar_t* const condition = at + 1;
     const wchar_t* const question = FindAtThisLevel(condition, end, L'?');
@@ -289,12 +332,14 @@ long CParamSubstitution::Choose(const wchar_t* condition, const wchar_t* questio
     if (m_pp.Scripts().condition.Evaluate(expression, value))
         return 0;
     return m_pp.Fail(
-        wxString::Format(wxS("%c%s : Can not evaluate question condition: %s"), DirectiveChar, m_name, text), m_unit);
+        wxString::Format(wxS("%c%s : Can not evaluate question condition: %s"), DirectiveChar, m_name, text),
+        UnitOf(m_position));
 }
 
 long CParamSubstitution::FailConditional(const wchar_t* what)
 {
-    return m_pp.Fail(wxString::Format(wxS("%c(param?true:false) : Can not find %s"), DirectiveChar, what), m_unit);
+    return m_pp.Fail(wxString::Format(wxS("%c(param?true:false) : Can not find %s"), DirectiveChar, what),
+                     UnitOf(m_position));
 }
 
 /// The next `what` outside strings and parentheses, before the parenthesis that closes this level; else `end`.
@@ -320,11 +365,7 @@ long CPreprocessor::ReplaceParams(const wxString& name, wxString& result, const 
                                   const wxArrayString& arguments, CParser* WXUNUSED(parser),
                                   const _BlockPosition* position)
 {
-    if (define.value.find(DirectiveChar) == wxString::npos) {
-        result += define.value;
-        return 0;
-    }
     const wchar_t* const value = define.value.wx_str();
-    return CParamSubstitution(*this, name, define.params, arguments, UnitOf(position))
+    return CParamSubstitution(*this, name, define.params, arguments, position)
         .Substitute(value, value + define.value.length(), result);
 }

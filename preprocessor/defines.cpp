@@ -1,5 +1,7 @@
 #include "parser/parser_unit.h"
 #include "preprocessor/directive_line_detail.h"
+#include "preprocessor/line_scan_detail.h"
+#include "preprocessor/name_list_detail.h"
 #include "preprocessor/preprocessor.h"
 #include "preprocessor/text_detail.h"
 
@@ -18,6 +20,11 @@ wxString FormatDefine(const wxString& name, const _DefineInfo& define)
     if (!define.params.empty())
         text << wxS("(") << wxJoin(define.params, wxS(','), wxS('\0')) << wxS(")");
     return text << wxS(" ") << define.value;
+}
+
+std::wstring_view Name(const wxString& name)
+{
+    return std::wstring_view(name.wx_str(), name.length());
 }
 
 std::wstring_view WordAt(const wchar_t* at, const wchar_t* end)
@@ -41,38 +48,40 @@ std::wstring_view DefinedName(const wchar_t* at, const wchar_t* end)
 
 void CPreprocessor::AddDefine(const wxString& name, const wxString& value, wxArrayString params)
 {
-    const auto found = m_defines.find(name);
-    if (found == m_defines.end())
-        m_defines[name] = _DefineInfo{params, value, wxString()};
-    else if (found->second.value != value)
-        Fail(wxString::Format(wxS("\"%s\" already defined in %s (%s was %s)!"), name, found->second.origin, value,
-                              found->second.value),
+    const _DefineInfo* const known = m_defines.Find(Name(name));
+    if (!known)
+        m_defines[Name(name)] = _DefineInfo{params, value, wxString()};
+    else if (known->value != value)
+        Fail(wxString::Format(wxS("\"%s\" already defined in %s (%s was %s)!"), name, known->origin, value,
+                              known->value),
              nullptr);
 }
 
 void CPreprocessor::RemoveDefine(const wxString& name)
 {
-    m_defines.erase(name);
+    m_defines.Erase(Name(name));
 }
 
 bool CPreprocessor::HasDefine(const wxString& name) const
 {
-    return m_defines.find(name) != m_defines.end();
+    return m_defines.Find(Name(name)) != nullptr;
 }
 
 void CPreprocessor::CopyDefineTo(CPreprocessor* other)
 {
     if (other == this)
         return;
-    for (const auto& entry : m_defines)
-        other->AddDefine(entry.first, entry.second.value, entry.second.params);
+    m_defines.ForEach([other](const CMapStringToDefineInfo::Entry& entry) {
+        other->AddDefine(entry.name, entry.define.value, entry.define.params);
+    });
 }
 
 void CPreprocessor::GetDefines(wxString& out) const
 {
     out.clear();
-    for (const auto& entry : m_defines)
-        out << wxS("#define ") << FormatDefine(entry.first, entry.second) << wxS("\n");
+    m_defines.ForEach([&out](const CMapStringToDefineInfo::Entry& entry) {
+        out << wxS("#define ") << FormatDefine(entry.name, entry.define) << wxS("\n");
+    });
 }
 
 void CPreprocessor::BufferInPlaceRemoveDefines(wxString& text, const wchar_t** names)
@@ -105,21 +114,20 @@ void CPreprocessor::BufferInPlaceRemoveDefines(wxString& text, const wchar_t** n
 /// @return 0; 1 when partial mode could not resolve the value; -1 after a recorded error.
 long CPreprocessor::ReadDefine(_DirectiveLine& line, wxString& name, _DefineInfo& define)
 {
-    const CParserUnit* const unit = line.position.m_unit;
     const wchar_t* at = text_detail::SkipBlanks(line.rest, line.end);
     const wchar_t* const nameStart = at;
     at = text_detail::SkipWord(at, line.end);
     name.assign(nameStart, at - nameStart);
     if (name.empty())
         return Fail(
-            wxString::Format(wxS("No Define name in line: %.*s"), static_cast<int>(line.end - line.at), line.at), unit);
-    if (SplitArguments(name, at, line.end, define.params, unit) != 0)
+            wxString::Format(wxS("No Define name in line: %.*s"), static_cast<int>(line.end - line.at), line.at),
+            line.position.m_unit);
+    if (SplitArguments(name, at, line.end, define.params, &line.position) != 0)
         return -1;
-    wxString value(at, line.end - at);
-    TrimLeft(value, TrimSet);
-    TrimRight(value, TrimSet);
-    define.origin = unit->GetContext();
-    const long result = DirectiveReplaceDefines(value, define.value, line.position, define.params);
+    const wchar_t* end = line.end;
+    line_scan_detail::Trim(at, end);
+    define.origin = line.position.GetOrigin().GetContext();
+    const long result = ReplaceDefines(at, end, define.value, line.position, CNameList(define.params));
     return result == 1 && !m_partial ? -1 : result;
 }
 
@@ -140,12 +148,12 @@ long CPreprocessor::DirectiveDefine(_DirectiveLine& line)
         KeepDefine(line, name, define);
         return 0;
     }
-    const auto found = m_defines.find(name);
-    if (found == m_defines.end())
-        m_defines[name] = define;
-    else if (found->second.value != define.value)
-        return Fail(wxString::Format(wxS("\"%s\" already defined in %s (%s was %s) !"), name, found->second.origin,
-                                     define.value, found->second.value),
+    const _DefineInfo* const known = m_defines.Find(Name(name));
+    if (!known)
+        m_defines[Name(name)] = define;
+    else if (known->value != define.value)
+        return Fail(wxString::Format(wxS("\"%s\" already defined in %s (%s was %s) !"), name, known->origin,
+                                     define.value, known->value),
                     line.position.m_unit);
     return 0;
 }
@@ -166,13 +174,13 @@ long CPreprocessor::DirectiveRedefine(_DirectiveLine& line)
     const long result = ReadDefine(line, name, define);
     if (result < 0)
         return result;
-    const auto found = m_defines.find(name);
-    if (found == m_defines.end())
+    _DefineInfo* const known = m_defines.Find(Name(name));
+    if (!known)
         return FailNotDefined(line, name);
     if (result == 1)
         KeepDefine(line, name, define);
     else
-        found->second = define;
+        *known = define;
     return 0;
 }
 
@@ -180,5 +188,5 @@ long CPreprocessor::DirectiveUndef(_DirectiveLine& line)
 {
     const wchar_t* const at = text_detail::SkipBlanks(line.rest, line.end);
     const wxString name(at, text_detail::SkipWord(at, line.end) - at);
-    return m_defines.erase(name) ? 0 : FailNotDefined(line, name);
+    return m_defines.Erase(Name(name)) ? 0 : FailNotDefined(line, name);
 }

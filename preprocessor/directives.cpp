@@ -1,5 +1,6 @@
 #include "parser/parser_unit.h"
 #include "preprocessor/directive_line_detail.h"
+#include "preprocessor/name_list_detail.h"
 #include "preprocessor/preprocessor.h"
 #include "preprocessor/preprocessor_scripts_detail.h"
 #include "preprocessor/text_detail.h"
@@ -38,8 +39,10 @@ struct CDirectiveTable
             {L"redefine", &CPreprocessor::DirectiveRedefine, false},
             {L"undef", &CPreprocessor::DirectiveUndef, false},
         };
-        const auto* const found = std::find_if(std::begin(entries), std::end(entries),
-                                               [&](const Entry& entry) { return entry.word == word; });
+        if (word.empty())
+            return nullptr;
+        const auto isWord = [&](const Entry& entry) { return entry.word[0] == word[0] && entry.word == word; };
+        const auto* const found = std::find_if(std::begin(entries), std::end(entries), isWord);
         return found == std::end(entries) ? nullptr : found;
     }
 };
@@ -71,17 +74,16 @@ long CPreprocessor::DirectiveApply(wxString& output, const wchar_t* at, const wc
 
 long CPreprocessor::ApplyUse(_DirectiveLine& line)
 {
-    const wxString name = line.Word();
-    const auto found = m_defines.find(name);
+    const std::wstring_view name(line.word, line.rest - line.word);
+    const _DefineInfo* const define = m_defines.Find(name);
     const wchar_t* after = line.rest;
-    if (found != m_defines.end()) {
-        const long result =
-            ExpandUse(name, found->second, after, line.end, &line.position, line.IsQuoting(), line.output);
+    if (define) {
+        const long result = ExpandUse(name, *define, after, line.end, &line.position, line.IsQuoting(), line.output);
         *line.next = after;
         if (result != 1)
             return result;
     } else if (!m_partial)
-        return Fail(wxString::Format(wxS("\"%s\" is not defined !"), name), line.position.m_unit);
+        return Fail(wxString::Format(wxS("\"%s\" is not defined !"), line.Word()), line.position.m_unit);
     line.output.append(line.at, after - line.at);
     m_wasPartial = true;
     return 0;
@@ -89,7 +91,7 @@ long CPreprocessor::ApplyUse(_DirectiveLine& line)
 
 long CPreprocessor::ApplyInlineScript(_DirectiveLine& line)
 {
-    const CParserUnit* const unit = line.position.m_unit;
+    const CCurrentUnit& unit = line.position.m_unit;
     const wchar_t* const begin = line.word + 1;
     const wchar_t* const stop =
         std::find_if(begin, line.end, [](wchar_t ch) { return ch == ScriptOpen || ch == ScriptClose; });
@@ -100,8 +102,8 @@ long CPreprocessor::ApplyInlineScript(_DirectiveLine& line)
         return Fail(wxString::Format(wxS("%c%c can not be nested !"), DirectiveChar, ScriptOpen), unit);
 
     wxString script;
-    const long replaced =
-        DirectiveReplaceDefines(wxString(begin, stop - begin), script, line.position, wxArrayString());
+    const wxArrayString noNames;
+    const long replaced = ReplaceDefines(begin, stop, script, line.position, CNameList(noNames));
     if (replaced != 0 && !(replaced == 1 && m_partial))
         return -1;
     *line.next = stop + 1;
@@ -129,7 +131,7 @@ bool CPreprocessor::KeepInUndecidedSection(_DirectiveLine& line)
 {
     const bool undecided =
         m_partial && std::any_of(m_sections.begin() + std::min(m_sectionBase, m_sections.size()), m_sections.end(),
-                                 [](const auto& section) { return section->m_unresolved; });
+                                 [](const auto& section) { return section.m_unresolved; });
     if (undecided)
         KeepForLaterPass(line);
     return undecided;

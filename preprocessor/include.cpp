@@ -1,4 +1,5 @@
 #include "base/file.h"
+#include "base/utf8_text.h"
 #include "parser/parser.h"
 #include "parser/parser_unit.h"
 #include "preprocessor/directive_line_detail.h"
@@ -8,6 +9,8 @@
 #include <wx/filename.h>
 
 #include <memory>
+#include <string>
+#include <utility>
 
 namespace
 {
@@ -28,10 +31,13 @@ wxString IncludedPath(const wxString& name, const wxString& includingFile)
 }
 
 /// An interpreter line ("#!") is a comment.
-void HideInterpreterLine(wxString& text)
+CUtf8Text WithoutInterpreterLine(CUtf8Text text)
 {
-    if (text.length() > 2 && text.StartsWith(wxS("#!")))
-        text.replace(0, 2, wxS("//"));
+    if (text.Bytes().size() <= 2 || text.Bytes().compare(0, 2, "#!") != 0)
+        return text;
+    std::string bytes = text.TakeBytes();
+    bytes.replace(0, 2, "//");
+    return *CUtf8Text::FromBytes(std::move(bytes));
 }
 
 } // namespace
@@ -39,6 +45,7 @@ void HideInterpreterLine(wxString& text)
 long CPreprocessor::DirectiveInclude(_DirectiveLine& line)
 {
     line.output.clear();
+    line.position.m_unit.Get(); // while it is in its slot: what is inserted moves it
     const long result = Include(line.Rest(), line.position);
     return result == 1 ? -1 : result;
 }
@@ -54,7 +61,7 @@ long CPreprocessor::Include(const wxString& argument, _BlockPosition& position)
         return Fail(wxString::Format(wxS("Include file '%s' nested deeper than %u"), name, m_limits.includeDepth),
                     position.m_unit);
 
-    wxString text;
+    CUtf8Text text;
     const wxString path = IncludedPath(name, position.m_unit->GetFileName());
     CFile file = m_dir.OpenFile(path, wxFile::read);
     if (!file.IsOpened()) {
@@ -69,7 +76,7 @@ long CPreprocessor::Include(const wxString& argument, _BlockPosition& position)
     // Files including each other must not pile up open descriptors.
     file.Close();
     IncludeRead(path);
-    HideInterpreterLine(text);
     const CNestedText nested(m_sections.size(), m_sectionBase, m_includeDepth);
-    return nested.Insert(*m_parser, text, name, position.m_unit, true, {path, nullptr}, position);
+    return nested.Insert(*m_parser, WithoutInterpreterLine(std::move(text)), name, position.m_unit, true,
+                         {path, nullptr}, position);
 }

@@ -1,5 +1,6 @@
+#include "base/utf8_text.h"
+#include "parser/block_lines_detail.h"
 #include "parser/parser.h"
-#include "parser/parser_block.h"
 #include "parser/parser_unit.h"
 #include "preprocessor/directive_line_detail.h"
 #include "preprocessor/nested_text_detail.h"
@@ -8,9 +9,11 @@
 #include "preprocessor/text_detail.h"
 
 #include <algorithm>
+#include <charconv>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 /// What stands behind "for": a name, a blank, and three expressions separated by ";".
@@ -36,28 +39,45 @@ struct _LoopHeader
 namespace
 {
 
-/// The directive word that a unit's text begins with, empty for any other text.
-std::wstring_view DirectiveWord(const CParserUnit& unit)
+void SetNumber(wxString& text, long long number)
 {
-    const wchar_t* const begin = unit.m_text.wx_str();
-    const wchar_t* const end = begin + unit.m_text.length();
-    const wchar_t* const at = text_detail::SkipBlanks(begin, end);
-    if (at == end || *at != DirectiveChar)
-        return {};
-    return std::wstring_view(at + 1, text_detail::SkipWord(at + 1, end) - (at + 1));
+    constexpr size_t longest = 24;
+    char digits[longest];
+    const char* const end = std::to_chars(digits, digits + longest, number).ptr;
+    wchar_t wide[longest];
+    std::copy(static_cast<const char*>(digits), end, wide);
+    text.assign(wide, end - digits);
+}
+
+/// Whether a line begins with the directive `word`.
+template <typename Char> bool IsDirective(const Char* begin, const Char* end, std::string_view word)
+{
+    const Char* const at = text_detail::SkipBlanks(begin, end);
+    if (at == end || *at != '#')
+        return false;
+    const Char* const wordEnd = text_detail::SkipWord(at + 1, end);
+    return std::equal(at + 1, wordEnd, word.begin(), word.end());
+}
+
+bool IsDirective(const _UnitSlot& slot, std::string_view word)
+{
+    if (slot.IsLine())
+        return IsDirective(slot.bytes, slot.bytes + slot.length, word);
+    if (slot.IsHole())
+        return false;
+    const wxString& text = slot.unit->m_text;
+    return IsDirective(text.wx_str(), text.wx_str() + text.length(), word);
 }
 
 /// The slot of the "#endfor" that ends the loop whose body begins at `slot`, or -1.
-int FindLoopEnd(const CParserBlock& block, int slot)
+int FindLoopEnd(const CArrayParserUnit& units, int slot)
 {
     size_t nesting = 0;
-    const int count = static_cast<int>(block.GetCount());
+    const int count = static_cast<int>(units.GetCount());
     for (; slot < count; ++slot) {
-        const CParserUnit* const unit = block.GetUnit(slot);
-        const std::wstring_view word = unit ? DirectiveWord(*unit) : std::wstring_view();
-        if (word == L"for")
+        if (IsDirective(units.Peek(slot), "for"))
             ++nesting;
-        else if (word == L"endfor" && nesting-- == 0)
+        else if (IsDirective(units.Peek(slot), "endfor") && nesting-- == 0)
             return slot;
     }
     return -1;
@@ -65,34 +85,40 @@ int FindLoopEnd(const CParserBlock& block, int slot)
 
 struct LoopBody
 {
-    wxString text;
+    CUtf8Text text;
     CTextOrigin origin; ///< The lines that the text was made of.
 };
 
 /// Takes the body out of the block, up to the slot of its "#endfor", which becomes the current one.
 LoopBody TakeBody(_BlockPosition& position, int loopEnd)
 {
-    LoopBody body;
-    const auto lines = std::make_shared<std::vector<CSourceLine>>();
+    CArrayParserUnit& units = CBlockLines(*position.m_block).Units();
+    std::string body;
+    const auto sources = std::make_shared<std::vector<CSourceLine>>();
     while (position.m_index < loopEnd) {
-        CParserUnit* const unit = position.m_block->GetUnit(position.m_index);
-        if (!unit) {
+        const _UnitSlot& slot = units.Peek(position.m_index);
+        if (slot.IsHole()) {
             ++position.m_index;
             continue;
         }
-        body.text.append(unit->m_text).append(1, wxUniChar(L'\n'));
-        lines->push_back(unit->GetSource());
-        position.m_block->RemoveElement(unit, &position.m_index, 1);
+        sources->push_back(position.m_block->GetOrigin(position.m_index).GetSource());
+        if (slot.IsLine()) {
+            body.append(slot.Line()).append(1, '\n');
+            units.DropLine(position.m_index++);
+        } else {
+            body.append(CUtf8Text(slot.unit->m_text).Bytes()).append(1, '\n');
+            position.m_block->RemoveElement(slot.unit, &position.m_index, 1);
+        }
     }
-    position.m_unit = position.m_block->GetUnit(loopEnd);
-    body.origin.loopLines = lines;
-    return body;
+    position.m_unit = CCurrentUnit(position.m_block, loopEnd);
+    return {*CUtf8Text::FromBytes(std::move(body)), {wxString(), sources}};
 }
 
 } // namespace
 
 long CPreprocessor::DirectiveFor(_DirectiveLine& line)
 {
+    line.position.m_unit.Get(); // while it is in its slot: what is inserted moves it
     const long result = ApplyFor(line.Rest(), line.position);
     if (result != 1 || !m_partial)
         return result;
@@ -166,7 +192,7 @@ long CPreprocessor::ApplyFor(const wxString& arguments, _BlockPosition& position
     const long evaluated = EvaluateBounds(header, position, bounds);
     if (evaluated < 0 || (evaluated == 0 && CheckBounds(bounds, header, directive) != 0))
         return -1;
-    const int loopEnd = FindLoopEnd(*position.m_block, position.m_index + 1);
+    const int loopEnd = FindLoopEnd(CBlockLines(*position.m_block).Units(), position.m_index + 1);
     if (loopEnd < 0)
         return Fail(wxString::Format(wxS("Missing %c%s for %c%s started %s!"), DirectiveChar, wxS("endfor"),
                                      DirectiveChar, wxS("for"), directive->GetContext()),
@@ -176,38 +202,43 @@ long CPreprocessor::ApplyFor(const wxString& arguments, _BlockPosition& position
         wxString::Format(wxS("%s (LOOP l.%d)"), directive->GetFileName(), static_cast<int>(directive->m_line));
     if (evaluated == 1) {
         ++position.m_index;
-        const LoopBody body = TakeBody(position, loopEnd);
+        LoopBody body = TakeBody(position, loopEnd);
         m_wasPartial = true;
         // The loop's own name is not known before the pass that runs the loop.
-        m_defines.erase(header.name);
+        RemoveDefine(header.name);
         const CNestedText nested(m_sections.size(), m_sectionBase, m_loopNesting);
-        const long result = nested.Insert(*m_parser, body.text, label, directive, false, body.origin, position);
+        const long result =
+            nested.Insert(*m_parser, std::move(body.text), label, directive, false, body.origin, position);
         return result == 0 ? 1 : result;
     }
     // The passes' files copy the directive's unit, so it outlives its place in the block.
     const std::unique_ptr<CParserUnit> owner(directive);
     int slot = position.m_index;
     position.m_block->RemoveElement(directive, &slot, 0);
-    const LoopBody body = TakeBody(position, loopEnd);
-    if (!body.text.empty())
-        return RunLoop(header.name, bounds, body.text, body.origin, label, directive, position);
-    m_defines.erase(header.name);
-    return 0;
+    LoopBody body = TakeBody(position, loopEnd);
+    if (body.text.Bytes().empty()) {
+        RemoveDefine(header.name);
+        return 0;
+    }
+    const std::unique_ptr<CParserBlock> lines = m_parser->CutLines(std::move(body.text), label, directive, body.origin);
+    return RunLoop(header.name, bounds, *lines, directive, position);
 }
 
-long CPreprocessor::RunLoop(const wxString& name, const _LoopBounds& bounds, const wxString& body,
-                            const CTextOrigin& origin, const wxString& label, const CParserUnit* directive,
-                            _BlockPosition& position)
+long CPreprocessor::RunLoop(const wxString& name, const _LoopBounds& bounds, const CParserBlock& lines,
+                            const CParserUnit* directive, _BlockPosition& position)
 {
     const CNestedText nested(m_sections.size(), m_sectionBase, m_loopNesting);
     long result = 0;
-    _DefineInfo variable;
-    variable.origin = directive->GetContext();
+    const std::wstring_view variableName(name.wx_str(), name.length());
+    const _DefineInfo initial{wxArrayString(), wxString(), directive->GetContext()};
     for (long long value = bounds.start; value <= bounds.end && result == 0; value += bounds.step) {
-        variable.value = std::to_wstring(value);
-        m_defines[name] = variable;
-        result = nested.Insert(*m_parser, body, label, directive, false, origin, position);
+        _DefineInfo& variable = m_defines[variableName];
+        // The body may have made something else of it.
+        if (!variable.params.empty() || variable.origin != initial.origin)
+            variable = initial;
+        SetNumber(variable.value, value);
+        result = nested.InsertLines(*m_parser, lines, position);
     }
-    m_defines.erase(name);
+    m_defines.Erase(variableName);
     return result;
 }

@@ -3,7 +3,9 @@
 #include <wx/string.h>
 
 class CParser;
+class CParserBlock;
 class CParserUnit;
+class CUtf8Text;
 struct CTextOrigin;
 struct _BlockPosition;
 
@@ -28,8 +30,11 @@ public:
 
     /// Parses the text and moves its units to the current slot, which then stands behind them.
     /// @return the result of CParser::Parse.
-    long Insert(CParser& parser, const wxString& text, const wxString& name, const CParserUnit* from,
-                bool removeDefines, const CTextOrigin& origin, _BlockPosition& position) const;
+    long Insert(CParser& parser, CUtf8Text text, const wxString& name, const CParserUnit* from, bool removeDefines,
+                const CTextOrigin& origin, _BlockPosition& position) const;
+
+    /// The same for lines of CParser::CutLines.
+    long InsertLines(CParser& parser, const CParserBlock& lines, _BlockPosition& position) const;
 
 private:
     size_t& m_sectionBase;

@@ -200,24 +200,38 @@ private:
     bool StartsWith(std::wstring_view text) const { return Rest().substr(0, text.size()) == text; }
 
     const OperatorInfo* PeekOperator();
+    const OperatorInfo* ReadOperator() const;
     std::optional<PlainValue> Binary(int precedence);
     std::optional<PlainValue> Unary();
     std::optional<PlainValue> Operand();
     std::optional<PlainValue> Parenthesised();
     std::optional<PlainValue> Text();
     std::optional<PlainValue> Number();
+    std::optional<double> ShortNumber();
     std::optional<PlainValue> Call(std::wstring_view name);
     bool TakeProperty(PlainValue& value);
 
     const wchar_t* m_at;
     const wchar_t* m_end;
     const PlainFunctions* m_functions;
+    const wchar_t* m_peekedAt = nullptr;
+    const OperatorInfo* m_peeked = nullptr;
     int m_nesting = 0;
 };
 
+/// Asked at one place by every level of precedence around it.
 const OperatorInfo* PlainExpression::PeekOperator()
 {
     SkipBlanks();
+    if (m_peekedAt != m_at) {
+        m_peeked = ReadOperator();
+        m_peekedAt = m_at;
+    }
+    return m_peeked;
+}
+
+const OperatorInfo* PlainExpression::ReadOperator() const
+{
     for (const OperatorInfo& info : Operators) {
         if (m_at == m_end || *m_at != info.text[0] || !StartsWith(info.text))
             continue;
@@ -368,9 +382,27 @@ bool PlainExpression::TakeProperty(PlainValue& value)
     return true;
 }
 
+/// A whole number of few digits, which nearly all are; what might be anything else is left where it is.
+std::optional<double> PlainExpression::ShortNumber()
+{
+    constexpr int mostDigits = 15;
+    const wchar_t* at = m_at;
+    long long number = 0;
+    for (; at != m_end && *at >= L'0' && *at <= L'9' && at - m_at <= mostDigits; ++at)
+        number = number * 10 + (*at - L'0');
+    const bool isOctal = at - m_at > 1 && *m_at == L'0';
+    const bool goesOn = at != m_end && (IsWordChar(*at) || *at >= 0x80 || *at == L'.' || *at == L'$' || *at == L'\\');
+    if (isOctal || goesOn || at - m_at > mostDigits)
+        return std::nullopt;
+    m_at = at;
+    return static_cast<double>(number);
+}
+
 /// A decimal number without an exponent: what else begins with a digit is the engine's.
 std::optional<PlainValue> PlainExpression::Number()
 {
+    if (const std::optional<double> number = ShortNumber())
+        return *number;
     const wchar_t* const start = m_at;
     std::string digits;
     for (; m_at != m_end && ((*m_at >= L'0' && *m_at <= L'9') || *m_at == L'.'); ++m_at)
@@ -414,7 +446,9 @@ bool ConvertPlain(const PlainValue& value, wxString& result)
         constexpr size_t longest = 24;
         char digits[longest];
         const char* const end = std::to_chars(digits, digits + longest, static_cast<long long>(*number)).ptr;
-        result.assign(std::wstring(static_cast<const char*>(digits), end));
+        wchar_t wide[longest];
+        std::copy(static_cast<const char*>(digits), end, wide);
+        result.assign(wide, end - digits);
     } else if (const bool* const truth = std::get_if<bool>(&value))
         result = *truth ? wxS("true") : wxS("false");
     else

@@ -2,6 +2,7 @@
 
 #include "parser/parser.h"
 #include "preprocessor/preprocessor_scripts_detail.h"
+#include "preprocessor/scan_buffers_detail.h"
 
 wxIMPLEMENT_CLASS(CPreprocessor, wxObject);
 
@@ -21,13 +22,13 @@ void CPreprocessor::Clean()
 {
     m_scripts.reset();
     m_sections.clear();
-    m_defines.clear();
+    m_defines.Clear();
 }
 
 CPreprocessorScripts& CPreprocessor::Scripts()
 {
     if (!m_scripts)
-        m_scripts = std::make_unique<CPreprocessorScripts>();
+        m_scripts = std::make_unique<CPreprocessorScripts>(m_limits);
     return *m_scripts;
 }
 

@@ -2,33 +2,26 @@
 
 #include "base/api.h"
 #include "base/dir.h"
+#include "parser/parser_unit.h"
+#include "preprocessor/define_table.h"
 
 #include <wx/arrstr.h>
-#include <wx/hashmap.h>
 #include <wx/object.h>
 #include <wx/string.h>
 
 #include <memory>
 #include <optional>
+#include <string_view>
 #include <vector>
 
 class CParser;
 class CParserBlock;
 class CParserUnit;
+class CNameList;
 class CPreprocessorScripts;
+class CScanBuffers;
 struct _DirectiveLine;
 struct _LoopHeader;
-struct CTextOrigin;
-
-/// One entry of the define table.
-struct _DefineInfo
-{
-    wxArrayString params; ///< The parameter names; empty for a define without parameters.
-    wxString value;       ///< The value, in which the defines it mentions are already replaced.
-    wxString origin;      ///< Where it was defined (see CParserUnit::GetContext); empty for a define of the host.
-};
-
-WX_DECLARE_STRING_HASH_MAP(_DefineInfo, CMapStringToDefineInfo);
 
 /// One open conditional section.
 struct _IfDefStateInfo
@@ -42,19 +35,50 @@ struct _IfDefStateInfo
         ElseSkipped = 4  ///< The "else" branch is left out, because a branch was taken before.
     };
 
-    int m_state;          ///< One of State.
-    bool m_savedSkipping; ///< Whether text was already left out where the section opened.
-    wxString m_context;   ///< Where the section opened.
-    bool m_unresolved;    ///< Partial mode could not decide it: its directives are kept.
+    int m_state;            ///< One of State.
+    bool m_savedSkipping;   ///< Whether text was already left out where the section opened.
+    _ParserOrigin m_origin; ///< Where the section opened.
+    bool m_unresolved;      ///< Partial mode could not decide it: its directives are kept.
+};
+
+/// The unit that a walk over a block stands at, to be used like a pointer. Of a line that is no unit yet (see
+/// CParserBlock) it is made when it is first looked at.
+class VC_QXPARSER_API CCurrentUnit
+{
+public:
+    /// A unit that is there.
+    CCurrentUnit(CParserUnit* unit) : m_unit(unit) {}
+    /// What a slot of a block holds.
+    CCurrentUnit(CParserBlock* block, int slot) : m_block(block), m_slot(slot) {}
+
+    ///@{
+    /// The unit, made now if it was not yet.
+    CParserUnit* Get() const { return m_block ? Make() : m_unit; }
+    operator CParserUnit*() const { return Get(); }
+    CParserUnit* operator->() const { return Get(); }
+    ///@}
+
+    /// Whether it was looked at, or given as a unit.
+    bool IsMade() const { return !m_block; }
+
+private:
+    CParserUnit* Make() const;
+
+    mutable CParserUnit* m_unit = nullptr;
+    mutable CParserBlock* m_block = nullptr;
+    int m_slot = 0;
 };
 
 /// How far a walk over a block has come. Directives that insert or remove units move it.
-struct _BlockPosition
+struct VC_QXPARSER_API _BlockPosition
 {
     CParserBlock* m_block; ///< The block that is walked over.
     int m_index;           ///< The slot of the current unit.
-    CParserUnit* m_unit;   ///< The current unit.
+    CCurrentUnit m_unit;   ///< The current unit.
     bool m_lineStarted;    ///< Something that is neither blank nor comment stands before this place on the line.
+
+    /// Where the current unit comes from; makes none.
+    _ParserOrigin GetOrigin() const;
 };
 
 /// What an input may ask of a preprocessor before it is refused. Going past a limit is an error with a message of its
@@ -66,6 +90,9 @@ struct CPreprocessorLimits
     unsigned int openSections = 10000;  ///< Conditional sections open at once, those of the including texts included.
     unsigned int argumentNesting = 200; ///< Defines inside arguments of defines; conditional texts inside each other.
     unsigned long loopPasses = 0;       ///< Passes of one loop; 0: no limit.
+    size_t expandedLength = 256 * 1024 * 1024; ///< Characters of a line, value or condition with its defines replaced.
+    long scriptMilliseconds = 0;               ///< Time for each script, see CJScript::SetTimeLimit; 0: no limit.
+    size_t scriptBytes = 0;                    ///< Memory for each script, see CJScript::SetMemoryLimit; 0: no limit.
 };
 
 /// Rewrites the units of a block in place: drops comments, keeps string literals, applies the directives introduced by
@@ -145,7 +172,7 @@ public:
     ///@}
 
     ///@{
-    /// The limits; a change holds from the next directive on.
+    /// The limits; a change holds from the next directive on, one of the limits of scripts only when no script has run.
     void SetLimits(const CPreprocessorLimits& limits) { m_limits = limits; }
     const CPreprocessorLimits& GetLimits() const { return m_limits; }
     ///@}
@@ -300,8 +327,11 @@ private:
     void KeepDefine(_DirectiveLine& line, const wxString& name, const _DefineInfo& define);
     long FailNotDefined(_DirectiveLine& line, const wxString& name);
     long SplitArguments(const wxString& name, const wchar_t*& at, const wchar_t* end, wxArrayString& arguments,
-                        const CParserUnit* unit);
-    long ExpandUse(const wxString& name, const _DefineInfo& define, const wchar_t*& at, const wchar_t* end,
+                        const _BlockPosition* position);
+    long ReplaceDefines(const wchar_t* at, const wchar_t* end, wxString& result, const _BlockPosition& position,
+                        const CNameList& leftAlone);
+    long FailExpansion(std::wstring_view word, const _BlockPosition* position);
+    long ExpandUse(std::wstring_view word, const _DefineInfo& define, const wchar_t*& at, const wchar_t* end,
                    const _BlockPosition* position, bool quote, wxString& result);
 
     _IfDefStateInfo* InnermostSection();
@@ -309,6 +339,7 @@ private:
     long OpenDefinedSection(_DirectiveLine& line, bool wanted);
     long ReplaceCondition(const _DirectiveLine& line, wxString& condition);
     bool EvaluateCondition(const wxString& condition, bool& value);
+    long RewriteDefined(const wxString& condition, wxString& result) const;
     long DecideBranch(_DirectiveLine& line, _IfDefStateInfo& section);
     long FailWithout(const _DirectiveLine& line, const wchar_t* opening);
     long FailCondition(const _DirectiveLine& line, const wxString& condition);
@@ -325,12 +356,12 @@ private:
     long EvaluateBound(const wxString& bound, const wxString& messageStart, const _BlockPosition& position, int& value);
     long EvaluateBounds(const _LoopHeader& header, const _BlockPosition& position, _LoopBounds& bounds);
     long CheckBounds(const _LoopBounds& bounds, const _LoopHeader& header, const CParserUnit* unit);
-    long RunLoop(const wxString& name, const _LoopBounds& bounds, const wxString& body, const CTextOrigin& origin,
-                 const wxString& label, const CParserUnit* directive, _BlockPosition& position);
+    long RunLoop(const wxString& name, const _LoopBounds& bounds, const CParserBlock& lines,
+                 const CParserUnit* directive, _BlockPosition& position);
 
     CParser* m_parser;
-    CMapStringToDefineInfo m_defines{100};
-    std::vector<std::unique_ptr<_IfDefStateInfo>> m_sections;
+    CMapStringToDefineInfo m_defines;
+    std::vector<_IfDefStateInfo> m_sections;
     size_t m_sectionBase = 0;
     bool m_skipping = false;
     bool m_trim;
@@ -343,7 +374,8 @@ private:
     unsigned int m_includeDepth = 0;
     unsigned int m_loopNesting = 0;
     unsigned int m_argumentNesting = 0;
-    const wxArrayString* m_leftAlone = nullptr; ///< The names that the replacement in progress leaves alone.
+    std::vector<std::unique_ptr<CScanBuffers>> m_freeBuffers; ///< Those that no scan uses.
+    const CNameList* m_leftAlone = nullptr; ///< The names that the replacement in progress leaves alone.
 
     wxDECLARE_CLASS(CPreprocessor);
 };

@@ -8,6 +8,8 @@ CJScript& CPreprocessorScript::Context()
         m_global = std::make_unique<qxjsMinimal>();
         m_context = std::make_unique<CJScript>(nullptr);
         m_context->SetGlobal(m_global->GetJSLink(), wxString());
+        m_context->SetTimeLimit(m_limits.scriptMilliseconds);
+        m_context->SetMemoryLimit(m_limits.scriptBytes);
     }
     return *m_context;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "preprocessor/plain_expression_detail.h"
+#include "preprocessor/preprocessor.h"
 #include "script/script.h"
 #include "script/script_minimal.h"
 
@@ -14,6 +15,8 @@
 class CPreprocessorScript
 {
 public:
+    explicit CPreprocessorScript(const CPreprocessorLimits& limits) : m_limits(limits) {}
+
     /// Evaluates a text; false after a failure, which the script context has reported.
     template <typename Result> bool Evaluate(const wxString& text, Result& result)
     {
@@ -27,6 +30,7 @@ public:
 private:
     CJScript& Context();
 
+    const CPreprocessorLimits& m_limits;
     std::unique_ptr<qxjsMinimal> m_global;
     std::unique_ptr<CJScript> m_context;
 };
@@ -35,6 +39,10 @@ private:
 class CPreprocessorScripts
 {
 public:
+    explicit CPreprocessorScripts(const CPreprocessorLimits& limits)
+        : condition(limits), inlineText(limits), loop(limits)
+    {}
+
     CPreprocessorScript condition;
     CPreprocessorScript inlineText;
     CPreprocessorScript loop;

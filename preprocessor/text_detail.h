@@ -1,9 +1,12 @@
 #pragma once
 
+#include <cstddef>
+#include <cstring>
 #include <cwchar>
 
-/// What every scanner of a line needs: character classes and skips over wide text. Places are pointers into a text that
-/// ends at `end`; nothing here stops at a NUL.
+/// What every scanner of a line needs: character classes and skips. Places are pointers into a text that ends at `end`;
+/// nothing here stops at a NUL. Texts are wide or UTF-8: what is looked for is ASCII, which is no part of any other
+/// character there.
 namespace text_detail
 {
 
@@ -21,7 +24,7 @@ constexpr bool IsBlank(wchar_t character)
 }
 
 /// The first place from `at` on that is not blank.
-inline const wchar_t* SkipBlanks(const wchar_t* at, const wchar_t* end)
+template <typename Char> const Char* SkipBlanks(const Char* at, const Char* end)
 {
     while (at != end && IsBlank(*at))
         ++at;
@@ -29,7 +32,7 @@ inline const wchar_t* SkipBlanks(const wchar_t* at, const wchar_t* end)
 }
 
 /// The first place from `at` on that does not belong to a word.
-inline const wchar_t* SkipWord(const wchar_t* at, const wchar_t* end)
+template <typename Char> const Char* SkipWord(const Char* at, const Char* end)
 {
     while (at != end && IsWordChar(*at))
         ++at;
@@ -43,10 +46,16 @@ inline const wchar_t* FindChar(const wchar_t* at, const wchar_t* end, wchar_t ch
     return found ? found : end;
 }
 
-/// Whether an odd number of backslashes stands directly before `at`, looking back no further than `start`.
-inline bool IsEscaped(const wchar_t* at, const wchar_t* start)
+inline const char* FindChar(const char* at, const char* end, char character)
 {
-    const wchar_t* run = at;
+    const void* found = at == end ? nullptr : std::memchr(at, character, static_cast<size_t>(end - at));
+    return found ? static_cast<const char*>(found) : end;
+}
+
+/// Whether an odd number of backslashes stands directly before `at`, looking back no further than `start`.
+template <typename Char> bool IsEscaped(const Char* at, const Char* start)
+{
+    const Char* run = at;
     while (run > start && run[-1] == L'\\')
         --run;
     return (at - run) % 2 != 0;
@@ -54,10 +63,10 @@ inline bool IsEscaped(const wchar_t* at, const wchar_t* start)
 
 /// The quote that closes the string opened by the quote at `open`: the next same one that is not escaped. `end` when
 /// there is none. Linear: the backslashes looked back at end at the quote examined before, so none is counted twice.
-inline const wchar_t* FindClosingQuote(const wchar_t* open, const wchar_t* end)
+template <typename Char> const Char* FindClosingQuote(const Char* open, const Char* end)
 {
-    const wchar_t* const inside = open + 1;
-    const wchar_t* quote = FindChar(inside, end, *open);
+    const Char* const inside = open + 1;
+    const Char* quote = FindChar(inside, end, *open);
     while (quote != end && IsEscaped(quote, inside))
         quote = FindChar(quote + 1, end, *open);
     return quote;

@@ -25,6 +25,17 @@ void AddDefine(const wxString& argument, CParser& parser, Diagnostics& diagnosti
     parser.ClearError();
 }
 
+template <typename Text> bool ReadWhole(const std::string& file, CDir& dir, Text& text, Diagnostics& diagnostics)
+{
+    CFile source;
+    if (!OpenInput(file, dir, source, diagnostics))
+        return false;
+    if (source.Read(text, CFile::convDefault))
+        return true;
+    ReportUnreadable(file, diagnostics);
+    return false;
+}
+
 } // namespace
 
 void AddParserOptions(CLI::App& command, ParserOptions& options)
@@ -100,11 +111,10 @@ void ReportUnreadable(const std::string& file, Diagnostics& diagnostics)
 
 bool ReadInput(const std::string& file, CDir& dir, wxString& text, Diagnostics& diagnostics)
 {
-    CFile source;
-    if (!OpenInput(file, dir, source, diagnostics))
-        return false;
-    if (source.Read(text, CFile::convDefault))
-        return true;
-    ReportUnreadable(file, diagnostics);
-    return false;
+    return ReadWhole(file, dir, text, diagnostics);
+}
+
+bool ReadInput(const std::string& file, CDir& dir, CUtf8Text& text, Diagnostics& diagnostics)
+{
+    return ReadWhole(file, dir, text, diagnostics);
 }

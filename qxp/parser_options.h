@@ -9,6 +9,7 @@
 class CDir;
 class CFile;
 class CParser;
+class CUtf8Text;
 class Diagnostics;
 
 namespace CLI
@@ -50,3 +51,4 @@ void ReportUnreadable(const std::string& file, Diagnostics& diagnostics);
 /// Reads a text file, named from `dir`, or standard input for "-".
 /// @return false after an error that has been reported.
 bool ReadInput(const std::string& file, CDir& dir, wxString& text, Diagnostics& diagnostics);
+bool ReadInput(const std::string& file, CDir& dir, CUtf8Text& text, Diagnostics& diagnostics);

@@ -5,6 +5,7 @@
 #include "qxp/diagnostics.h"
 #include "qxp/output.h"
 #include "qxp/parser_options.h"
+#include "qxp/script_limits.h"
 #include "qxp/source_map.h"
 #include "vc_qxparser.h"
 
@@ -24,6 +25,7 @@ struct PreprocessOptions
     std::vector<std::string> files;
     std::string output;
     std::vector<std::string> remove;
+    ScriptLimits limits;
     bool keepEmptyLines = false;
     bool noTrim = false;
     bool partial = false;
@@ -34,6 +36,18 @@ struct PreprocessOptions
     std::string depsFile;
     std::string sourceMap;
 };
+
+/// A text as a C string literal.
+std::string Quoted(const std::string& text)
+{
+    std::string literal = "\"";
+    for (const char character : text) {
+        if (character == '"' || character == '\\')
+            literal += '\\';
+        literal += character;
+    }
+    return literal + '"';
+}
 
 class PreprocessRun
 {
@@ -51,10 +65,11 @@ private:
     bool SetUp();
     bool Preprocess(const std::string& file);
     bool WriteResults();
-    std::string Result();
-    void AppendBlock(const CParserBlock& block);
-    void AppendUnit(const CParserUnit& unit);
-    void AppendOrigin(const CParserUnit& unit);
+    bool WriteResult(wxOutputStream& stream);
+    bool WriteBlock(const CParserBlock& block, wxOutputStream& stream);
+    bool Pass(wxOutputStream& stream, bool isLast);
+    void AppendSlot(const CParserBlock& block, unsigned int slot);
+    void AppendOrigin(const CParserBlock& block, unsigned int slot);
     std::string SortedDefines() const;
     std::string Rule() { return m_pp.GetDependencies().MakeRule(m_options.output, m_options.files[0]); }
 
@@ -67,7 +82,7 @@ private:
     std::vector<const CParserBlock*> m_blocks;
     std::optional<SourceMap> m_map;
 
-    std::string m_text;
+    std::string m_text; ///< What has not been written yet.
     const CParserFile* m_lastFile = nullptr;
     unsigned long m_lastLine = 0;
 };
@@ -78,6 +93,7 @@ bool PreprocessRun::SetUp()
         return false;
     m_pp.SetTrim(!m_options.noTrim);
     m_pp.SetPartialMode(m_options.partial);
+    SetLimits(m_options.limits, m_pp);
     if (m_options.keepEmptyLines)
         m_parser.KeepEmptyLines();
     for (const std::string& name : m_options.remove)
@@ -92,14 +108,14 @@ bool PreprocessRun::SetUp()
 
 bool PreprocessRun::Preprocess(const std::string& file)
 {
-    wxString text;
+    CUtf8Text text;
     CDir dir = m_pp.GetDir();
     if (!ReadInput(file, dir, text, m_diagnostics))
         return false;
     const wxString name = InputName(file);
     if (file != "-")
         m_pp.NoteRead(name);
-    if (m_parser.Parse(text, name, nullptr, true) != 0) {
+    if (m_parser.Parse(std::move(text), name, nullptr, true) != 0) {
         m_diagnostics.ReportFailure(m_parser);
         return false;
     }
@@ -107,42 +123,64 @@ bool PreprocessRun::Preprocess(const std::string& file)
     return true;
 }
 
-/// Appends a unit's text, which inline script may have made several lines of.
-void PreprocessRun::AppendUnit(const CParserUnit& unit)
+/// Appends a slot's text, which inline script may have made several lines of.
+void PreprocessRun::AppendSlot(const CParserBlock& block, unsigned int slot)
 {
-    const std::string text = ToUtf8(unit.m_text) + '\n';
+    const size_t begin = m_text.size();
+    if (!block.AppendText(slot, m_text))
+        return;
+    m_text += '\n';
+    if (!m_options.origins && !m_options.lineMarkers && !m_map)
+        return;
+    const std::string text = m_text.substr(begin);
+    m_text.resize(begin);
     for (size_t start = 0; start != text.size();) {
         const size_t next = text.find('\n', start) + 1;
-        AppendOrigin(unit);
+        AppendOrigin(block, slot);
         m_text.append(text, start, next - start);
         start = next;
     }
 }
 
-void PreprocessRun::AppendOrigin(const CParserUnit& unit)
+void PreprocessRun::AppendOrigin(const CParserBlock& block, unsigned int slot)
 {
-    const bool needsMarker =
-        m_options.lineMarkers && (unit.m_file.get() != m_lastFile || unit.m_line != m_lastLine + 1);
+    const _ParserOrigin origin = block.GetOrigin(slot);
+    const CParserFile* const file = origin.file.get();
+    const std::string name = file ? ToSystemName(file->GetName()) : std::string();
+    const bool needsMarker = m_options.lineMarkers && (file != m_lastFile || origin.line != m_lastLine + 1);
     if (m_map) {
-        const CSourceLine source = unit.GetSource();
+        const CSourceLine source = origin.GetSource();
         if (needsMarker)
             m_map->AddLine(source);
         m_map->AddLine(source);
     }
     if (m_options.origins)
-        m_text += ToSystemName(unit.GetFileName()) + ":" + std::to_string(unit.m_line) + ":\t";
+        m_text += name + ":" + std::to_string(origin.line) + ":\t";
     if (needsMarker)
-        m_text += "#line " + std::to_string(unit.m_line) + " \"" + ToSystemName(unit.GetFileName()) + "\"\n";
-    m_lastFile = unit.m_file.get();
-    m_lastLine = unit.m_line;
+        m_text += "#line " + std::to_string(origin.line) + " " + Quoted(name) + "\n";
+    m_lastFile = file;
+    m_lastLine = origin.line;
 }
 
-void PreprocessRun::AppendBlock(const CParserBlock& block)
+/// Hands what has been put together to the stream when it is worth a call, or when it is the last.
+bool PreprocessRun::Pass(wxOutputStream& stream, bool isLast)
+{
+    constexpr size_t pieceSize = 128 * 1024;
+    if (m_text.size() < pieceSize && !isLast)
+        return true;
+    const bool isWritten = stream.WriteAll(m_text.data(), m_text.size());
+    m_text.clear();
+    return isWritten;
+}
+
+bool PreprocessRun::WriteBlock(const CParserBlock& block, wxOutputStream& stream)
 {
     for (unsigned int slot = 0; slot < block.GetCount(); ++slot) {
-        if (const CParserUnit* const unit = block.GetUnit(slot))
-            AppendUnit(*unit);
+        AppendSlot(block, slot);
+        if (!Pass(stream, false))
+            return false;
     }
+    return true;
 }
 
 std::string PreprocessRun::SortedDefines() const
@@ -159,15 +197,16 @@ std::string PreprocessRun::SortedDefines() const
     return text;
 }
 
-std::string PreprocessRun::Result()
+bool PreprocessRun::WriteResult(wxOutputStream& stream)
 {
     if (m_options.deps)
-        return Rule();
-    if (m_options.listDefines)
-        return SortedDefines();
-    for (const CParserBlock* block : m_blocks)
-        AppendBlock(*block);
-    return std::move(m_text);
+        m_text = Rule();
+    else if (m_options.listDefines)
+        m_text = SortedDefines();
+    else if (!std::all_of(m_blocks.begin(), m_blocks.end(),
+                          [&](const CParserBlock* block) { return WriteBlock(*block, stream); }))
+        return false;
+    return Pass(stream, true);
 }
 
 bool PreprocessRun::WriteResults()
@@ -176,7 +215,8 @@ bool PreprocessRun::WriteResults()
     if (!m_options.depsFile.empty())
         outputs.push_back({m_options.depsFile, TextWriter([this] { return Rule(); })});
     // With --deps, -o names the rule's target and the rule itself goes to standard output.
-    outputs.push_back({m_options.deps ? std::string() : m_options.output, TextWriter([this] { return Result(); })});
+    outputs.push_back({m_options.deps ? std::string() : m_options.output,
+                       [this](wxOutputStream& stream) { return WriteResult(stream); }});
     // The map is complete when the text has been written.
     if (m_map)
         outputs.push_back(
@@ -240,6 +280,7 @@ void AddPreprocessCommand(CLI::App& app, std::function<int()>& run)
         ->check(NonEmptyFile)
         ->excludes(list)
         ->excludes(deps);
+    AddLimitOptions(*command, options->limits);
     AddCommonOptions(*command, options->common);
     command->callback([options, &run] {
         CheckOptions(*options);

@@ -24,6 +24,17 @@ std::string ReadLimit(const std::string& text, double& limit)
     return "";
 }
 
+// Rounded up: 0 would be no limit.
+long Milliseconds(const ScriptLimits& limits)
+{
+    return static_cast<long>(std::ceil(limits.seconds * MillisecondsPerSecond));
+}
+
+size_t Bytes(const ScriptLimits& limits)
+{
+    return static_cast<size_t>(std::ceil(limits.mib * BytesPerMib));
+}
+
 void AddLimit(CLI::App& command, const char* name, const char* unit, double& limit, const char* description)
 {
     command.add_option(name)->description(description)->type_name(unit)->check([&limit](const std::string& text) {
@@ -41,7 +52,14 @@ void AddLimitOptions(CLI::App& command, ScriptLimits& limits)
 
 void SetLimits(const ScriptLimits& limits, CJScript& script)
 {
-    // Rounded up: 0 would be no limit.
-    script.SetTimeLimit(static_cast<long>(std::ceil(limits.seconds * MillisecondsPerSecond)));
-    script.SetMemoryLimit(static_cast<size_t>(std::ceil(limits.mib * BytesPerMib)));
+    script.SetTimeLimit(Milliseconds(limits));
+    script.SetMemoryLimit(Bytes(limits));
+}
+
+void SetLimits(const ScriptLimits& limits, CPreprocessor& preprocessor)
+{
+    CPreprocessorLimits all = preprocessor.GetLimits();
+    all.scriptMilliseconds = Milliseconds(limits);
+    all.scriptBytes = Bytes(limits);
+    preprocessor.SetLimits(all);
 }

@@ -5,6 +5,7 @@ namespace CLI
 class App;
 }
 class CJScript;
+class CPreprocessor;
 
 /// What --time-limit and --memory-limit say about the scripts of a command.
 struct ScriptLimits
@@ -18,3 +19,6 @@ void AddLimitOptions(CLI::App& command, ScriptLimits& limits);
 
 /// Sets the limits of a context.
 void SetLimits(const ScriptLimits& limits, CJScript& script);
+
+/// Sets the limits of the scripts in texts that are preprocessed.
+void SetLimits(const ScriptLimits& limits, CPreprocessor& preprocessor);

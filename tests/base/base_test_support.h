@@ -3,6 +3,7 @@
 #include "base/dir.h"
 #include "base/file.h"
 #include "base/text_encoding.h"
+#include "base/utf8_text.h"
 
 #include <gtest/gtest.h>
 
@@ -175,9 +176,15 @@ protected:
     {
         CFile file = dir.OpenFile(name, wxFile::read);
         wxString text;
-        if (!file.IsOpened() || !file.Read(text, conv))
-            return std::nullopt;
-        return text;
+        const bool isRead = file.IsOpened() && file.Read(text, conv);
+        // Both ways to read a text must give the same. A pipe can only be read once.
+        if (dir.FindFile(name) == CDir::foundFile) {
+            CFile again = dir.OpenFile(name, wxFile::read);
+            CUtf8Text bytes;
+            EXPECT_EQ(isRead, again.IsOpened() && again.Read(bytes, conv));
+            EXPECT_EQ(text, bytes.ToWide());
+        }
+        return isRead ? std::optional<wxString>(text) : std::nullopt;
     }
 
     static bool Write(const CFile& file, const std::string& bytes)

@@ -175,9 +175,9 @@ TEST_F(DirTest, OpenFileReadsDevices)
 
 TEST_F(DirTest, OpenFileReadsFilesThatHaveNoSizeBeforehand)
 {
-    const std::optional<wxString> text = Text(CDir("/proc/self"), "status");
+    const std::optional<wxString> text = Text(CDir("/proc"), "version");
     ASSERT_TRUE(text);
-    EXPECT_TRUE(text->Contains("Name:"));
+    EXPECT_TRUE(text->Contains("Linux"));
 }
 
 TEST_F(DirTest, TheOtherOpenModesActInPlace)

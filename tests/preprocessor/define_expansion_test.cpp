@@ -211,6 +211,31 @@ TEST_F(DefineExpansionTest, ApplyDefineDecidesConditionalTexts)
     EXPECT_EQ("-1, no unit: #B : Can not evaluate question condition: nosuch", LastFailure(parser, -1));
 }
 
+TEST_F(DefineExpansionTest, ADefineMayHaveManyParameters)
+{
+    for (const int count : {8, 9, 15000}) {
+        wxString names;
+        wxString value;
+        wxString arguments;
+        std::string expected;
+        for (int number = 0; number < count; ++number) {
+            const wxString separator = number == 0 ? "" : ",";
+            names << separator << "p" << number;
+            value << separator << "#p" << count - 1 - number;
+            arguments << separator << number * 2;
+            expected += (number == 0 ? "" : ",") + std::to_string((count - 1 - number) * 2);
+        }
+        pp.Clean();
+        EXPECT_EQ(expected + "\n", Run("#define M(" + names + ") " + value + "\n#M(" + arguments + ")")) << count;
+    }
+}
+
+TEST_F(DefineExpansionTest, TheFirstOfTwoParametersOfOneNameCounts)
+{
+    EXPECT_EQ("1 1\n", Run("#define D(a,a) #a #a\n#D(1,2)"));
+    EXPECT_EQ("1 3\n", Run("#define L(a,a,c,d,e,f,g,h,i,j) #a #c\n#L(1,2,3,4,5,6,7,8,9,10)"));
+}
+
 TEST_F(DefineExpansionTest, AUseFailsAtTheLineOfTheUse)
 {
     EXPECT_EQ(Failure("\"P\" requires 2 parameters, but only 1 given !", 6), UseFails("ok\nx #P(1)"));

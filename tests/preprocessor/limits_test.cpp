@@ -61,6 +61,9 @@ TEST_F(LimitsTest, TheDefaultsAreGenerousAndLoopsAreFree)
     EXPECT_EQ(10000u, defaults.openSections);
     EXPECT_EQ(200u, defaults.argumentNesting);
     EXPECT_EQ(0u, defaults.loopPasses);
+    EXPECT_EQ(256u * 1024 * 1024, defaults.expandedLength);
+    EXPECT_EQ(0, defaults.scriptMilliseconds);
+    EXPECT_EQ(0u, defaults.scriptBytes);
 }
 
 TEST_F(LimitsTest, SetLimitsReplacesThemAll)
@@ -250,6 +253,47 @@ TEST_F(LimitsTest, WithoutALimitALoopPassesAsOftenAsItSays)
     Run("#for i 1;5000;1\n#i\n#endfor");
     EXPECT_EQ(5000u, Units().size());
     EXPECT_EQ("main.txt (LOOP l.1):1:5000", Units().back());
+}
+
+TEST_F(LimitsTest, ATextMayGrowUpToTheLimit)
+{
+    limits.expandedLength = 10;
+    pp.SetLimits(limits);
+    EXPECT_EQ("123412345\n1234512345\n", RunWith({"A=12345"}, "1234#A\n#A#A"));
+    EXPECT_EQ("<1234567>\n<12345678>\n", Run("#define F(a) <#a>\n#F(1234567)\n#F(12345678)"));
+    EXPECT_EQ("1234512345\n", Run("#define B #A#A\n#B"));
+    EXPECT_EQ("a longer line without defines\n", Run("a longer line without defines"));
+}
+
+TEST_F(LimitsTest, ATextThatGrowsBeyondTheLimitIsRefused)
+{
+    limits.expandedLength = 10;
+    pp.SetLimits(limits);
+    const std::string message = "\"A\" : More than 10 characters after replacing defines !";
+    EXPECT_EQ(Failure(message, 2), RunWith({"A=12345"}, "x\n1#A#A"));
+    EXPECT_EQ(Failure(message, 1), Run("#define B #A#A#A"));
+    EXPECT_EQ(Failure(message, 1), Run("#if #A #A"));
+    EXPECT_EQ(Failure("\"F\" : More than 10 characters after replacing defines !", 2),
+              Run("#define F(a) <#a>\n#F(123456789)"));
+    EXPECT_EQ(Failure("\"G\" : More than 10 characters after replacing defines !", 2),
+              Run("#define G(a) #a#a#a#a\n#G(123)"));
+}
+
+TEST_F(LimitsTest, AScriptStopsAtItsTimeLimit)
+{
+    limits.scriptMilliseconds = 20;
+    pp.SetLimits(limits);
+    EXPECT_EQ(Failure("#if : Can not evaluate condition:  (function() { for (;;); })()", 1),
+              Run("#if (function() { for (;;); })()\n#endif"));
+    EXPECT_EQ(Failure("#{ : Can not evaluate script: for (;;);", 1), Run("#{for (;;);}"));
+}
+
+TEST_F(LimitsTest, AScriptStopsAtItsMemoryLimit)
+{
+    limits.scriptBytes = 32 * 1024 * 1024;
+    pp.SetLimits(limits);
+    EXPECT_EQ(Failure("#{ : Can not evaluate script: a = []; for (;;) a.push([1,2,3])", 1),
+              Run("#{a = []; for (;;) a.push([1,2,3])}"));
 }
 
 } // namespace

@@ -97,11 +97,11 @@ function readMap(name) {
 
 /// Where a reader that knows the map's own place finds each line.
 function tracedOrigins(mapName, count) {
-    const map = new TraceMap(readMap(mapName), `file:///work/${mapName}`);
+    const map = new TraceMap(readMap(mapName), `file:///place/${mapName}`);
     return Array.from({ length: count }, (_, index) => {
         const { source, line, column } = originalPositionFor(map, { line: index + 1, column: 0 });
         assert.equal(column, 0);
-        return `${decodeURIComponent(source.replace('file:///work/', ''))}:${line}`;
+        return `${decodeURIComponent(source.replace('file:///place/', ''))}:${line}`;
     });
 }
 
