@@ -15,11 +15,13 @@ class CParserUnit;
 struct _UnitSlot
 {
     CLineText* text; ///< The text that a line belongs to; null for units and holes. Each line has a share in it.
+    /// @cond
     union
     {
         CParserUnit* unit; ///< Null for a hole.
         const char* bytes; ///< The line, `length` bytes of UTF-8.
     };
+    /// @endcond
     uint32_t length; ///< The bytes of a line.
     uint32_t line;   ///< The line's number in its file.
 
