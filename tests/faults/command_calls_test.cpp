@@ -37,12 +37,6 @@ const std::vector<Command> commands = {
     {"script_with_a_configuration", {"script", "--config", "cfg.xml", "config.js"}, {}, true, "cfg.xml.old"},
 };
 
-struct Failure
-{
-    Fault fault;
-    int error;
-};
-
 constexpr std::array<Failure, 9> failures = {{
     {Fault::fail, ENOSPC},
     {Fault::failFrom, EIO},

@@ -100,12 +100,6 @@ const std::vector<Scenario> scenarios = {
     {"update", Nothing, Update, "cfg.xml", State},
 };
 
-struct Failure
-{
-    Fault fault;
-    int error;
-};
-
 /// What the system may say to nearly every call. EINTR is for those that can be interrupted.
 constexpr std::array<Failure, 8> failures = {{
     {Fault::fail, ENOSPC},

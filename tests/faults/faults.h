@@ -16,6 +16,13 @@ enum class Fault
     interrupt ///< from this one on, every second one that reads or writes is interrupted by a signal
 };
 
+/// A fault, and the system's reason for it: an errno, where the fault is one that has a reason.
+struct Failure
+{
+    Fault fault;
+    int error;
+};
+
 /// A program that is run with the library before it is armed from its start on by the variable QXP_FAULTS: the action,
 /// the number of the call and the error as numbers, and a file of 8 bytes that is told the number of calls so far, with
 /// colons between them.
