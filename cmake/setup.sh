@@ -35,7 +35,7 @@ configure() {
         return
     fi
     echo "Configuring $build" >&2
-    (cd "$root" && cmake --preset release -DQXP_BUILD_TESTS="$tests") >&2
+    (cd "$root" && cmake --preset release -DQXP_BUILD_TESTS="$tests" -DQXP_BUILD_DOCS="$tests") >&2
 }
 
 # setup_release TARGET TESTS: installs what is missing, and builds TARGET of the release preset.
