@@ -10,7 +10,9 @@ namespace qxjs
 
 JSBool JS_ValueToNumber(JSContext* cx, jsval v, jsdouble* dp)
 {
-    if (JSVAL_IS_NUMBER(v) && UsableQuietly(cx, __func__)) {
+    if (JSVAL_IS_NUMBER(v)) {
+        if (!UsableQuietly(cx, __func__))
+            return JS_FALSE;
         *dp = JSVAL_IS_INT(v) ? JSVAL_TO_INT(v) : *JSVAL_TO_DOUBLE(v);
         return JS_TRUE;
     }
