@@ -28,7 +28,7 @@ protected:
     UnitArray()
     {
         for (int i = 0; i < 4; ++i)
-            m_owned.push_back(std::make_unique<CParserUnit>(nullptr, nullptr, wxS("text"), 1));
+            m_owned.push_back(std::make_unique<CParserUnit>(wxSharedPtr<CParserFile>(), nullptr, wxS("text"), 1));
     }
 
     CParserUnit* Unit(size_t index) const { return index == 0 ? nullptr : m_owned[index - 1].get(); }
