@@ -13,6 +13,7 @@ struct DiagnosticPlace
     unsigned long line = 0;     ///< Counted from 1 in that text.
     wxString file;              ///< The file that was really read, named from the current directory.
     unsigned long fileLine = 0; ///< Counted from 1 in that file.
+    unsigned long column = 0;   ///< Counted from 1, in characters; 0 when it is not known. For tools only.
 };
 
 /// What explains a diagnostic: a place that led to the one it is about, or a reason.
@@ -39,6 +40,7 @@ struct Diagnostic
     std::optional<wxString> text; ///< The line in question.
     std::vector<DiagnosticNote> related;
     std::optional<std::string> wording; ///< What people read instead of all this, line ends included.
+    bool isForToolsOnly = false;        ///< The place and the text: people are told the message and its reasons.
 };
 
 /// "error" and the like.

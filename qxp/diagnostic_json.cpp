@@ -12,6 +12,8 @@ void AddPlace(const std::optional<DiagnosticPlace>& place, Json& object)
         return;
     object["file"] = ToJson(place->file);
     object["line"] = place->fileLine;
+    if (place->column)
+        object["column"] = place->column;
 }
 
 Json NotesOf(const Diagnostic& diagnostic)

@@ -24,6 +24,8 @@ Json LocationOf(const std::optional<DiagnosticPlace>& place, const std::optional
     if (!place)
         return location;
     Json region = {{"startLine", place->fileLine}};
+    if (place->column)
+        region["startColumn"] = place->column;
     if (text)
         region["snippet"] = MessageOf(*text);
     location["physicalLocation"] = {{"artifactLocation", {{"uri", UriOfFile(ToSystemName(place->file))}}},
@@ -70,6 +72,7 @@ void SarifPrinter::Finish(int status)
     if (!m_notifications.empty())
         invocation["toolExecutionNotifications"] = std::move(m_notifications);
     const Json run = {{"tool", {{"driver", {{"name", "qxp"}, {"version", QXP_VERSION}}}}},
+                      {"columnKind", "unicodeCodePoints"},
                       {"invocations", Json::array({std::move(invocation)})},
                       {"results", std::move(m_results)}};
     const Json document = {{"$schema", Schema}, {"version", "2.1.0"}, {"runs", Json::array({run})}};

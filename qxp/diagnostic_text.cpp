@@ -82,19 +82,22 @@ std::string TextPrinter::Line(const std::optional<DiagnosticPlace>& place, Diagn
 
 void TextPrinter::Print(const Diagnostic& diagnostic)
 {
+    const auto shown = [&](const std::optional<DiagnosticPlace>& place) {
+        return diagnostic.isForToolsOnly ? std::nullopt : place;
+    };
     std::string text;
     if (diagnostic.wording)
         text = *diagnostic.wording;
     else if (diagnostic.kind == Diagnostic::Kind::log)
         text = ToUtf8(diagnostic.message) + "\n";
     else
-        text = Line(diagnostic.place, diagnostic.kind, diagnostic.message);
+        text = Line(shown(diagnostic.place), diagnostic.kind, diagnostic.message);
     // A warning's directive says what there is to say.
     if (diagnostic.kind == Diagnostic::Kind::error && !diagnostic.wording) {
-        if (diagnostic.text)
+        if (diagnostic.text && !diagnostic.isForToolsOnly)
             text += Quote(*diagnostic.text);
         for (const DiagnosticNote& note : diagnostic.related)
-            text += Line(note.place, Diagnostic::Kind::note, note.message);
+            text += Line(shown(note.place), Diagnostic::Kind::note, note.message);
     }
     std::fwrite(text.data(), 1, text.size(), stderr);
 }

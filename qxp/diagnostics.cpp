@@ -33,13 +33,6 @@ std::vector<wxString> ScriptMessages(const wxString& report)
     return messages;
 }
 
-/// The line that a report shows above its messages, if there is one.
-std::optional<wxString> ScriptLine(const wxString& report)
-{
-    const size_t end = report.find(wxS('\n'));
-    return end < report.find(Arrow) ? std::optional<wxString>(report.substr(0, end)) : std::nullopt;
-}
-
 /// What scripts have failed for, each reason once.
 void AddReasons(const std::vector<wxString>& reports, Diagnostic& diagnostic)
 {
@@ -97,16 +90,18 @@ void Diagnostics::Logged(wxLogLevel level, const wxString& message)
     if (level == ScriptErrorLevel)
         m_scriptReports.push_back(message);
     else if (level <= wxLOG_Error)
-        m_keptErrors.push_back({message, std::exchange(m_scriptReports, {})});
+        m_keptErrors.push_back({FailureHere(message), std::exchange(m_scriptReports, {})});
     else
         Say({Diagnostic::Kind::log, message, {}, {}, {}, {}});
 }
 
 void Diagnostics::ReportFailure(const CParser& parser)
 {
-    Diagnostic diagnostic;
+    wxString message;
     const CParserUnit* unit = nullptr;
-    parser.GetLastError(&diagnostic.message, &unit);
+    parser.GetLastError(&message, &unit);
+    Diagnostic diagnostic = unit ? Diagnostic{} : FailureHere(message);
+    diagnostic.message = message;
     if (unit && unit->m_file) {
         diagnostic.place = PlaceOf(*unit);
         diagnostic.text = unit->m_text;
@@ -121,7 +116,7 @@ void Diagnostics::ReportFailure(const CParser& parser)
 std::vector<wxString> Diagnostics::TakeReportsOf(const wxString& failure)
 {
     const auto ofFailure = std::stable_partition(m_keptErrors.begin(), m_keptErrors.end(), [&](const KeptError& kept) {
-        return !kept.message.StartsWith(failure);
+        return !kept.diagnostic.message.StartsWith(failure);
     });
     std::vector<wxString> reports;
     for (auto kept = ofFailure; kept != m_keptErrors.end(); ++kept)
@@ -130,6 +125,20 @@ std::vector<wxString> Diagnostics::TakeReportsOf(const wxString& failure)
     reports.insert(reports.end(), m_scriptReports.begin(), m_scriptReports.end());
     m_scriptReports.clear();
     return reports;
+}
+
+/// An error that has no line of its own, in the line that is being worked on.
+Diagnostic Diagnostics::FailureHere(const wxString& message) const
+{
+    Diagnostic diagnostic;
+    diagnostic.message = message;
+    const CParserUnit* const unit = m_where ? m_where() : nullptr;
+    if (!unit || !unit->m_file)
+        return diagnostic;
+    diagnostic.place = PlaceOf(*unit);
+    diagnostic.text = unit->m_text;
+    diagnostic.isForToolsOnly = true;
+    return diagnostic;
 }
 
 void Diagnostics::WarningAt(const CParserUnit& unit, const wxString& message)
@@ -150,7 +159,7 @@ std::optional<DiagnosticPlace> Diagnostics::PlaceOf(const CParserUnit& unit) con
         return std::nullopt;
     const CSourceLine source = unit.GetSource();
     const wxString path = source.file ? source.file->GetPath() : wxString();
-    return DiagnosticPlace{unit.GetFileName(), unit.m_line, NameFrom(m_searchDirectory, path), source.line};
+    return DiagnosticPlace{unit.GetFileName(), unit.m_line, NameFrom(m_searchDirectory, path), source.line, 0};
 }
 
 /// For each level out the place that caused the unit to be read.
@@ -174,12 +183,11 @@ void Diagnostics::Flush()
 {
     // What goes wrong again at each repetition is said once.
     std::set<std::pair<wxString, std::vector<wxString>>> said;
-    for (const KeptError& kept : std::exchange(m_keptErrors, {})) {
-        if (!said.insert({kept.message, kept.reports}).second)
+    for (KeptError& kept : std::exchange(m_keptErrors, {})) {
+        if (!said.insert({kept.diagnostic.message, kept.reports}).second)
             continue;
-        Diagnostic diagnostic{Diagnostic::Kind::error, kept.message, {}, {}, {}, {}};
-        AddReasons(kept.reports, diagnostic);
-        Say(diagnostic);
+        AddReasons(kept.reports, kept.diagnostic);
+        Say(kept.diagnostic);
     }
     for (const wxString& report : std::exchange(m_scriptReports, {}))
         Say({Diagnostic::Kind::log, report, {}, {}, {}, {}});
@@ -209,10 +217,16 @@ void Diagnostics::UsageError(const std::string& message)
          "qxp: error: " + message + "\nRun with --help for more information.\n"});
 }
 
-void Diagnostics::SayReport(const wxString& report)
+std::optional<wxString> ShownLine(const wxString& report)
+{
+    const size_t end = report.find(wxS('\n'));
+    return end < report.find(Arrow) ? std::optional<wxString>(report.substr(0, end)) : std::nullopt;
+}
+
+void Diagnostics::SayReport(const wxString& report, const std::optional<DiagnosticPlace>& place)
 {
     const std::vector<wxString> messages = ScriptMessages(report);
-    Diagnostic diagnostic{Diagnostic::Kind::error, report, {}, ScriptLine(report), {}, ToUtf8(report)};
+    Diagnostic diagnostic{Diagnostic::Kind::error, report, place, ShownLine(report), {}, ToUtf8(report)};
     if (!messages.empty())
         diagnostic.message = messages.front();
     for (size_t i = 1; i < messages.size(); ++i)

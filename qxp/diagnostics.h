@@ -9,6 +9,7 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -29,6 +30,9 @@ public:
     /// The directory that texts are named from, as it was given: see NameFrom.
     void SetSearchDirectory(const std::string& directory) { m_searchDirectory = directory; }
 
+    /// Says which line is being worked on, for errors that come without one: tools are told it. It may answer null.
+    void SetWhere(std::function<const CParserUnit*()> where) { m_where = std::move(where); }
+
     /// Reports the parser's last error, with its place, its line and where that was included from.
     void ReportFailure(const CParser& parser);
 
@@ -46,8 +50,8 @@ public:
     /// An error of the command line.
     void UsageError(const std::string& message);
 
-    /// A script's report, which people read as it is.
-    void SayReport(const wxString& report);
+    /// A script's report, which people read as it is. Tools are told the place of its first error, if there is one.
+    void SayReport(const wxString& report, const std::optional<DiagnosticPlace>& place);
 
     void Say(const Diagnostic& diagnostic);
 
@@ -71,17 +75,19 @@ private:
     /// An error that the library has logged, with the script reports that came before it.
     struct KeptError
     {
-        wxString message;
+        Diagnostic diagnostic;
         std::vector<wxString> reports;
     };
 
     void Logged(wxLogLevel level, const wxString& message);
     std::vector<wxString> TakeReportsOf(const wxString& failure);
+    Diagnostic FailureHere(const wxString& message) const;
     std::optional<DiagnosticPlace> PlaceOf(const CParserUnit& unit) const;
     void AddOrigins(const CParserUnit& unit, Diagnostic& diagnostic) const;
 
     std::unique_ptr<DiagnosticPrinter> m_printer;
     std::string m_searchDirectory;
+    std::function<const CParserUnit*()> m_where;
     bool m_showProgress;
     bool m_verbose;
     bool m_progressShown = false;
@@ -91,6 +97,9 @@ private:
     std::unique_ptr<Log> m_log;
     wxLog* m_previousLog;
 };
+
+/// The line that a script's report shows above its messages, if there is one.
+std::optional<wxString> ShownLine(const wxString& report);
 
 /// Runs a command with the diagnostics of its options: to the exit status, and to an error when memory does not
 /// suffice.

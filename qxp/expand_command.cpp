@@ -76,6 +76,13 @@ private:
     ScriptedDocument& m_document;
 };
 
+/// The line in which a block opens; null when it has none.
+const CParserUnit* OpeningLine(const CTagBlock* block)
+{
+    const CTagHeaderBlock* const header = block ? block->GetBeginHeader() : nullptr;
+    return header && header->GetCount() > 0 ? header->GetUnit(0) : nullptr;
+}
+
 /// The directory of the document: the search directory or, when it is not there, the current one.
 std::string DirectoryOf(const std::string& file, const std::string& searchDirectory)
 {
@@ -89,7 +96,11 @@ public:
     ExpandRun(const ExpandOptions& options, Diagnostics& diagnostics)
         : m_options(options), m_diagnostics(diagnostics), m_pp(options.parser.dir, diagnostics),
           m_document(options.limits), m_template(options, m_pp, m_document)
-    {}
+    {
+        m_diagnostics.SetWhere([this] { return OpeningLine(m_template.GetCurrentBlock()); });
+    }
+
+    ~ExpandRun() { m_diagnostics.SetWhere(nullptr); }
 
     int Run();
 

@@ -2,6 +2,7 @@
 
 #include "qxp/command_line.h"
 #include "qxp/diagnostics.h"
+#include "qxp/parser_options.h"
 #include "qxp/script_limits.h"
 #include "qxp/script_log.h"
 #include "qxp/script_prompt.h"
@@ -13,6 +14,7 @@
 #include <cstdio>
 #include <cstring>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -32,12 +34,38 @@ struct ScriptOptions
     std::vector<std::string> arguments;
 };
 
+/// The name that all texts have for the engine.
+constexpr const char* EvaluatedText = "local";
+
+/// The context of a run. It knows of its first error whether that stands in a text as it was given: what a script has
+/// made a text of and evaluated counts lines of its own.
+class RunScript : public CJScript
+{
+public:
+    RunScript() : CJScript(nullptr) {}
+
+    bool IsFirstErrorInText() const { return GetErrorCount() > 0 && m_isFirstErrorInText; }
+
+protected:
+    void ReportError(const wxString& message, JSErrorReport* report) override
+    {
+        if (GetErrorCount() == 0)
+            m_isFirstErrorInText = report->filename && std::strcmp(report->filename, EvaluatedText) == 0;
+        CJScript::ReportError(message, report);
+    }
+
+private:
+    bool m_isFirstErrorInText = false;
+};
+
 class ScriptRun
 {
 public:
     ScriptRun(const ScriptOptions& options, Diagnostics& diagnostics)
         : m_options(options), m_diagnostics(diagnostics), m_log(diagnostics)
-    {}
+    {
+        m_log.SetPlaceOf([this](const wxString& report) { return PlaceOf(report); });
+    }
 
     int Run();
 
@@ -48,13 +76,15 @@ private:
     bool RunTexts();
     bool RunFile();
     bool ReadText(wxString& text);
+    std::optional<DiagnosticPlace> PlaceOf(const wxString& report);
     bool FlushOutput();
 
     const ScriptOptions& m_options;
     Diagnostics& m_diagnostics;
     ScriptLog m_log;
     qxjsMinimal m_global;
-    CJScript m_script{nullptr};
+    RunScript m_script;
+    wxString m_text; ///< Of the file.
     std::unique_ptr<CXmlConfig> m_config;
 };
 
@@ -115,13 +145,31 @@ bool ScriptRun::ReadText(wxString& text)
 
 bool ScriptRun::RunFile()
 {
-    wxString text;
-    if (!ReadText(text))
+    if (!ReadText(m_text))
         return false;
     // An interpreter line is a comment.
-    if (text.StartsWith(wxS("#!")))
-        text.replace(0, 2, wxS("//"));
-    return m_script.Evaluate(text, nullptr);
+    if (m_text.StartsWith(wxS("#!")))
+        m_text.replace(0, 2, wxS("//"));
+    return m_script.Evaluate(m_text, nullptr);
+}
+
+/// The place in the file of what a report is about. A report that shows another line than the file has there is about a
+/// text of the prompt; one that shows none is about a function, which is the file's.
+std::optional<DiagnosticPlace> ScriptRun::PlaceOf(const wxString& report)
+{
+    if (!m_script.IsFirstErrorInText())
+        return std::nullopt;
+    const CJScript::CJScriptError& error = *m_script.GetError(0);
+    const wxArrayString lines = wxSplit(m_text, wxS('\n'), wxS('\0'));
+    const auto index = static_cast<size_t>(error.line);
+    if (error.line < 0 || index >= lines.GetCount())
+        return std::nullopt;
+    const std::optional<wxString> shown = ShownLine(report);
+    if (shown && *shown != lines[index].BeforeFirst(wxS('\r')))
+        return std::nullopt;
+    const wxString name = InputName(m_options.file);
+    const auto column = static_cast<unsigned long>(error.column > 0 ? error.column + 1 : 0);
+    return DiagnosticPlace{name, index + 1, name, index + 1, column};
 }
 
 /// Whether all that was printed has arrived; reports it when not.

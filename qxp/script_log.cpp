@@ -31,6 +31,11 @@ ScriptLog::~ScriptLog()
     wxLog::SetActiveTarget(m_previous);
 }
 
+void ScriptLog::SetPlaceOf(std::function<std::optional<DiagnosticPlace>(const wxString& report)> placeOf)
+{
+    m_placeOf = std::move(placeOf);
+}
+
 std::vector<wxString> ScriptLog::TakeReports()
 {
     m_holding = false;
@@ -49,7 +54,7 @@ void ScriptLog::WriteReport(const wxString& report)
     std::fflush(stdout);
     wxString text = report;
     report.StartsWith(wxS("CJScript "), &text);
-    m_diagnostics.SayReport(text);
+    m_diagnostics.SayReport(text, m_placeOf ? m_placeOf(text) : std::nullopt);
 }
 
 void ScriptLog::DoLogRecord(wxLogLevel level, const wxString& message, const wxLogRecordInfo&)

@@ -88,6 +88,7 @@ bool ReadDocument(const std::string& file, const std::string& directory, CXmlDoc
     if (source.Error())
         ReportUnreadable(file, diagnostics);
     else
-        diagnostics.ErrorAt({name, line, NameFrom(directory, name), line}, error.message);
+        diagnostics.ErrorAt({name, line, NameFrom(directory, name), line, static_cast<unsigned long>(error.column)},
+                            error.message);
     return false;
 }

@@ -85,6 +85,7 @@ bool CCondTagParser::Process(CXmlNode* node, wxString& out, CJScript* script)
         if (block && !RecurseProcess(start, out, CondPlan(*block), taken, counters, defines))
             return false;
     }
+    m_current = nullptr;
     return true;
 }
 
@@ -92,6 +93,7 @@ bool CCondTagParser::Process(CXmlNode* node, wxString& out, CJScript* script)
 bool CCondTagParser::RecurseProcess(const CXmlNodeRef& from, wxString& out, const CondPlan& plan, bool& taken,
                                     wxArrayCounters& counters, const CDefineList& outer)
 {
+    m_current = plan.block;
     CDefineList defines(&outer);
     CXmlNodeRef node(from);
     bool skip = false;
@@ -253,6 +255,7 @@ bool CCondTagParser::ExpandOnce(const CondPlan& plan, const CXmlNodeRef& node, w
         if (!RecurseProcess(node, out, block, taken, counters, defines))
             return false;
     }
+    m_current = plan.block;
     return true;
 }
 

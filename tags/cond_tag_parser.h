@@ -108,6 +108,10 @@ public:
     /// How many passes all repeats of one Process may make together; one more is a failure. 0, the default: no limit.
     void SetPassLimit(unsigned long passes) { m_passLimit = passes; }
 
+    /// The block that is being expanded: inside Process, for those who listen to the log meanwhile, and after it the
+    /// one that failed, as long as this parser keeps its blocks. Null otherwise.
+    const CTagBlock* GetCurrentBlock() const { return m_current; }
+
     /// The defines made by "GLOBAL_DEFINE", which live as long as the parser.
     CDefineList& GetGlobalDefines() { return m_globalDefines; }
 
@@ -154,6 +158,7 @@ private:
     bool CountPass(const CondPlan& plan);
 
     CJScript* m_script = nullptr;
+    const CTagBlock* m_current = nullptr;
     CDefineList m_globalDefines{nullptr};
     bool m_compact = false;
     unsigned long m_passLimit = 0;

@@ -405,6 +405,28 @@ TEST_F(CondBlockTest, ChainsRunThroughNestedRepeats)
                      "<%else%>\n[%++1%][%++%] else\n<%/else%>\n<%/repeat%>\n<%/repeat%>\n"));
 }
 
+TEST_F(CondBlockTest, TheCurrentBlockIsTheOneThatFailed)
+{
+    const auto typeOfCurrent = [this] {
+        return parser.GetCurrentBlock() ? parser.GetCurrentBlock()->GetType().utf8_string() : "none";
+    };
+    EXPECT_EQ("none", typeOfCurrent());
+    Expand("<%repeat count='2'%>\n<%keep%>\n<%/keep%>\n<%if cond='nosuch'%>\n<%/if%>\n<%/repeat%>\n");
+    EXPECT_EQ("if", typeOfCurrent());
+    Expand("<%repeat count='nosuch'%>\n<%keep%>\n<%/keep%>\n<%/repeat%>\n");
+    EXPECT_EQ("repeat", typeOfCurrent());
+    Expand("<%keep%>\nx\n<%/keep%>\n");
+    EXPECT_EQ("none", typeOfCurrent());
+}
+
+TEST_F(CondBlockTest, ABlockIsTheCurrentOneAgainBehindItsNestedBlocks)
+{
+    parser.SetPassLimit(3);
+    Expand("<%repeat count='9'%>\n<%keep%>\nx\n<%/keep%>\n<%/repeat%>\n");
+    ASSERT_NE(nullptr, parser.GetCurrentBlock());
+    EXPECT_EQ("repeat", parser.GetCurrentBlock()->GetType());
+}
+
 constexpr const char* Tree = "<r id='0'><a id='1'><b id='2'><c id='3'/></b></a><!--n--><a id='4'><b id='5'/></a></r>";
 
 /// The attribute "id" of the node at a path from the root.
