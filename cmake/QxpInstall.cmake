@@ -9,11 +9,27 @@ set(development COMPONENT development)
 set(tool COMPONENT tool)
 set(documentation COMPONENT documentation)
 
+# Below a prefix of its own, or wherever that is moved to, each file finds what it needs from where it is itself.
+file(RELATIVE_PATH libraries_from_programs "${CMAKE_INSTALL_FULL_BINDIR}" "${CMAKE_INSTALL_FULL_LIBDIR}")
+set_target_properties(qxp PROPERTIES INSTALL_RPATH "$ORIGIN/${libraries_from_programs}")
+set_target_properties(vc_qxparser_window PROPERTIES INSTALL_RPATH "$ORIGIN")
+
 install(TARGETS vc_qxparser EXPORT vc_qxparserTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} ${runtime} NAMELINK_COMPONENT development)
 install(TARGETS vc_qxparser_window EXPORT vc_qxparserTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} ${window} NAMELINK_COMPONENT development)
 install(TARGETS qxp EXPORT vc_qxparserTargets RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} ${tool})
+
+# drop_search_path_of_system(TARGET DESTINATION COMPONENT NAME): below /usr there is none, for the system's own folders
+# are searched anyway, and packages must not say more.
+function(drop_search_path_of_system target destination)
+  install(CODE "
+    if(CMAKE_INSTALL_PREFIX MATCHES \"^/(usr)?/?$\")
+      file(RPATH_REMOVE FILE \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${destination}/$<TARGET_FILE_NAME:${target}>\")
+    endif()" ${ARGN})
+endfunction()
+drop_search_path_of_system(vc_qxparser_window ${CMAKE_INSTALL_LIBDIR} ${window})
+drop_search_path_of_system(qxp ${CMAKE_INSTALL_BINDIR} ${tool})
 
 get_property(headers GLOBAL PROPERTY QXP_PUBLIC_HEADERS)
 foreach(header IN LISTS headers)

@@ -47,6 +47,20 @@ install_tree() {
     quietly cmake --install "$build" --prefix "$tree"
 }
 
+# What is installed can be moved as a whole, and needs nothing of the surroundings to find its libraries.
+programs_run_from_any_prefix() {
+    local file moved="$scratch/moved here"
+    quietly cmake --install "$build" --prefix "$scratch/first"
+    mv "$scratch/first" "$moved"
+    unset LD_LIBRARY_PATH
+    [ "$("$moved/bin/qxp" script -e '6 * 7')" = 42 ] || fail "qxp does not run"
+    for file in "$moved/bin/qxp" "$(find "$moved" -name libvc_qxparser_window.so)"; do
+        ldd "$file" >"$scratch/libraries"
+        grep -qF "=> $moved/" "$scratch/libraries" || fail "$file finds another library: $(cat "$scratch/libraries")"
+        ! grep -F "$build" "$scratch/libraries" || fail "$file needs the build folder"
+    done
+}
+
 consumer_through_cmake() {
     use_tree "$tree"
     unset LD_LIBRARY_PATH
@@ -209,6 +223,19 @@ packages_can_be_installed() {
     apt-get install --simulate --no-install-recommends -o Debug::NoLocking=1 "$packages"/*.deb >"$scratch/log" 2>&1 ||
         fail "$(cat "$scratch/log")"
     [ "$(grep -c '^Inst .*qxp' "$scratch/log")" -eq 5 ]
+}
+
+# The system knows where its libraries are.
+packages_name_no_search_path() {
+    local package file count=0
+    for package in "$packages"/*.deb; do
+        dpkg-deb --extract "$package" "$scratch/root"
+    done
+    while read -r file; do
+        ! objdump -p "$file" | grep -E 'R(UN)?PATH' || fail "$file searches on its own"
+        count=$((count + 1))
+    done < <(find "$scratch/root" -type f \( -path '*/bin/*' -o -name '*.so.*' \))
+    [ "$count" -eq 3 ] || fail "$count files looked at"
 }
 
 packages_work_in_a_clean_root() {
