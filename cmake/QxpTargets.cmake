@@ -49,5 +49,5 @@ function(vcq_add_test name)
     qxp_test_main qxp::rapidcheck GTest::gtest ${arg_LIBRARIES})
   # Tests spend their time in the library; fully optimising their own templates triples the time to build them.
   target_compile_options(${name} PRIVATE $<$<CONFIG:Release>:-O1>)
-  gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT ${arg_TIMEOUT})
+  gtest_discover_tests(${name} NO_PRETTY_VALUES DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT ${arg_TIMEOUT})
 endfunction()

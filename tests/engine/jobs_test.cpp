@@ -1,6 +1,7 @@
 #include <thread>
 
 #include "engine_fixture.h"
+#include "tests/support/row_name.h"
 
 // Whichever way script comes to its first promise, the jobs run when the outermost call ends.
 namespace
@@ -63,7 +64,6 @@ constexpr Way kWays[] = {
     {"Import", "import('nothing').catch(() => done = 'yes'); 0"},
     {"WebAssembly", "WebAssembly.compile(new Uint8Array([0, 97, 115, 109, 1, 0, 0, 0])).then(() => done = 'yes'); 0"}};
 
-INSTANTIATE_TEST_SUITE_P(Ways, EngineJobs, ::testing::ValuesIn(kWays),
-                         [](const auto& way) { return std::string(way.param.name); });
+INSTANTIATE_TEST_SUITE_P(Ways, EngineJobs, ::testing::ValuesIn(kWays), NameOfRow<Way>);
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "tests/base/base_test_support.h"
 #include "tests/faults/command_run.h"
+#include "tests/support/row_name.h"
 #include "tests/support/temp_directory.h"
 
 #include <array>
@@ -209,5 +210,4 @@ TEST_P(CommandCallsTest, InputInPiecesAndInterruptedCallsChangeNothing)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Commands, CommandCallsTest, ::testing::ValuesIn(commands),
-                         [](const auto& command) { return command.param.name; });
+INSTANTIATE_TEST_SUITE_P(Commands, CommandCallsTest, ::testing::ValuesIn(commands), NameOfRow<Command>);

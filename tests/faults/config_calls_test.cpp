@@ -1,6 +1,7 @@
 #include "tests/faults/config_faults.h"
 #include "tests/faults/faults.h"
 #include "tests/support/log_capture.h"
+#include "tests/support/row_name.h"
 
 #include <algorithm>
 #include <array>
@@ -220,8 +221,7 @@ TEST_P(ConfigCallsTest, TheProcessMayBeKilledAtEveryCall)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Scenarios, ConfigCallsTest, ::testing::ValuesIn(scenarios),
-                         [](const auto& scenario) { return scenario.param.name; });
+INSTANTIATE_TEST_SUITE_P(Scenarios, ConfigCallsTest, ::testing::ValuesIn(scenarios), NameOfRow<Scenario>);
 
 namespace
 {

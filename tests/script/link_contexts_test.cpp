@@ -64,7 +64,8 @@ private:
     bool m_before = false;
 };
 
-INSTANTIATE_TEST_SUITE_P(WithoutAndWithStress, LinkContextsTest, ::testing::Bool());
+INSTANTIATE_TEST_SUITE_P(WithoutAndWithStress, LinkContextsTest, ::testing::Bool(),
+                         ::testing::PrintToStringParamName());
 
 TEST_P(LinkContextsTest, AHostsObjectHeldByAnotherContextIsCutWhenItsOwnEnds)
 {

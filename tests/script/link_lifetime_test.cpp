@@ -107,7 +107,8 @@ private:
     bool m_before = false;
 };
 
-INSTANTIATE_TEST_SUITE_P(WithoutAndWithStress, LinkLifetimeTest, ::testing::Bool());
+INSTANTIATE_TEST_SUITE_P(WithoutAndWithStress, LinkLifetimeTest, ::testing::Bool(),
+                         ::testing::PrintToStringParamName());
 
 TEST_P(LinkLifetimeTest, TheNativeObjectEndsFirst)
 {

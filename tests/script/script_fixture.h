@@ -5,6 +5,7 @@
 #include "script/script_link.h"
 #include "script/script_minimal.h"
 #include "tests/support/log_capture.h"
+#include "tests/support/row_name.h"
 
 #include <gtest/gtest.h>
 
@@ -91,10 +92,4 @@ inline void PrintTo(const wxString& text, std::ostream* out)
         else
             *out << "\\x{" << std::hex << static_cast<unsigned long>(character) << std::dec << '}';
     *out << '"';
-}
-
-/// Rows of tables name their tests: TEST_P suites pass this to INSTANTIATE_TEST_SUITE_P.
-template <typename Row> std::string NameOfRow(const ::testing::TestParamInfo<Row>& info)
-{
-    return info.param.name;
 }
