@@ -70,7 +70,7 @@ Pieces Split(const std::wstring& text, wchar_t separator, bool unescape, wchar_t
     return pieces;
 }
 
-// --- Models: written for clearness, from the rules, however slow ---
+// Models: written for clearness, from the rules, however slow.
 
 bool ModelIsEscaped(const std::wstring& text, size_t at)
 {
@@ -174,8 +174,6 @@ std::wstring ModelIndent(std::wstring text, const std::wstring& indent)
     }
     return out;
 }
-
-// --- Scanning ---
 
 RC_GTEST_PROP(TextProperties, IsEscapedCharAgreesWithTheModel, ())
 {
@@ -292,8 +290,6 @@ RC_GTEST_PROP(TextProperties, ConcatQuotesJoinsTheLiteralsOfALineIntoOne, ())
     RC_ASSERT(Wide(joined) == Wide(CPreprocessor::StringToJS(whole, true)));
 }
 
-// --- Literals ---
-
 RC_GTEST_PROP(TextProperties, StringToJsEscapesCharacterByCharacter, ())
 {
     const std::wstring text = PickText(LiteralAlphabet + L"\r");
@@ -353,8 +349,6 @@ RC_GTEST_PROP(TextProperties, StringFromCIsThePlainTextWithoutEscapesAndQuotes, 
     RC_ASSERT(Wide(CPreprocessor::StringFromC(L"\"" + text + L"\" behind")) == text);
 }
 
-// --- Escape characters ---
-
 RC_GTEST_PROP(TextProperties, UnescapeCharUndoesEscapeChar, ())
 {
     const std::wstring text = PickText(EscapeAlphabet);
@@ -402,8 +396,6 @@ RC_GTEST_PROP(TextProperties, SplitEscapeCharReadsBackEscapedPieces, ())
     }
     RC_ASSERT(Split(Joined(escaped, L','), L',', true, L'^') == pieces);
 }
-
-// --- Lines and characters ---
 
 RC_GTEST_PROP(TextProperties, IndentLinesAgreesWithTheModel, ())
 {
