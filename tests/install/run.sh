@@ -75,8 +75,8 @@ consumer_through_pkg_config() {
     use_tree "${1:-$tree}"
     # shellcheck disable=SC2046,SC2086
     g++ -std=c++17 $flags -Wall -Wextra -Werror "$here/consumer/main.cpp" -o "$scratch/consumer" \
-        $(pkg-config --cflags --libs vc_qxparser)
-    consumer_says_what_it_should
+        $(pkg-config --cflags --libs vc_qxparser) -Wl,-rpath,"$(pkg-config --variable=libdir vc_qxparser)"
+    (unset LD_LIBRARY_PATH && consumer_says_what_it_should)
     [ "$(pkg-config --modversion vc_qxparser)" = "$("$tree/bin/qxp" --version | cut -d' ' -f2)" ]
 }
 
