@@ -104,3 +104,12 @@ std::optional<wxString> ShownLine(const wxString& report);
 /// Runs a command with the diagnostics of its options: to the exit status, and to an error when memory does not
 /// suffice.
 int RunWithDiagnostics(const CommonOptions& options, const std::function<int(Diagnostics&)>& run);
+
+/// The run of a command: of a `Command`, which is made of the options and the diagnostics when it begins.
+template <typename Command, typename Options> std::function<int()> RunOf(const std::shared_ptr<Options>& options)
+{
+    return [options] {
+        return RunWithDiagnostics(options->common,
+                                  [&](Diagnostics& diagnostics) { return Command(*options, diagnostics).Run(); });
+    };
+}

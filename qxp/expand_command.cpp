@@ -214,10 +214,5 @@ void AddExpandCommand(CLI::App& app, std::function<int()>& run)
     AddOutputOption(*command, options->output);
     AddDepsFileOption(*command, options->depsFile);
     AddCommonOptions(*command, options->common);
-    command->callback([options, &run] {
-        run = [options] {
-            return RunWithDiagnostics(options->common,
-                                      [&](Diagnostics& diagnostics) { return ExpandRun(*options, diagnostics).Run(); });
-        };
-    });
+    command->callback([options, &run] { run = RunOf<ExpandRun>(options); });
 }

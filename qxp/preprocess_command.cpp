@@ -69,7 +69,7 @@ private:
     bool WriteBlock(const CParserBlock& block, wxOutputStream& stream);
     bool Pass(wxOutputStream& stream, bool isLast);
     void AppendSlot(const CParserBlock& block, unsigned int slot);
-    void AppendOrigin(const CParserBlock& block, unsigned int slot);
+    void AppendOrigin(const _ParserOrigin& origin);
     std::string SortedDefines() const;
     std::string Rule() { return m_pp.GetDependencies().MakeRule(m_options.output, m_options.files[0]); }
 
@@ -82,8 +82,9 @@ private:
     std::vector<const CParserBlock*> m_blocks;
     std::optional<SourceMap> m_map;
 
-    std::string m_text; ///< What has not been written yet.
-    const CParserFile* m_lastFile = nullptr;
+    std::string m_text;                      ///< What has not been written yet.
+    const CParserFile* m_lastFile = nullptr; ///< Of the last line that was written with its origin.
+    std::string m_lastName;
     unsigned long m_lastLine = 0;
 };
 
@@ -132,22 +133,24 @@ void PreprocessRun::AppendSlot(const CParserBlock& block, unsigned int slot)
     m_text += '\n';
     if (!m_options.origins && !m_options.lineMarkers && !m_map)
         return;
+    const _ParserOrigin origin = block.GetOrigin(slot);
     const std::string text = m_text.substr(begin);
     m_text.resize(begin);
     for (size_t start = 0; start != text.size();) {
         const size_t next = text.find('\n', start) + 1;
-        AppendOrigin(block, slot);
+        AppendOrigin(origin);
         m_text.append(text, start, next - start);
         start = next;
     }
 }
 
-void PreprocessRun::AppendOrigin(const CParserBlock& block, unsigned int slot)
+void PreprocessRun::AppendOrigin(const _ParserOrigin& origin)
 {
-    const _ParserOrigin origin = block.GetOrigin(slot);
     const CParserFile* const file = origin.file.get();
-    const std::string name = file ? ToSystemName(file->GetName()) : std::string();
-    const bool needsMarker = m_options.lineMarkers && (file != m_lastFile || origin.line != m_lastLine + 1);
+    const bool isOther = file != m_lastFile;
+    if (isOther)
+        m_lastName = file ? ToSystemName(file->GetName()) : std::string();
+    const bool needsMarker = m_options.lineMarkers && (isOther || origin.line != m_lastLine + 1);
     if (m_map) {
         const CSourceLine source = origin.GetSource();
         if (needsMarker)
@@ -155,9 +158,9 @@ void PreprocessRun::AppendOrigin(const CParserBlock& block, unsigned int slot)
         m_map->AddLine(source);
     }
     if (m_options.origins)
-        m_text += name + ":" + std::to_string(origin.line) + ":\t";
+        m_text += m_lastName + ":" + std::to_string(origin.line) + ":\t";
     if (needsMarker)
-        m_text += "#line " + std::to_string(origin.line) + " " + Quoted(name) + "\n";
+        m_text += "#line " + std::to_string(origin.line) + " " + Quoted(m_lastName) + "\n";
     m_lastFile = file;
     m_lastLine = origin.line;
 }
@@ -284,9 +287,6 @@ void AddPreprocessCommand(CLI::App& app, std::function<int()>& run)
     AddCommonOptions(*command, options->common);
     command->callback([options, &run] {
         CheckOptions(*options);
-        run = [options] {
-            return RunWithDiagnostics(
-                options->common, [&](Diagnostics& diagnostics) { return PreprocessRun(*options, diagnostics).Run(); });
-        };
+        run = RunOf<PreprocessRun>(options);
     });
 }

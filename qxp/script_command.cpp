@@ -253,10 +253,7 @@ const CLI::App& AddScriptCommand(CLI::App& app, std::function<int()>& run, const
     AddCommonOptions(*command, options->common);
     command->callback([options, &run, &arguments] {
         TakeFileAndArguments(*options, arguments);
-        run = [options] {
-            return RunWithDiagnostics(options->common,
-                                      [&](Diagnostics& diagnostics) { return ScriptRun(*options, diagnostics).Run(); });
-        };
+        run = RunOf<ScriptRun>(options);
     });
     return *command;
 }

@@ -156,10 +156,5 @@ void AddTagsCommand(CLI::App& app, std::function<int()>& run)
     AddOutputOption(*command, options->output);
     AddDepsFileOption(*command, options->depsFile);
     AddCommonOptions(*command, options->common);
-    command->callback([options, &run] {
-        run = [options] {
-            return RunWithDiagnostics(options->common,
-                                      [&](Diagnostics& diagnostics) { return TagsRun(*options, diagnostics).Run(); });
-        };
-    });
+    command->callback([options, &run] { run = RunOf<TagsRun>(options); });
 }
