@@ -5,9 +5,10 @@
 #include <wx/arrstr.h>
 #include <wx/string.h>
 
-#include <memory>
+#include <cstddef>
+#include <deque>
 #include <string_view>
-#include <unordered_map>
+#include <vector>
 
 /// One entry of the define table.
 struct _DefineInfo
@@ -18,6 +19,9 @@ struct _DefineInfo
 };
 
 /// From a define's name to the define. A name is looked up where it stands in a text, without a copy of it.
+///
+/// A million defines are looked up in one cache line each: the table lies in one piece, and its slots tell by their
+/// hashes which of them to look into.
 class CMapStringToDefineInfo
 {
 public:
@@ -28,43 +32,51 @@ public:
         _DefineInfo define; ///< What it stands for.
     };
 
+    CMapStringToDefineInfo() = default;
+    CMapStringToDefineInfo(const CMapStringToDefineInfo&) = delete;
+    CMapStringToDefineInfo& operator=(const CMapStringToDefineInfo&) = delete;
+
     ///@{
     /// Null when there is no such define. A define stays where it is until it is erased.
-    _DefineInfo* Find(std::wstring_view name)
-    {
-        const auto found = m_entries.find(name);
-        return found == m_entries.end() ? nullptr : &found->second->define;
-    }
-    const _DefineInfo* Find(std::wstring_view name) const
-    {
-        const auto found = m_entries.find(name);
-        return found == m_entries.end() ? nullptr : &found->second->define;
-    }
+    _DefineInfo* Find(std::wstring_view name);
+    const _DefineInfo* Find(std::wstring_view name) const;
     ///@}
 
     /// The define of this name; an empty one is made when there is none.
-    _DefineInfo& operator[](std::wstring_view name)
-    {
-        if (_DefineInfo* const found = Find(name))
-            return *found;
-        auto entry = std::make_unique<Entry>(Entry{wxString(name.data(), name.size()), {}});
-        const std::wstring_view key(entry->name.wx_str(), entry->name.length());
-        return m_entries.emplace(key, std::move(entry)).first->second->define;
-    }
+    _DefineInfo& operator[](std::wstring_view name);
+
+    /// Adds a define of a name that has none.
+    _DefineInfo& Add(wxString name, _DefineInfo define);
 
     /// Removes a define.
     /// @return whether there was one.
-    bool Erase(std::wstring_view name) { return m_entries.erase(name) != 0; }
+    bool Erase(std::wstring_view name);
     /// Removes all.
-    void Clear() { m_entries.clear(); }
+    void Clear();
 
     /// Calls `visit` with every entry, in no particular order.
     template <typename Visit> void ForEach(Visit visit) const
     {
-        for (const auto& entry : m_entries)
-            visit(*entry.second);
+        for (const Slot& slot : m_slots) {
+            if (slot.entry)
+                visit(*slot.entry);
+        }
     }
 
 private:
-    std::unordered_map<std::wstring_view, std::unique_ptr<Entry>> m_entries; ///< The keys stand in the entries.
+    struct Slot
+    {
+        size_t hash = 0;
+        Entry* entry = nullptr; ///< Null: the slot is free.
+    };
+
+    size_t SlotOf(size_t hash, std::wstring_view name) const;
+    size_t Following(size_t slot) const { return (slot + 1) & (m_slots.size() - 1); }
+    Entry* MakeEntry(wxString name, _DefineInfo define);
+    void Grow();
+
+    std::vector<Slot> m_slots; ///< A power of two of them, or none. A define stands in or behind the slot of its hash.
+    size_t m_count = 0;
+    std::deque<Entry> m_entries;  ///< In the order in which they were made, in which memory gives them back best.
+    std::vector<Entry*> m_erased; ///< Those of them that stand for nothing any more.
 };

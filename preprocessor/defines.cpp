@@ -9,6 +9,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_set>
+#include <utility>
 
 namespace
 {
@@ -50,7 +51,7 @@ void CPreprocessor::AddDefine(const wxString& name, const wxString& value, wxArr
 {
     const _DefineInfo* const known = m_defines.Find(Name(name));
     if (!known)
-        m_defines[Name(name)] = _DefineInfo{params, value, wxString()};
+        m_defines.Add(name, {std::move(params), value, wxString()});
     else if (known->value != value)
         Fail(wxString::Format(wxS("\"%s\" already defined in %s (%s was %s)!"), name, known->origin, value,
                               known->value),
@@ -150,7 +151,7 @@ long CPreprocessor::DirectiveDefine(_DirectiveLine& line)
     }
     const _DefineInfo* const known = m_defines.Find(Name(name));
     if (!known)
-        m_defines[Name(name)] = define;
+        m_defines.Add(std::move(name), std::move(define));
     else if (known->value != define.value)
         return Fail(wxString::Format(wxS("\"%s\" already defined in %s (%s was %s) !"), name, known->origin,
                                      define.value, known->value),
@@ -180,7 +181,7 @@ long CPreprocessor::DirectiveRedefine(_DirectiveLine& line)
     if (result == 1)
         KeepDefine(line, name, define);
     else
-        *known = define;
+        *known = std::move(define);
     return 0;
 }
 

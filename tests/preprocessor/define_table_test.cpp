@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <map>
+#include <random>
 #include <set>
 #include <string>
 #include <vector>
@@ -41,6 +43,32 @@ TEST_F(DefineTableTest, TheValueOfAnAddedDefineIsTakenAsItIs)
 {
     Define("A= it's #U // x ");
     EXPECT_EQ(Table{"#define A  it's #U // x "}, Defines());
+}
+
+TEST_F(DefineTableTest, AddingAndRemovingInAnyOrderLeavesWhatWasNotRemoved)
+{
+    std::map<std::string, std::string> expected;
+    std::mt19937 random(1);
+    for (int step = 0; step < 30'000; ++step) {
+        // More names at some times than at others: the table fills, and empties again.
+        const unsigned int names = step / 5'000 % 2 ? 50 : 2'000;
+        const std::string name = "N" + std::to_string(random() % names);
+        if (random() % 3 == 0) {
+            pp.RemoveDefine(name);
+            expected.erase(name);
+        } else
+            pp.AddDefine(name, expected.emplace(name, std::to_string(step)).first->second, wxArrayString());
+    }
+    Table lines;
+    for (const auto& [name, value] : expected)
+        lines.insert("#define " + name + " " + value);
+    EXPECT_EQ(lines, Defines());
+    for (int number = 0; number < 2'000; ++number) {
+        const std::string name = "N" + std::to_string(number);
+        EXPECT_EQ(expected.count(name) != 0, pp.HasDefine(name)) << name;
+    }
+    pp.Clean();
+    EXPECT_EQ(Table(), Defines());
 }
 
 TEST_F(DefineTableTest, AddingTheSameValueAgainChangesNothing)
