@@ -1,8 +1,8 @@
 #include "parser/parser_unit.h"
 
+#include "base/wide_number_detail.h"
 #include "parser/parser_block.h"
 
-#include <string>
 #include <utility>
 
 wxIMPLEMENT_CLASS(CParserUnit, wxObject);
@@ -44,10 +44,15 @@ unsigned int CParserUnit::SplitAt(size_t pos, int index)
 wxString FormatContext(const CParserFile* file, unsigned long line)
 {
     // Every define keeps such a text, so it is put together without the cost of a format.
-    wxString context = wxS("file \"");
+    constexpr size_t restLength = 24;
+    wxString context;
+    context.reserve(restLength + (file ? file->GetName().length() : 0));
+    context.append(wxS("file \""));
     if (file)
-        context += file->GetName();
-    return context.append(wxS("\" line ")).append(std::to_wstring(line));
+        context.append(file->GetName());
+    context.append(wxS("\" line "));
+    vcq::detail::AppendNumber(context, static_cast<long long>(line));
+    return context;
 }
 
 wxString _ParserOrigin::GetContext() const

@@ -1,4 +1,5 @@
 #include "base/utf8_text.h"
+#include "base/wide_number_detail.h"
 #include "parser/block_lines_detail.h"
 #include "parser/parser.h"
 #include "parser/parser_unit.h"
@@ -9,7 +10,6 @@
 #include "preprocessor/text_detail.h"
 
 #include <algorithm>
-#include <charconv>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -38,16 +38,6 @@ struct _LoopHeader
 
 namespace
 {
-
-void SetNumber(wxString& text, long long number)
-{
-    constexpr size_t longest = 24;
-    char digits[longest];
-    const char* const end = std::to_chars(digits, digits + longest, number).ptr;
-    wchar_t wide[longest];
-    std::copy(static_cast<const char*>(digits), end, wide);
-    text.assign(wide, end - digits);
-}
 
 /// Whether a line begins with the directive `word`.
 template <typename Char> bool IsDirective(const Char* begin, const Char* end, std::string_view word)
@@ -236,7 +226,8 @@ long CPreprocessor::RunLoop(const wxString& name, const _LoopBounds& bounds, con
         // The body may have made something else of it.
         if (!variable.params.empty() || variable.origin != initial.origin)
             variable = initial;
-        SetNumber(variable.value, value);
+        variable.value.clear();
+        vcq::detail::AppendNumber(variable.value, value);
         result = nested.InsertLines(*m_parser, lines, position);
     }
     m_defines.Erase(variableName);

@@ -1,5 +1,6 @@
 #include "preprocessor/plain_expression_detail.h"
 
+#include "base/wide_number_detail.h"
 #include "preprocessor/text_detail.h"
 #include "script/value_conversion.h"
 
@@ -443,12 +444,8 @@ bool ConvertPlain(const PlainValue& value, wxString& result)
     if (const double* const number = std::get_if<double>(&value)) {
         if (!(std::abs(*number) < LargestExactInteger) || *number != std::trunc(*number))
             return false;
-        constexpr size_t longest = 24;
-        char digits[longest];
-        const char* const end = std::to_chars(digits, digits + longest, static_cast<long long>(*number)).ptr;
-        wchar_t wide[longest];
-        std::copy(static_cast<const char*>(digits), end, wide);
-        result.assign(wide, end - digits);
+        result.clear();
+        vcq::detail::AppendNumber(result, static_cast<long long>(*number));
     } else if (const bool* const truth = std::get_if<bool>(&value))
         result = *truth ? wxS("true") : wxS("false");
     else
