@@ -1,6 +1,7 @@
 #include "parser/parser.h"
 #include "parser/parser_unit.h"
 #include "preprocessor/directive_line_detail.h"
+#include "preprocessor/line_scan_detail.h"
 #include "preprocessor/name_list_detail.h"
 #include "preprocessor/preprocessor.h"
 #include "preprocessor/preprocessor_scripts_detail.h"
@@ -154,11 +155,10 @@ long CPreprocessor::SplitArguments(const wxString& name, const wchar_t*& at, con
     const wchar_t* const open = at;
     const wchar_t* start = open + 1;
     const auto add = [&](const wchar_t* stop, bool keepEmpty) {
-        wxString argument(start, stop - start);
-        TrimLeft(argument, TrimSet);
-        TrimRight(argument, TrimSet);
-        if (keepEmpty || !argument.empty())
-            arguments.Add(argument);
+        const wchar_t* argumentEnd = stop;
+        line_scan_detail::Trim(start, argumentEnd);
+        if (keepEmpty || start != argumentEnd)
+            arguments.Add(wxString(start, argumentEnd - start));
         start = stop + 1;
     };
     bool nested = false;
@@ -202,9 +202,13 @@ long CPreprocessor::GetParams(wxString name, const wchar_t*& at, const wchar_t* 
     const CNameList none(noNames);
     const CNameList& leftAlone = m_leftAlone ? *m_leftAlone : none;
     for (wxString& argument : params) {
-        wxString replaced;
         const wchar_t* const begin = argument.wx_str();
-        const long result = ReplaceDefines(begin, begin + argument.length(), replaced, *position, leftAlone);
+        const wchar_t* const argumentEnd = begin + argument.length();
+        // Strings in it are closed, so there is nothing to do or to report.
+        if (text_detail::FindChar(begin, argumentEnd, DirectiveChar) == argumentEnd)
+            continue;
+        wxString replaced;
+        const long result = ReplaceDefines(begin, argumentEnd, replaced, *position, leftAlone);
         if (result < 0 || (result == 1 && !m_partial)) {
             wxString reason;
             if (parser)
@@ -214,7 +218,7 @@ long CPreprocessor::GetParams(wxString name, const wchar_t*& at, const wchar_t* 
                         position->m_unit);
         }
         status |= result;
-        argument = replaced;
+        argument.swap(replaced);
     }
     return status;
 }
