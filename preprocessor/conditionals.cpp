@@ -52,7 +52,9 @@ long CPreprocessor::OpenSection(_DirectiveLine& line, std::optional<bool> taken)
                     line.position.m_unit);
     const bool isUnresolved = !m_skipping && !taken;
     const int state = taken.value_or(true) ? _IfDefStateInfo::BranchTaken : _IfDefStateInfo::NoBranchYet;
-    m_sections.push_back({state, m_skipping, line.position.GetOrigin(), isUnresolved});
+    const _IfDefStateInfo* const around = InnermostSection();
+    const bool inUnresolved = isUnresolved || (around && around->m_inUnresolved);
+    m_sections.push_back({state, m_skipping, line.position.GetOrigin(), isUnresolved, inUnresolved});
     if (isUnresolved)
         KeepForLaterPass(line);
     if (state == _IfDefStateInfo::NoBranchYet)

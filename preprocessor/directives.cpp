@@ -129,9 +129,8 @@ long CPreprocessor::ApplyInlineScript(_DirectiveLine& line)
 /// In partial mode, what stands inside a section that is not decided yet is not decided either.
 bool CPreprocessor::KeepInUndecidedSection(_DirectiveLine& line)
 {
-    const bool undecided =
-        m_partial && std::any_of(m_sections.begin() + std::min(m_sectionBase, m_sections.size()), m_sections.end(),
-                                 [](const auto& section) { return section.m_unresolved; });
+    const _IfDefStateInfo* const section = InnermostSection();
+    const bool undecided = m_partial && section && section->m_inUnresolved;
     if (undecided)
         KeepForLaterPass(line);
     return undecided;

@@ -39,6 +39,7 @@ struct _IfDefStateInfo
     bool m_savedSkipping;   ///< Whether text was already left out where the section opened.
     _ParserOrigin m_origin; ///< Where the section opened.
     bool m_unresolved;      ///< Partial mode could not decide it: its directives are kept.
+    bool m_inUnresolved;    ///< It is such a section, or stands in one of the same text.
 };
 
 /// The unit that a walk over a block stands at, to be used like a pointer. Of a line that is no unit yet (see
