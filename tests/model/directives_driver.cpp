@@ -1,11 +1,15 @@
 // Reads programs, with a zero byte between them, and writes what the preprocessor makes of each, with a zero byte
 // behind it: for every unit its file, line and text, or "error", the context of its unit and the message, with tabs
-// between.
+// between. A line "partial" stands first when partial mode has kept something.
+//
+//   directives_driver FOLDER whole|partial      FOLDER has the files that programs include
+#include "base/dir.h"
 #include "base/text_encoding.h"
 #include "parser/parser.h"
 #include "parser/parser_block.h"
 #include "parser/parser_file.h"
 #include "parser/parser_unit.h"
+#include "preprocessor/preprocessor.h"
 
 #include <wx/init.h>
 #include <wx/log.h>
@@ -18,9 +22,12 @@
 namespace
 {
 
-std::string ResultOf(const std::string& program)
+std::string ResultOf(const std::string& program, CDir& folder, bool partial)
 {
-    CParser parser;
+    CPreprocessor pp(nullptr, true);
+    pp.SetDir(folder);
+    pp.SetPartialMode(partial);
+    CParser parser(&pp);
     if (parser.Parse(wxString::FromUTF8(program), wxS("p"), nullptr, false) != 0) {
         wxString message;
         const CParserUnit* unit = nullptr;
@@ -28,6 +35,7 @@ std::string ResultOf(const std::string& program)
         return "error\t" + (unit ? ToUtf8(unit->GetContext()) : "") + "\t" + ToUtf8(message);
     }
     std::ostringstream text;
+    text << (pp.WasPartial() ? "partial\n" : "");
     const CParserBlock* const block = parser.GetLastBlock(0);
     for (unsigned int i = 0; i < block->GetCount(); ++i)
         if (const CParserUnit* const unit = block->GetUnit(i))
@@ -37,15 +45,19 @@ std::string ResultOf(const std::string& program)
 
 } // namespace
 
-int main()
+int main(int argc, char** argv)
 {
     const wxInitializer wx;
+    if (argc != 3)
+        return 2;
+    CDir folder = CDir::GetRoot(wxString::FromUTF8(argv[1]));
+    const bool partial = std::string(argv[2]) == "partial";
     const wxLogNull quiet;
     std::ios::sync_with_stdio(false);
     const std::string programs(std::istreambuf_iterator<char>(std::cin), {});
     for (std::size_t at = 0; at <= programs.size();) {
         const std::size_t end = std::min(programs.find('\0', at), programs.size());
-        std::cout << ResultOf(programs.substr(at, end - at)) << '\0';
+        std::cout << ResultOf(programs.substr(at, end - at), folder, partial) << '\0';
         at = end + 1;
     }
     return std::cout.flush() ? 0 : 1;
