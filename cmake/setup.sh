@@ -1,4 +1,4 @@
-# Sourced by run.sh and test.sh: installs missing packages, configures and builds the release preset.
+# Sourced by run.sh, test.sh and bench/build.sh: installs missing packages, configures and builds the release preset.
 # Everything it says goes to standard error, so that the output of run.sh is qxp's alone.
 
 build_packages=(
@@ -13,6 +13,9 @@ test_packages=(
 # Debian's npm brings some 350 packages with it: only where there is none from elsewhere.
 command -v node >/dev/null || test_packages+=(nodejs)
 command -v npm >/dev/null || test_packages+=(npm)
+
+# What benchmarks are made of, and what tells the memory that a program took.
+bench_packages=(libbenchmark-dev time)
 
 # install_missing_packages PACKAGE...
 install_missing_packages() {
