@@ -19,7 +19,7 @@ void RunSafePoint(ThreadState& t)
     if (t.in_safe_point)
         return;
     t.in_safe_point = true;
-    while (t.depth == 0 && !t.collecting && !t.safe_point_calls.empty())
+    while (t.depth == 0 && !t.collecting && !t.safe_point_calls.IsEmpty())
         t.safe_point_calls.Pop()();
     t.in_safe_point = false;
 }
@@ -30,7 +30,7 @@ bool RunEarlyCalls(ThreadState& t)
 {
     JSContext& cx = *t.current;
     NativeFrame frame(t); // so that they are not entered again
-    while (!t.safe_point_calls.empty() && t.safe_point_calls.Front().early && cx.stopped.what == Stop::None) {
+    while (!t.safe_point_calls.IsEmpty() && t.safe_point_calls.Front().early && cx.stopped.what == Stop::None) {
         t.safe_point_calls.Pop()();
         if (::JS_IsExceptionPending(t.engine))
             ReportPending(cx, t.engine, ReportStyle::Exception);
@@ -67,8 +67,10 @@ void JS_CallAfterNative(JSContext* cx, void (*fn)(void*), void* data, JSCallTick
 
 void JS_CancelCall(JSCallTicket ticket, const void* data)
 {
-    if (ThreadState* t = t_state ? t_state : t_ending)
-        t->safe_point_calls.Cancel(ticket, data);
+    ThreadState* t = t_state ? t_state : t_ending;
+    SafePointCall* call = t ? t->safe_point_calls.Find(ticket) : nullptr;
+    if (call && call->data == data)
+        call->fn = nullptr;
 }
 
 } // namespace qxjs

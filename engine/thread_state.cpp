@@ -193,7 +193,7 @@ void ThreadState::Stop()
     ::JS_DestroyContext(engine);
     t_state = nullptr;
     t_ending = this;
-    while (!safe_point_calls.empty())
+    while (!safe_point_calls.IsEmpty())
         safe_point_calls.Pop()();
     t_ending = nullptr;
     delete this;

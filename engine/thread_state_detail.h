@@ -11,6 +11,7 @@
 #include <unordered_set>
 #include <vector>
 
+#include "base/ticket_queue_detail.h"
 #include "engine/cell_set_detail.h"
 #include "engine/double_pool_detail.h"
 #include "engine/installed_engine_detail.h"
@@ -112,35 +113,6 @@ struct SafePointCall
     }
 };
 
-// In the order they were asked for. Each has a number by which it is found while it waits.
-class SafePointCalls
-{
-public:
-    bool empty() const { return m_calls.empty(); }
-    const SafePointCall& Front() const { return m_calls.front(); }
-    JSCallTicket Push(const SafePointCall& call)
-    {
-        m_calls.push_back(call);
-        return m_first + m_calls.size() - 1;
-    }
-    SafePointCall Pop()
-    {
-        const SafePointCall call = m_calls.front();
-        m_calls.pop_front();
-        ++m_first;
-        return call;
-    }
-    void Cancel(JSCallTicket ticket, const void* data)
-    {
-        if (ticket >= m_first && ticket - m_first < m_calls.size() && m_calls[ticket - m_first].data == data)
-            m_calls[ticket - m_first].fn = nullptr;
-    }
-
-private:
-    std::deque<SafePointCall> m_calls;
-    JSCallTicket m_first = 1; // the number of the first
-};
-
 // Everything this library keeps for one thread, and the thread's engine.
 struct ThreadState final : DoublePool::Marker
 {
@@ -165,8 +137,9 @@ struct ThreadState final : DoublePool::Marker
     // No native and no local root scope is active: nobody counts on old results.
     bool AtRest() const { return depth == 0 && !locals.HasScopes(); }
 
+    bool SafePointDue() const { return has_orders.load(std::memory_order_relaxed) || !safe_point_calls.IsEmpty(); }
     // Only script is between here and the outermost call.
-    bool EarlyCallsDue() const { return !safe_point_calls.empty() && depth == 1 && !native; }
+    bool EarlyCallsDue() const { return !safe_point_calls.IsEmpty() && depth == 1 && !native; }
 
     ::JSContext* engine = nullptr;
     ::JSObject* default_global = nullptr;
@@ -203,11 +176,12 @@ struct ThreadState final : DoublePool::Marker
     std::deque<NativeRecord> native_records;
     std::unordered_multimap<std::size_t, const NativeRecord*> native_index;
 
-    SafePointCalls safe_point_calls;
+    vcq::detail::TicketQueue<SafePointCall> safe_point_calls;
     bool in_safe_point = false;
     ThreadStack stack;
     std::size_t stack_quota;
     std::size_t stack_used_at_quota = 0;
+    std::uintptr_t stack_quota_from = 0; // where it is counted from; 0: not any more
     LimitWatch watch;
     bool watched = false;
     bool may_have_jobs = false;

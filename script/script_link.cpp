@@ -4,15 +4,12 @@
 #include "script/script_class.h"
 #include "script/value_conversion.h"
 
-#include <wx/app.h>
 #include <wx/weakref.h>
 
 #include <algorithm>
 #include <cstdint>
 #include <iterator>
-#include <limits>
 #include <memory>
-#include <utility>
 
 const JSMap CJScriptLink::m_JSMap{"CJScriptLink", nullptr, m_JSMapEntries};
 CJScriptLinkClass CJScriptLink::ms_JSClass(&CJScriptLink::m_JSMap);
@@ -35,19 +32,13 @@ wxString MadeUpName(const wxObject* owner)
     return wxString(start, end);
 }
 
-/// Stands for a deletion that the application has been asked for.
-constexpr auto Scheduled = std::numeric_limits<JSCallTicket>::max();
-
 } // namespace
 
 CJScriptLink::~CJScriptLink()
 {
     // Whoever deletes the native object: a collection from here on must not do it too.
     m_dynamic = false;
-    if (m_deletion == Scheduled)
-        wxPendingDelete.DeleteObject(m_owner);
-    else if (m_deletion)
-        JS_CancelCall(m_deletion, this);
+    CancelDeletion();
     if (m_scopeDelete)
         CJScriptLinkClass::RemoveFromScopeList(this);
     InitEvtHandler(false);
@@ -110,10 +101,10 @@ bool CJScriptLink::CreateGlobalObject(JSContext* cx, wxString name)
     if (m_jsObject)
         return false;
     const wxThreadCriticalSectionLocker lock(CJScript::EngineLock());
-    m_jsObject = m_jsClass->CreateGlobalObject(cx, this);
-    if (!m_jsObject)
+    JSObject* const object = m_jsClass->CreateGlobalObject(cx, this);
+    if (!object)
         return false;
-    m_context = cx;
+    SetJSObject(cx, object);
     SetName(name);
     m_isChild = false;
     m_dynamic = false;
@@ -135,10 +126,10 @@ bool CJScriptLink::CreateObject(JSContext* cx, CJScriptLink* parent, wxString na
             return bound;
         JS_SetParent(cx, m_jsObject, parent->GetJSObject());
     } else {
-        m_jsObject = m_jsClass->CreateObject(cx, this, parent, property);
-        if (!m_jsObject)
+        JSObject* const object = m_jsClass->CreateObject(cx, this, parent, property);
+        if (!object)
             return false;
-        m_context = cx;
+        SetJSObject(cx, object);
     }
     m_isUnnamed = false;
     SetName(name);
@@ -167,12 +158,18 @@ bool CJScriptLink::AttachObjectDynamic(JSContext* cx, JSObject* object)
     return m_jsClass->CreatePropertiesObject(cx, this);
 }
 
+void CJScriptLink::SetJSObject(JSContext* cx, JSObject* object)
+{
+    m_jsObject = object;
+    m_context = cx;
+    m_announcedBytes = 0;
+}
+
 bool CJScriptLink::Attach(JSContext* cx, JSObject* object)
 {
     if (m_jsObject || !JS_SetPrivate(cx, object, this))
         return false;
-    m_jsObject = object;
-    m_context = cx;
+    SetJSObject(cx, object);
     m_isChild = m_isUnnamed = m_dynamic = false;
     return true;
 }
@@ -253,28 +250,15 @@ void CJScriptLink::ObjectFinalized(JSContext* cx, JSObject* object)
     if (object != m_jsObject)
         return;
     if (m_announcedBytes)
-        JS_RemoveNativeMemory(cx, object, std::exchange(m_announcedBytes, 0));
+        JS_RemoveNativeMemory(cx, object, m_announcedBytes);
     m_jsObject = nullptr;
     m_context = nullptr;
-    if (!m_dynamic || m_scopeDelete)
+    if (!m_dynamic || m_scopeDelete) {
+        m_announcedBytes = 0;
         return;
+    }
     m_dynamic = false;
-    JS_CallAfterNative(
-        cx,
-        [](void* data) {
-            auto* const link = static_cast<CJScriptLink*>(data);
-            link->m_deletion = 0;
-            wxAppConsole* const app = wxAppConsole::GetInstance();
-            // A window may be in the middle of an event, or have some on their way. A running application deletes it
-            // when it is idle; all else can go now, and memory does not wait for the end of a long script.
-            if (!link->m_isEventHandler || !app) {
-                delete link->m_owner;
-                return;
-            }
-            link->m_deletion = Scheduled;
-            app->ScheduleForDestruction(link->m_owner);
-        },
-        this, &m_deletion);
+    DeleteOwnerLater(cx);
 }
 
 bool CJScriptLink::ProcessEvent(wxEvent& event)

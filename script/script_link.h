@@ -22,8 +22,10 @@ class CJScriptLinkClass;
 /// constructor. It is also the base of all script classes: its table holds the functions that every script object has.
 ///
 /// A native object made by the host is the host's: when it goes, its script object stays as an empty shell. One made by
-/// script belongs to its script object and is deleted after the collection that found that dead, at the latest with the
-/// context in which it was made, whoever holds it then; a window as soon as the running application is idle.
+/// script belongs to its script object, which ends at the latest with the context in which it was made, whoever holds
+/// it then. After the collection that found the script object dead, the running application deletes the native one when
+/// it is idle (wxAppConsole::ScheduleForDestruction). It goes right then when there is no application with an event
+/// loop, when the context is another thread's than the main one, and when newer ones that wait take 16 MB.
 ///
 /// Declare the link behind all fields that script can read: its destructor calls the on-destroy functions, which see
 /// the object as it is then. A class that cannot have it there, or whose own destructor changes the object, calls
@@ -206,6 +208,19 @@ private:
         std::vector<JSFunction*> onDestroy; ///< To be called; all are in `kept` too.
     };
 
+    /// How far the deletion of the native object has come.
+    enum class Deletion : std::uint8_t
+    {
+        None,
+        AtSafePoint, ///< The engine has been asked for a call when nothing uses the object.
+        Waiting,     ///< Among those that the application deletes when it is idle.
+        Scheduled    ///< A window, in the application's own list.
+    };
+
+    void DeleteOwnerLater(JSContext* cx);
+    void DeleteOwner();
+    void CancelDeletion();
+    void SetJSObject(JSContext* cx, JSObject* object);
     bool Attach(JSContext* cx, JSObject* object);
     void SetName(const wxString& name);
     bool CallWith(JSFunction* function, bool& result, int argc, jsval* argv);
@@ -217,11 +232,12 @@ private:
     JSContext* m_context = nullptr;
     std::unique_ptr<wxString> m_name; ///< Null for a child: the made-up one.
     std::unique_ptr<Functions> m_functions;
-    JSCallTicket m_deletion = 0; ///< Of the coming deletion of the native object; 0: none.
+    JSCallTicket m_deletionTicket = 0; ///< By which the coming deletion is taken back.
     std::size_t m_announcedBytes = 0;
     bool m_isChild = false;   ///< A property of another link's object.
     bool m_isUnnamed = false; ///< Made because it is a property of another class: the first name given becomes its own.
     bool m_dynamic = false;
     bool m_scopeDelete = false;
     bool m_isEventHandler = false;
+    Deletion m_deletion = Deletion::None;
 };

@@ -17,6 +17,16 @@ namespace
 
 const wxString Desynchronised = wxS("CJScriptLink PopEventHandler de-synchronisation !!!");
 
+/// A scriptable object that is no window.
+class Counted : public qxjsMinimal
+{
+public:
+    Counted() { ++ms_alive; }
+    ~Counted() override { --ms_alive; }
+
+    static inline int ms_alive = 0;
+};
+
 class WindowEventsTest : public testing::Test
 {
 protected:
@@ -166,6 +176,16 @@ TEST_F(WindowEventsTest, AWindowOfScriptMayGoBeforeTheApplicationIsIdle)
     EXPECT_FALSE(wxTheApp->IsScheduledForDestruction(owned));
     wxTheApp->ProcessIdle();
     EXPECT_TRUE(log.Errors().empty());
+}
+
+TEST_F(WindowEventsTest, AnObjectOfScriptGoesWhenTheApplicationIsIdle)
+{
+    ASSERT_TRUE(script->CreateChildDynamic((new Counted)->GetJSLink()));
+    EXPECT_EQ(Counted::ms_alive, 1);
+    JS_GC(script->GetContext());
+    EXPECT_EQ(Counted::ms_alive, 1);
+    wxTheApp->ProcessIdle();
+    EXPECT_EQ(Counted::ms_alive, 0);
 }
 
 TEST_F(WindowEventsTest, TheWindowMayGoFirst)
