@@ -26,7 +26,7 @@ VC_QXPARSER_API JSBool JS_AddRoot(JSContext* cx, void* rp);
 VC_QXPARSER_API JSBool JS_AddNamedRoot(JSContext* cx, void* rp, const char* name);
 ///@}
 
-/// True also when there was no such root.
+/// True also when there was no such root, or not any more since the thread's engine has ended.
 VC_QXPARSER_API JSBool JS_RemoveRoot(JSContext* cx, void* rp);
 
 ///@{

@@ -104,6 +104,9 @@ JSBool JS_AddRoot(JSContext* cx, void* rp)
 
 JSBool JS_RemoveRoot(JSContext* cx, void* rp)
 {
+    // Static objects that hold roots go after the thread's engine, which has taken its roots along.
+    if (cx && !cx->thread.load(std::memory_order_relaxed))
+        return JS_TRUE;
     ThreadState* t = UsableInFinalizer(cx, __func__);
     if (!t)
         return JS_FALSE;

@@ -35,6 +35,19 @@ TEST_F(EngineThread, ACallFromAnotherThreadIsRefusedAndTouchesNothing)
     EXPECT_EQ(Show("1 + 1"), "2");
 }
 
+TEST_F(EngineThread, RootsThatEndedWithTheirThreadMayBeRemoved)
+{
+    JSContext* context = nullptr;
+    jsval word = JSVAL_NULL;
+    std::thread([&] {
+        context = JS_NewContext(nullptr, 8192);
+        EXPECT_TRUE(JS_AddRoot(context, &word));
+    }).join();
+    EXPECT_TRUE(JS_RemoveRoot(context, &word));
+    EXPECT_TRUE(TakeMisuse().empty());
+    JS_DestroyContext(context);
+}
+
 TEST_F(EngineThread, ThreadsRunTheirOwnContextsAtTheSameTime)
 {
     std::vector<std::thread> threads;
