@@ -13,9 +13,9 @@ namespace
 // statics would live. All but the registered classes are guarded by the engine lock.
 
 /// The descriptors that have a record for some context.
-std::vector<CJScriptLinkClass*>& DeclaredClasses()
+CArrayJSClassInfo& DeclaredClasses()
 {
-    static auto* const classes = new std::vector<CJScriptLinkClass*>;
+    static auto* const classes = new CArrayJSClassInfo;
     return *classes;
 }
 
@@ -27,9 +27,9 @@ std::mutex& RegistrationLock()
 }
 
 /// The classes that modules have registered.
-std::vector<CJScriptLinkClass*>& RegisteredClasses()
+CArrayJSClassInfo& RegisteredClasses()
 {
-    static auto* const classes = new std::vector<CJScriptLinkClass*>;
+    static auto* const classes = new CArrayJSClassInfo;
     return *classes;
 }
 
@@ -54,9 +54,9 @@ bool IsDue(const Queued& queued)
            (!link.GetJSObject() || JS_IsAboutToBeFinalized(link.GetContext(), link.GetJSObject()));
 }
 
-template <typename Item> void Remove(std::vector<Item>& items, const Item& item)
+void Remove(CArrayJSClassInfo& classes, CJScriptLinkClass* cls)
 {
-    items.erase(std::remove(items.begin(), items.end(), item), items.end());
+    classes.erase(std::remove(classes.begin(), classes.end(), cls), classes.end());
 }
 
 } // namespace
@@ -216,6 +216,12 @@ void CJScriptLinkClass::UnregisterJSClass(CJScriptLinkClass* cls)
     Remove(RegisteredClasses(), cls);
 }
 
+CArrayJSClassInfo CJScriptLinkClass::GetRegisteredClasses()
+{
+    const std::lock_guard<std::mutex> lock(RegistrationLock());
+    return RegisteredClasses();
+}
+
 bool CJScriptLinkClass::DeclareJSClass(JSContext* cx, CJScriptLinkClass* cls)
 {
     const wxThreadCriticalSectionLocker lock(CJScript::EngineLock());
@@ -226,13 +232,8 @@ bool CJScriptLinkClass::DeclareJSClass(JSContext* cx, CJScriptLinkClass* cls)
 bool CJScriptLinkClass::DeclareGlobal(CJScriptLink* global)
 {
     const wxThreadCriticalSectionLocker lock(CJScript::EngineLock());
-    std::vector<CJScriptLinkClass*> registered;
-    {
-        const std::lock_guard<std::mutex> listLock(RegistrationLock());
-        registered = RegisteredClasses();
-    }
     bool declared = true;
-    for (CJScriptLinkClass* cls : registered)
+    for (CJScriptLinkClass* cls : GetRegisteredClasses())
         declared = DeclareJSClass(global->GetContext(), cls) && declared;
     return declared;
 }

@@ -4,6 +4,7 @@
 #include "engine/jsapi.h"
 #include "script/class_map.h"
 
+#include <wx/dynarray.h>
 #include <wx/event.h>
 #include <wx/hashmap.h>
 #include <wx/string.h>
@@ -30,6 +31,12 @@ struct CJSLinkClassContext
     JSClass jsClass;               ///< the class as the engine knows it there
     JSObject* prototype = nullptr; ///< Rooted while it is set.
 };
+
+/// A class's records, one a context.
+using CArrayJSLinkClassContext = std::vector<std::unique_ptr<CJSLinkClassContext>>;
+
+/// Descriptors of classes, which are not owned.
+WX_DEFINE_ARRAY_PTR(CJScriptLinkClass*, CArrayJSClassInfo);
 
 /// From an event's type to the name of the script function that handles it.
 WX_DECLARE_HASH_MAP(int, wxString, wxIntegerHash, wxIntegerEqual, CHaspEvt);
@@ -145,6 +152,8 @@ public:
     static bool RegisterJSClass(CJScriptLinkClass* cls);
     static void UnregisterJSClass(CJScriptLinkClass* cls);
     ///@}
+    /// Those that are registered now, in the order in which they were.
+    static CArrayJSClassInfo GetRegisteredClasses();
 
     /// Makes a class known in a context: its constructor where there is a global object, else only what every object of
     /// the class needs. False on failure.
@@ -186,5 +195,5 @@ private:
     JSNative m_primaryNative = nullptr;
     unsigned int m_maxArgs = 0;
     CHaspEvt m_events;
-    std::vector<std::unique_ptr<CJSLinkClassContext>> m_contexts;
+    CArrayJSLinkClassContext m_contexts;
 };

@@ -1,0 +1,106 @@
+#include "script/script_values.h"
+#include "tests/script/class_fixture.h"
+
+#include <algorithm>
+
+namespace
+{
+
+JSBool Seven(JSContext*, JSObject*, uintN, jsval*, jsval* rval)
+{
+    *rval = INT_TO_JSVAL(7);
+    return JS_TRUE;
+}
+
+class ClassRegistryTest : public ClassTest
+{
+protected:
+    static std::ptrdiff_t TimesRegistered(CJScriptLinkClass& cls)
+    {
+        const CArrayJSClassInfo registered = CJScriptLinkClass::GetRegisteredClasses();
+        return std::count(registered.begin(), registered.end(), &cls);
+    }
+};
+
+TEST_F(ClassRegistryTest, AClassIsRegisteredOnceAndListedBehindTheOthers)
+{
+    Table& table = Make("Listed", nullptr, {});
+    EXPECT_EQ(TimesRegistered(table.cls), 0);
+    EXPECT_TRUE(CJScriptLinkClass::RegisterJSClass(&table.cls));
+    EXPECT_TRUE(CJScriptLinkClass::RegisterJSClass(&table.cls));
+    EXPECT_EQ(TimesRegistered(table.cls), 1);
+    EXPECT_EQ(CJScriptLinkClass::GetRegisteredClasses().Last(), &table.cls);
+    CJScriptLinkClass::UnregisterJSClass(&table.cls);
+    CJScriptLinkClass::UnregisterJSClass(&table.cls);
+    EXPECT_EQ(TimesRegistered(table.cls), 0);
+}
+
+TEST_F(ClassRegistryTest, TheLibrarysOwnClassesAreRegisteredFromTheStart)
+{
+    for (CJScriptLinkClass* const cls : {&qxjsPointer::ms_JSClass, &qxjsSize_t::ms_JSClass, &qxjsMinimal::ms_JSClass})
+        EXPECT_EQ(TimesRegistered(*cls), 1) << cls->GetMap()->name;
+}
+
+TEST_F(ClassRegistryTest, AClassThatEndsIsNoLongerRegistered)
+{
+    const size_t before = CJScriptLinkClass::GetRegisteredClasses().size();
+    {
+        Table table("Passing", nullptr, {});
+        CJScriptLinkClass::RegisterJSClass(&table.cls);
+        EXPECT_EQ(CJScriptLinkClass::GetRegisteredClasses().size(), before + 1);
+    }
+    EXPECT_EQ(CJScriptLinkClass::GetRegisteredClasses().size(), before);
+}
+
+TEST_F(ClassRegistryTest, WhatIsRegisteredLaterIsDeclaredWithTheGlobalOnDemand)
+{
+    Table& table = Make("Late", nullptr, {JSMapEntry(&Seven, 0)});
+    CJScriptLinkClass::RegisterJSClass(&table.cls);
+    EXPECT_EQ(Show("typeof Late"), "undefined");
+    EXPECT_TRUE(CJScriptLinkClass::DeclareGlobal(Global()));
+    EXPECT_EQ(Show("typeof Late"), "function");
+}
+
+TEST_F(ClassRegistryTest, AContextsPrototypesAreForgottenAndMadeAnew)
+{
+    Table& table = Make("Renewed", nullptr, {});
+    JSObject* const first = table.cls.CreateProto(Context(), false);
+    ASSERT_NE(first, nullptr);
+    CJScriptLinkClass::DestroyContextProto(Context());
+    EXPECT_EQ(table.cls.GetClassContext(Context())->prototype, nullptr);
+    EXPECT_EQ(table.cls.GetClassContext(Context())->context, Context());
+    EXPECT_NE(table.cls.CreateProto(Context(), false), nullptr);
+}
+
+TEST_F(ClassRegistryTest, FunctionsMayBeAddedToWhatTheTableSays)
+{
+    Table& table = Make("More", nullptr, {});
+    table.cls.AddFuncSpec("seven", &Seven, 3);
+    Child("part", table.cls);
+    EXPECT_EQ(Show("part.seven() + '|' + part.seven.length"), "7|3");
+}
+
+TEST_F(ClassRegistryTest, AStaticPropertyHasNoNativeObjectToReadFrom)
+{
+    Table& table = Make("Static", nullptr, {JSMapEntry(&Seven, 0)});
+    table.cls.AddStaticPropSpec("number", 1, JSPROP_ENUMERATE);
+    ASSERT_TRUE(CJScriptLinkClass::DeclareJSClass(Context(), &table.cls));
+    EXPECT_EQ(Show("'number' in Static"), "true");
+    EXPECT_EQ(Show("Static.number"), "(failed)");
+    EXPECT_EQ(Show("'number' in Static.prototype"), "false");
+}
+
+TEST_F(ClassRegistryTest, AValueIsReadByItsRow)
+{
+    Table& table = Make("Row", nullptr, NumberRows(2));
+    Part& part = Child("part", table.cls);
+    part.m_number = 12;
+    JSMapEntry* const row = table.cls.FindEntry(INT_TO_JSVAL(2), true);
+    ASSERT_NE(row, nullptr);
+    jsval value = JSVAL_VOID;
+    ASSERT_TRUE(table.cls.GetEntryValue(Context(), row, part.GetJSLink(), &value));
+    ASSERT_TRUE(JSVAL_IS_DOUBLE(value));
+    EXPECT_EQ(*JSVAL_TO_DOUBLE(value), 12);
+}
+
+} // namespace
