@@ -12,6 +12,9 @@ namespace qxjs
 namespace
 {
 constexpr std::size_t kSeen = ScriptCache::kEntries;
+// A host that goes round more texts than there is room for always misses the one that was dropped last. So a new text
+// drops the oldest only one time in eight: most that are kept stay, and texts that come from now on are soon in.
+constexpr unsigned kOddsOfNew = 3;
 
 std::uint64_t MixWord(std::uint64_t hash, std::uint64_t word)
 {
@@ -73,8 +76,20 @@ std::uint64_t ScriptCache::Hash(std::u16string_view text, const Place& place)
     // A tagged template's array of strings is made once a script, which a second run would show.
     if (text.find(u'`') != std::u16string_view::npos)
         return nullptr;
-    worth_keeping = IsSecondSight(hash);
+    worth_keeping = IsSecondSight(hash) && (HasRoomFor(text) || Toss(kOddsOfNew));
     return nullptr;
+}
+
+bool ScriptCache::HasRoomFor(std::u16string_view text) const
+{
+    return m_entries.size() < kEntries && m_text_units + text.size() <= kTextUnits;
+}
+
+// True once in 2^bits times.
+bool ScriptCache::Toss(unsigned bits)
+{
+    m_dice = m_dice * 1664525 + 1013904223;
+    return m_dice >> (32 - bits) == 0;
 }
 
 // Only a text that comes again is kept; those that never do cost nothing but a mark. Two texts with one place for
@@ -87,8 +102,7 @@ bool ScriptCache::IsSecondSight(std::uint64_t hash)
     const auto half = static_cast<std::uint32_t>(hash >> 32);
     if (mark == half)
         return true;
-    m_dice = m_dice * 1664525 + 1013904223;
-    if (mark == 0 || m_dice >> 31 != 0)
+    if (mark == 0 || Toss(1))
         mark = half;
     return false;
 }

@@ -31,9 +31,8 @@ public:
     void Trace(JSTracer* trc);
     std::size_t CountScripts() const { return m_entries.size(); }
 
-    // A small script takes half a kilobyte. A program that goes round more texts than these compiles all of them anew
-    // each time, so there is room for any set of templates that people write by hand.
-    static constexpr std::size_t kEntries = 4096;
+    // A small script takes half a kilobyte, and there is room for any set of templates that people write by hand.
+    static constexpr std::size_t kEntries = 8192;
     static constexpr std::size_t kTextUnits = 512 * 1024;
     static constexpr std::size_t kLongestText = 4096;
 
@@ -55,6 +54,8 @@ private:
     using Entries = std::list<Cached>;
 
     bool IsSecondSight(std::uint64_t hash);
+    bool HasRoomFor(std::u16string_view text) const;
+    bool Toss(unsigned bits);
     static std::uint64_t Hash(std::u16string_view text, const Place& place);
     void DropOldest();
 

@@ -17,10 +17,10 @@ using qxjs::ScriptCache;
 }
 
 // Looks the texts up in turn, as a host with a template does, and says how many had to be compiled.
-std::size_t CountCompiled(ScriptCache& cache, std::size_t texts)
+std::size_t CountCompiled(ScriptCache& cache, std::size_t texts, std::size_t first = 0)
 {
     std::size_t compiled = 0;
-    for (std::size_t i = 0; i < texts; ++i) {
+    for (std::size_t i = first; i < first + texts; ++i) {
         std::u16string text;
         for (char digit : std::to_string(i))
             text += static_cast<char16_t>(digit);
@@ -43,6 +43,27 @@ TEST(ScriptCacheTest, AThousandTextsInTurnAreSoonCompiledNoMore)
     for (int round = 0; round < 30; ++round)
         CountCompiled(cache, 1000);
     EXPECT_EQ(CountCompiled(cache, 1000), 0u);
+}
+
+TEST(ScriptCacheTest, OfMoreTextsInTurnThanItHoldsMostAreFound)
+{
+    ScriptCache cache;
+    constexpr std::size_t texts = ScriptCache::kEntries * 5 / 4;
+    for (int round = 0; round < 30; ++round)
+        CountCompiled(cache, texts);
+    EXPECT_EQ(cache.CountScripts(), ScriptCache::kEntries);
+    EXPECT_LT(CountCompiled(cache, texts), texts * 2 / 5);
+}
+
+TEST(ScriptCacheTest, TextsThatComeFromNowOnTakeThePlacesOfOldOnes)
+{
+    ScriptCache cache;
+    for (int round = 0; round < 30; ++round)
+        CountCompiled(cache, ScriptCache::kEntries * 2);
+    EXPECT_EQ(cache.CountScripts(), ScriptCache::kEntries);
+    for (int round = 0; round < 120; ++round)
+        CountCompiled(cache, 1000, 1000000);
+    EXPECT_EQ(CountCompiled(cache, 1000, 1000000), 0u);
 }
 
 TEST(ScriptCacheTest, ItHoldsNoMoreScriptsThanItsLimit)
