@@ -90,6 +90,31 @@ TEST_F(ClassRegistryTest, AStaticPropertyHasNoNativeObjectToReadFrom)
     EXPECT_EQ(Show("'number' in Static.prototype"), "false");
 }
 
+TEST_F(ClassRegistryTest, AClassKeepsLinksNoLongerOnceADynamicObjectIsMade)
+{
+    Table& table = Make("Keeping", nullptr, {});
+    table.cls.SetKeepPrivate(true);
+    Part part(table.cls);
+    ASSERT_TRUE(part.GetJSLink()->CreateObjectDynamic(Context()));
+    EXPECT_TRUE(part.GetJSLink()->IsDynamic());
+    EXPECT_EQ(part.GetJSLink()->GetParent(), nullptr);
+    EXPECT_TRUE(part.GetJSLink()->DeleteObject());
+    EXPECT_FALSE(part.GetJSLink()->IsCreated());
+}
+
+TEST_F(ClassRegistryTest, WithoutAContextNoObjectIsMade)
+{
+    Table& table = Make("Nowhere", nullptr, {});
+    Part part(table.cls);
+    Part parent(table.cls);
+    ASSERT_TRUE(script.CreateChild(parent.GetJSLink(), Global(), "parent", false, false));
+    EXPECT_FALSE(part.GetJSLink()->CreateObjectDynamic(nullptr));
+    EXPECT_FALSE(part.GetJSLink()->CreateObject(nullptr, parent.GetJSLink(), "part", false, true));
+    EXPECT_FALSE(part.GetJSLink()->IsCreated());
+    EXPECT_FALSE(part.GetJSLink()->IsDynamic());
+    EXPECT_EQ(part.GetJSLink()->GetContext(), nullptr);
+}
+
 TEST_F(ClassRegistryTest, AValueIsReadByItsRow)
 {
     Table& table = Make("Row", nullptr, NumberRows(2));
