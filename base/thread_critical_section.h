@@ -4,7 +4,6 @@
 
 #include <atomic>
 #include <mutex>
-#include <thread>
 
 /// A critical section for the threads of one process. The thread inside may enter again (an evaluation that holds the
 /// section can lead back to it); it is out when it has left as often.
@@ -29,8 +28,8 @@ private:
     bool IsInside() const;
 
     std::mutex m_mutex;
-    std::atomic<std::thread::id> m_inside{}; ///< The thread that is; only that one finds itself here.
-    unsigned int m_entered = 0;              ///< How often.
+    std::atomic<const void*> m_inside{nullptr}; ///< The thread that is; only that one finds itself here.
+    unsigned int m_entered = 0;                 ///< How often.
 };
 
 /// Is inside a critical section for its lifetime.

@@ -295,8 +295,10 @@ std::size_t JS_GetMemoryLimit(JSContext* cx)
 
 void JS_SetStackQuota(JSContext* cx, std::size_t bytes)
 {
-    if (ThreadState* t = Usable(cx, __func__))
+    if (ThreadState* t = Usable(cx, __func__)) {
         t->stack_quota = bytes;
+        t->stack_quota_from = 0;
+    }
 }
 
 void JS_RequestInterrupt(JSContext* cx)

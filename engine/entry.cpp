@@ -104,7 +104,8 @@ void Entry::Leave()
         StayInDefaultRealm(t);
     if (m_kind == EntryKind::Run && t.AtRest())
         t.locals.KeepNewest(kResultsKept);
-    RunSafePoint(t);
+    if (t.SafePointDue())
+        RunSafePoint(t);
 }
 
 // The limits end before the report, or a reporter that evaluates would be stopped at once.
@@ -129,7 +130,6 @@ void Entry::RunJobs()
     ThreadState& t = *m_thread;
     if (!t.may_have_jobs) {
         ReportStop();
-        ::JS_ClearPendingException(t.engine);
         return;
     }
     if (!m_stopped) {

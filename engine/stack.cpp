@@ -38,8 +38,11 @@ ThreadStack MeasureStack()
 
 void SetStackQuota(ThreadState& t)
 {
-    const ThreadStack& stack = t.stack;
     const auto here = reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0));
+    if (here == t.stack_quota_from)
+        return; // as from a host's loop
+    t.stack_quota_from = here;
+    const ThreadStack& stack = t.stack;
     const std::size_t used = stack.base > here ? stack.base - here : 0;
     const std::size_t usable = stack.size > Reserve(stack.size) ? stack.size - Reserve(stack.size) : stack.size / 2;
     // At least a little, so that a host this deep gets "too much recursion" from its script and not from nothing.

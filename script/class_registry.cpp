@@ -3,6 +3,7 @@
 #include "script/script_link.h"
 
 #include <algorithm>
+#include <atomic>
 #include <mutex>
 #include <thread>
 
@@ -44,6 +45,15 @@ std::vector<Queued>& ScopeList()
 {
     static auto* const links = new std::vector<Queued>;
     return *links;
+}
+
+/// Whether any link is queued. Asked behind every evaluation, without the lock: what this thread has queued it sees.
+std::atomic<bool> g_isAnyQueued{false};
+
+void EraseFromScopeList(std::vector<Queued>::iterator queued)
+{
+    ScopeList().erase(queued);
+    g_isAnyQueued = !ScopeList().empty();
 }
 
 /// Whether the object can go when no script runs: it is this thread's, and nothing of the host holds it.
@@ -245,6 +255,7 @@ void CJScriptLinkClass::AddToScopeList(CJScriptLink* link)
         return;
     link->m_scopeDelete = true;
     ScopeList().push_back({link, std::this_thread::get_id()});
+    g_isAnyQueued = true;
 }
 
 void CJScriptLinkClass::RemoveFromScopeList(CJScriptLink* link)
@@ -252,16 +263,18 @@ void CJScriptLinkClass::RemoveFromScopeList(CJScriptLink* link)
     const wxThreadCriticalSectionLocker lock(CJScript::EngineLock());
     link->m_scopeDelete = false;
     auto& links = ScopeList();
-    links.erase(std::remove_if(links.begin(), links.end(), [&](const Queued& queued) { return queued.link == link; }),
-                links.end());
+    const auto queued =
+        std::find_if(links.begin(), links.end(), [&](const Queued& other) { return other.link == link; });
+    if (queued != links.end())
+        EraseFromScopeList(queued);
 }
 
 void CJScriptLinkClass::GCScopeList()
 {
+    if (!g_isAnyQueued)
+        return;
     const wxThreadCriticalSectionLocker lock(CJScript::EngineLock());
     auto& links = ScopeList();
-    if (links.empty())
-        return;
     // Contexts of a thread share objects, and a native below any running script may be using one that has no script
     // object (any more).
     if (CJScript::IsRunning())
@@ -270,7 +283,7 @@ void CJScriptLinkClass::GCScopeList()
     for (auto due = std::find_if(links.begin(), links.end(), IsDue); due != links.end();
          due = std::find_if(links.begin(), links.end(), IsDue)) {
         wxObject* const owner = due->link->GetRootObject();
-        links.erase(due);
+        EraseFromScopeList(due);
         delete owner;
     }
 }
