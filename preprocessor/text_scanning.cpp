@@ -125,8 +125,6 @@ long FindOutsideStrings(const Span& text, const Span& what)
     return endsInBoundary ? static_cast<long>(text.Length()) : -1;
 }
 
-// --- String literals ---
-
 /// Replaces "\t" and "\n" in the contents of a quoted string; all other backslashes stay.
 wxString UnescapeBlanks(const Span& text)
 {
