@@ -142,7 +142,7 @@ while read -r kind n options; do
   large=$((best - start))
   awk -v kind="$kind" -v n="$n" -v small="$small" -v large="$large" -v highest="$highest" 'BEGIN {
     ratio = small > 0 ? large / small : 0
-    printf "%-24s %9d %9d %9d %6.2f%s\n", kind, n, small, large, ratio, ratio > highest ? "  too high" : ""
-    exit ratio > highest }' || failures=$((failures + 1))
+    printf "%-24s %9d %9d %9d %6.2f%s\n", kind, n, small, large, ratio, (ratio > highest ? "  too high" : "")
+    exit (ratio > highest) }' || failures=$((failures + 1))
 done <<< "$kinds"
 [ "$failures" -eq 0 ]
