@@ -1,7 +1,6 @@
 #include "preprocessor/define_table.h"
 
 #include <functional>
-#include <utility>
 
 namespace
 {
@@ -19,6 +18,13 @@ std::wstring_view View(const wxString& name)
 }
 
 } // namespace
+
+void _DefineInfo::Swap(_DefineInfo& other)
+{
+    params.swap(other.params);
+    value.swap(other.value);
+    origin.swap(other.origin);
+}
 
 /// The slot of a name, or the free one where it would be put; there must be a free one.
 size_t CMapStringToDefineInfo::SlotOf(size_t hash, std::wstring_view name) const
@@ -44,31 +50,33 @@ const _DefineInfo* CMapStringToDefineInfo::Find(std::wstring_view name) const
 
 _DefineInfo& CMapStringToDefineInfo::operator[](std::wstring_view name)
 {
-    _DefineInfo* const found = Find(name);
-    return found ? *found : Add(wxString(name.data(), name.size()), {});
+    if (_DefineInfo* const found = Find(name))
+        return *found;
+    _DefineInfo empty;
+    return Add(wxString(name.data(), name.size()), empty);
 }
 
-_DefineInfo& CMapStringToDefineInfo::Add(wxString name, _DefineInfo define)
+_DefineInfo& CMapStringToDefineInfo::Add(const wxString& name, _DefineInfo& define)
 {
     // Above three quarters, the runs of slots that are taken become long.
     if ((m_count + 1) * 4 > m_slots.size() * 3)
         Grow();
     const size_t hash = HashOf(View(name));
     const size_t slot = SlotOf(hash, View(name));
-    m_slots[slot] = {hash, MakeEntry(std::move(name), std::move(define))};
+    Entry* const entry = MakeEntry();
+    entry->name = name;
+    entry->define.Swap(define);
+    m_slots[slot] = {hash, entry};
     ++m_count;
-    return m_slots[slot].entry->define;
+    return entry->define;
 }
 
-CMapStringToDefineInfo::Entry* CMapStringToDefineInfo::MakeEntry(wxString name, _DefineInfo define)
+CMapStringToDefineInfo::Entry* CMapStringToDefineInfo::MakeEntry()
 {
-    if (m_erased.empty()) {
-        m_entries.push_back({std::move(name), std::move(define)});
-        return &m_entries.back();
-    }
+    if (m_erased.empty())
+        return &m_entries.emplace_back();
     Entry* const entry = m_erased.back();
     m_erased.pop_back();
-    *entry = {std::move(name), std::move(define)};
     return entry;
 }
 

@@ -16,6 +16,9 @@ struct _DefineInfo
     wxArrayString params; ///< The parameter names; empty for a define without parameters.
     wxString value;       ///< The value, in which the defines it mentions are already replaced.
     wxString origin;      ///< Where it was defined (see CParserUnit::GetContext); empty for a define of the host.
+
+    /// Exchanges two defines without a copy; moving one would copy its texts.
+    void Swap(_DefineInfo& other);
 };
 
 /// From a define's name to the define. A name is looked up where it stands in a text, without a copy of it.
@@ -45,8 +48,8 @@ public:
     /// The define of this name; an empty one is made when there is none.
     _DefineInfo& operator[](std::wstring_view name);
 
-    /// Adds a define of a name that has none.
-    _DefineInfo& Add(wxString name, _DefineInfo define);
+    /// Adds a define of a name that has none. What it stands for is taken out of `define`.
+    _DefineInfo& Add(const wxString& name, _DefineInfo& define);
 
     /// Removes a define.
     /// @return whether there was one.
@@ -72,7 +75,7 @@ private:
 
     size_t SlotOf(size_t hash, std::wstring_view name) const;
     size_t Following(size_t slot) const { return (slot + 1) & (m_slots.size() - 1); }
-    Entry* MakeEntry(wxString name, _DefineInfo define);
+    Entry* MakeEntry();
     void Grow();
 
     std::vector<Slot> m_slots; ///< A power of two of them, or none. A define stands in or behind the slot of its hash.

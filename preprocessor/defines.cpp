@@ -9,7 +9,6 @@
 #include <string>
 #include <string_view>
 #include <unordered_set>
-#include <utility>
 
 namespace
 {
@@ -50,9 +49,10 @@ std::wstring_view DefinedName(const wchar_t* at, const wchar_t* end)
 void CPreprocessor::AddDefine(const wxString& name, const wxString& value, wxArrayString params)
 {
     const _DefineInfo* const known = m_defines.Find(Name(name));
-    if (!known)
-        m_defines.Add(name, {std::move(params), value, wxString()});
-    else if (known->value != value)
+    if (!known) {
+        _DefineInfo define{params, value, wxString()};
+        m_defines.Add(name, define);
+    } else if (known->value != value)
         Fail(wxString::Format(wxS("\"%s\" already defined in %s (%s was %s)!"), name, known->origin, value,
                               known->value),
              nullptr);
@@ -151,7 +151,7 @@ long CPreprocessor::DirectiveDefine(_DirectiveLine& line)
     }
     const _DefineInfo* const known = m_defines.Find(Name(name));
     if (!known)
-        m_defines.Add(std::move(name), std::move(define));
+        m_defines.Add(name, define);
     else if (known->value != define.value)
         return Fail(wxString::Format(wxS("\"%s\" already defined in %s (%s was %s) !"), name, known->origin,
                                      define.value, known->value),
@@ -181,7 +181,7 @@ long CPreprocessor::DirectiveRedefine(_DirectiveLine& line)
     if (result == 1)
         KeepDefine(line, name, define);
     else
-        *known = std::move(define);
+        known->Swap(define);
     return 0;
 }
 
