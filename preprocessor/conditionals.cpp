@@ -15,8 +15,6 @@
 namespace
 {
 
-constexpr const wchar_t* DefinedWord = L"defined";
-
 std::wstring_view NameBehind(const _DirectiveLine& line)
 {
     const wchar_t* const name = text_detail::SkipBlanks(line.rest, line.end);

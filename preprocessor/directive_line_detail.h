@@ -28,5 +28,8 @@ constexpr wchar_t DirectiveChar = L'#';
 constexpr wchar_t ScriptOpen = L'{';
 constexpr wchar_t ScriptClose = L'}';
 
+/// What asks in a script for a define.
+constexpr const wchar_t* DefinedWord = L"defined";
+
 /// The characters that TrimLeft and TrimRight take off lines and values.
 constexpr const wchar_t* TrimSet = L" \t\n\r";

@@ -107,14 +107,15 @@ long CPreprocessor::ApplyInlineScript(_DirectiveLine& line)
     if (replaced != 0 && !(replaced == 1 && m_partial))
         return -1;
     *line.next = stop + 1;
-    wxString expression = script;
-    if (replaced == 1 || PreprocessCondition(expression) == 1) {
+    wxString rewritten;
+    const bool hasDefined = script.find(DefinedWord) != wxString::npos;
+    if (replaced == 1 || (hasDefined && RewriteDefined(script, rewritten) == 1)) {
         line.output.append(line.at, stop + 1 - line.at);
         m_wasPartial = true;
         return 0;
     }
     wxString text;
-    if (!Scripts().inlineText.Evaluate(expression, text))
+    if (!Scripts().inlineText.Evaluate(hasDefined ? rewritten : script, text))
         return Fail(wxString::Format(wxS("%c%c : Can not evaluate script: %s"), DirectiveChar, ScriptOpen, script),
                     unit);
     if (!line.IsQuoting()) {

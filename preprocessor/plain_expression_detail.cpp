@@ -123,18 +123,15 @@ bool IsComparison(Operator op)
     return op >= Operator::Equal && op <= Operator::GreaterOrEqual;
 }
 
-/// The number that script makes of a value; nothing for texts other than plain decimal numbers.
-std::optional<double> ToNumber(const PlainValue& value)
+/// The number that script makes of a text; nothing for texts other than plain decimal numbers.
+std::optional<double> TextToNumber(const wxString& text)
 {
-    const auto* const text = std::get_if<wxString>(&value);
-    if (!text)
-        return NumberOf(value);
     constexpr size_t longest = 64;
     char digits[longest];
-    const size_t length = text->length();
+    const size_t length = text.length();
     if (length == 0 || length > longest)
         return length == 0 ? std::optional<double>(0) : std::nullopt;
-    const wchar_t* const chars = text->wx_str();
+    const wchar_t* const chars = text.wx_str();
     for (size_t i = 0; i < length; ++i) {
         const bool isSign = i == 0 && length > 1 && chars[i] == L'-';
         const bool isPoint = chars[i] == L'.' && i + 1 < length && i > 0;
@@ -145,6 +142,12 @@ std::optional<double> ToNumber(const PlainValue& value)
     double number = 0;
     const auto [parsed, error] = std::from_chars(digits, digits + length, number);
     return error == std::errc() && parsed == digits + length ? std::optional<double>(number) : std::nullopt;
+}
+
+std::optional<double> ToNumber(const PlainValue& value)
+{
+    const auto* const text = std::get_if<wxString>(&value);
+    return text ? TextToNumber(*text) : NumberOf(value);
 }
 
 /// Nothing where a text would have to become a number and is none.
