@@ -22,6 +22,16 @@ const CParserUnit* UnitOf(const _BlockPosition* position)
     return position ? position->m_unit : nullptr;
 }
 
+/// Adds to an array that may become long. By itself it grows by 4,096 texts at a time at most, copying all of them.
+void Append(wxArrayString& texts, const wxString& text)
+{
+    const size_t count = texts.size();
+    constexpr size_t smallest = 16;
+    if (count >= smallest && (count & (count - 1)) == 0)
+        texts.Alloc(2 * count);
+    texts.Add(text);
+}
+
 /// Gives a variable another value for as long as it lives.
 template <typename Value> class ScopedValue
 {
@@ -158,7 +168,7 @@ long CPreprocessor::SplitArguments(const wxString& name, const wchar_t*& at, con
         const wchar_t* argumentEnd = stop;
         line_scan_detail::Trim(start, argumentEnd);
         if (keepEmpty || start != argumentEnd)
-            arguments.Add(wxString(start, argumentEnd - start));
+            Append(arguments, wxString(start, argumentEnd - start));
         start = stop + 1;
     };
     bool nested = false;
