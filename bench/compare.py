@@ -105,19 +105,33 @@ def check(name, workload, commands):
 
 
 def measure(name, size, commands, rounds):
-    """The figures of each tool, run in turns."""
+    """The figures of each tool, run in turns; None for one that takes too long."""
     figures = {tool: [] for tool in commands}
     with tempfile.TemporaryDirectory() as folder:
         write(name, size, folder)
         for _ in range(rounds):
             for tool, command in commands.items():
-                figures[tool].append(run(command, folder))
+                if figures[tool] is not None:
+                    figures[tool] = add_run(figures[tool], command, folder)
     return figures
 
 
+def add_run(runs, command, folder):
+    """The runs with one more, None when that takes too long."""
+    try:
+        return runs + [run(command, folder)]
+    except subprocess.TimeoutExpired:
+        return None
+
+
 def print_rows(name, size, workload, figures):
+    if figures["qxp"] is None:
+        sys.exit(f"{name}: qxp takes more than {LONGEST} s")
     own = statistics.median(seconds for seconds, _ in figures["qxp"])
     for tool, runs in figures.items():
+        if runs is None:
+            print(f"|  | {tool} | more than {LONGEST} | - | - |", flush=True)
+            continue
         seconds = statistics.median(seconds for seconds, _ in runs)
         memory = "-" if runs[0][1] is None else f"{statistics.median(mib for _, mib in runs):.0f}"
         ratio = "" if tool == "qxp" else f"{own / seconds:.2f}"
