@@ -4,6 +4,7 @@
 
 #include "engine/jobs_detail.h"
 #include "engine/js_gc.h"
+#include "engine/late_children_detail.h"
 #include "engine/words_detail.h"
 
 namespace qxjs
@@ -22,20 +23,9 @@ JSContext* ContextForFinalizer(ThreadState& t)
     return t.contexts.empty() ? &t.hostless : t.contexts.front();
 }
 
-void FinalizeObject(JS::GCContext*, ::JSObject* obj)
-{
-    ThreadState* t = t_state;
-    if (!t)
-        return;
-    t->host_objects.Erase(obj);
-    const HostClass* host_class = ClassOf(obj);
-    if (host_class->members.finalize)
-        host_class->members.finalize(ContextForFinalizer(*t), Outer(obj));
-}
-
 void FinalizeGlobal(JS::GCContext* gcx, ::JSObject* obj)
 {
-    FinalizeObject(gcx, obj);
+    FinalizeHostObject(gcx, obj);
     delete JS::GetMaybePtrFromReservedSlot<RealmData>(obj, kRealmSlot);
 }
 
@@ -63,13 +53,25 @@ bool HasOnlyStubs(const JSClass& c)
 
 } // namespace
 
-const ::JSClassOps kObjectOps = {nullptr, nullptr,        nullptr, nullptr, nullptr,
-                                 nullptr, FinalizeObject, nullptr, nullptr, nullptr};
+const ::JSClassOps kObjectOps = {nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, FinalizeHostObject,
+                                 nullptr, nullptr, nullptr};
 const ::JSClassOps kGlobalOps = {nullptr,           nullptr,
                                  nullptr,           ::JS_NewEnumerateStandardClasses,
                                  ResolveGlobalName, ::JS_MayResolveStandardClass,
                                  FinalizeGlobal,    nullptr,
                                  nullptr,           TraceGlobal};
+
+void FinalizeHostObject(JS::GCContext*, ::JSObject* obj)
+{
+    ForgetLateChildren(obj);
+    ThreadState* t = t_state;
+    if (!t)
+        return;
+    t->host_objects.Erase(obj);
+    const HostClass* host_class = ClassOf(obj);
+    if (host_class->members.finalize)
+        host_class->members.finalize(ContextForFinalizer(*t), Outer(obj));
+}
 
 bool SameClass(const HostClass* found, const JSClass& clasp)
 {
@@ -99,9 +101,11 @@ HostClass* FindClass(ThreadState& t, const JSClass& clasp, bool is_global)
     made->members.name = made->name.c_str();
     made->is_global = is_global;
     made->engine_class.name = made->name.c_str();
-    made->engine_class.flags = is_global ? JSCLASS_GLOBAL_FLAGS | JSCLASS_FOREGROUND_FINALIZE
-                                         : JSCLASS_HAS_RESERVED_SLOTS(2) | JSCLASS_FOREGROUND_FINALIZE;
-    made->engine_class.cOps = is_global ? &kGlobalOps : &kObjectOps;
+    const bool has_late = !is_global && (clasp.flags & JSCLASS_HAS_LATE_CHILDREN) != 0;
+    const std::uint32_t slots = has_late ? kLateSlot + 1 : kParentSlot + 1;
+    made->engine_class.flags =
+        (is_global ? JSCLASS_GLOBAL_FLAGS : JSCLASS_HAS_RESERVED_SLOTS(slots)) | JSCLASS_FOREGROUND_FINALIZE;
+    made->engine_class.cOps = is_global ? &kGlobalOps : has_late ? &kLateParentOps : &kObjectOps;
     t.classes.push_back(std::move(made));
     return t.classes_seen[&clasp] = t.classes.back().get();
 }

@@ -26,6 +26,7 @@ bool SameClass(const HostClass* found, const JSClass& clasp);
 
 // What tells objects made by this interface.
 extern const ::JSClassOps kObjectOps;
+extern const ::JSClassOps kLateParentOps; // of classes with late children
 extern const ::JSClassOps kGlobalOps;
 inline bool IsOurGlobal(::JSObject* obj)
 {
@@ -35,7 +36,7 @@ inline bool IsOurGlobal(::JSObject* obj)
 inline const HostClass* ClassOf(::JSObject* obj)
 {
     const ::JSClass* engine_class = JS::GetClass(obj);
-    if (engine_class->cOps != &kObjectOps && engine_class->cOps != &kGlobalOps)
+    if (engine_class->cOps != &kObjectOps && engine_class->cOps != &kLateParentOps && engine_class->cOps != &kGlobalOps)
         return nullptr;
     return reinterpret_cast<const HostClass*>(engine_class);
 }
@@ -47,6 +48,9 @@ inline void* PrivateOf(::JSObject* obj)
 
 // A new global in the one compartment all globals of a thread share, so that objects pass between them as they are.
 ::JSObject* NewGlobalObject(ThreadState& t, HostClass& host_class);
+
+// The finalizer of the objects of hosts' classes.
+void FinalizeHostObject(JS::GCContext* gcx, ::JSObject* obj);
 
 // Sets up a new object of a class other than a global's.
 void InitHostObject(ThreadState& t, ::JSObject* obj, ::JSObject* parent);

@@ -7,6 +7,7 @@
 #include "engine/class_detail.h"
 #include "engine/entry_detail.h"
 #include "engine/js_gc.h"
+#include "engine/late_children_detail.h"
 #include "engine/words_detail.h"
 
 namespace qxjs
@@ -45,6 +46,9 @@ void ShowSurvivors(ThreadState& t, JSContext& cx)
 {
     if (!cx.survivor_hook)
         return;
+    // What is cut off now is still found by its name.
+    if (!DefineAllLateChildren(t))
+        ::JS_ClearPendingException(t.engine);
     t.collecting = true;
     t.host_objects.ForEach([&](void* obj) { cx.survivor_hook(&cx, static_cast<JSObject*>(obj)); });
     t.collecting = false;

@@ -3,6 +3,8 @@
 #include "base/api.h"
 #include "engine/js_types.h"
 
+#include <string>
+
 /// @file
 /// Classes, objects, properties, arrays.
 ///
@@ -11,7 +13,8 @@
 namespace qxjs
 {
 
-constexpr std::uint32_t JSCLASS_HAS_PRIVATE = 0x01; ///< every class has; accepted and ignored, like all flags
+constexpr std::uint32_t JSCLASS_HAS_PRIVATE = 0x01; ///< every class has; accepted and ignored, like other flags
+constexpr std::uint32_t JSCLASS_HAS_LATE_CHILDREN = 0x10000; ///< see JS_AddLateChild; not for globals
 
 /// What a class of objects does. The record is read when objects are made and may go away afterwards; records with
 /// equal members are the same class. The engine calls `finalize` only: each other hook must be null or its stub below,
@@ -19,7 +22,7 @@ constexpr std::uint32_t JSCLASS_HAS_PRIVATE = 0x01; ///< every class has; accept
 struct JSClass
 {
     const char* name;         ///< of the class, as instances print it
-    std::uint32_t flags;      ///< any
+    std::uint32_t flags;      ///< JSCLASS_...
     JSPropertyOp addProperty; ///< null or JS_PropertyStub
     JSPropertyOp delProperty; ///< null or JS_PropertyStub
     JSPropertyOp getProperty; ///< null or JS_PropertyStub
@@ -113,6 +116,31 @@ VC_QXPARSER_API JSBool JS_SetParent(JSContext* cx, JSObject* obj, JSObject* pare
 VC_QXPARSER_API JSObject* JS_GetPrototype(JSContext* cx, JSObject* obj);
 /// Gives the object another prototype, null for none. An error when that would make a circle.
 VC_QXPARSER_API JSBool JS_SetPrototype(JSContext* cx, JSObject* obj, JSObject* proto);
+
+/// What a host keeps of a late child; null pointers at first. It stays where it is as long as it waits.
+struct JSLateChild
+{
+    JSLateChild* previous = nullptr; ///< the one whose property comes before
+    JSLateChild* next = nullptr;     ///< the one whose property comes behind
+    JSObject* object = nullptr;      ///< what the property will be
+    const void* address = nullptr;   ///< what it is named after
+
+    /// Whether the property is still to be defined.
+    bool IsWaiting() const { return next != nullptr; }
+};
+
+/// The name of what is named after an address: "P", and the address as "%p" shows it.
+VC_QXPARSER_API std::string JS_AddressName(const void* address);
+
+/// Makes `child` an enumerable property of `obj`, named after `address`. Where the class of `obj` has the flag
+/// JSCLASS_HAS_LATE_CHILDREN the property is not defined before somebody looks at such names, lists or adds properties:
+/// an object with a million children that nobody finds by name costs neither names nor properties. Until then, or until
+/// JS_DropLateChild, `late` belongs to `obj`; nobody else can tell the difference, but for a property that script
+/// makes undeletable under an inherited name: that is listed in front of the children that wait.
+VC_QXPARSER_API JSBool JS_AddLateChild(JSContext* cx, JSObject* obj, JSObject* child, const void* address,
+                                       JSLateChild* late);
+/// Takes a child that waits away from its object, in finalizers too; nothing happens to one that does not wait.
+VC_QXPARSER_API void JS_DropLateChild(JSLateChild* late);
 
 /// Keeps `held` alive as long as `holder`, which must be of a host's class: at most one for each `index`, the last one
 /// given. Script does not see it; JS_ClearScope lets go of all.

@@ -101,10 +101,15 @@ CJSLinkClassContext* CJScriptLinkClass::GetClassContext(JSContext* cx)
     auto record = std::make_unique<CJSLinkClassContext>();
     record->context = cx;
     record->jsClass =
-        JSClass{m_map->name,     JSCLASS_HAS_PRIVATE, JS_PropertyStub, JS_PropertyStub, JS_PropertyStub,
-                JS_PropertyStub, JS_EnumerateStub,    JS_ResolveStub,  JS_ConvertStub,  &CJScriptLinkClass::Finalize};
+        JSClass{m_map->name,     EngineFlags(),    JS_PropertyStub, JS_PropertyStub, JS_PropertyStub,
+                JS_PropertyStub, JS_EnumerateStub, JS_ResolveStub,  JS_ConvertStub,  &CJScriptLinkClass::Finalize};
     m_contexts.push_back(std::move(record));
     return m_contexts.back().get();
+}
+
+std::uint32_t CJScriptLinkClass::EngineFlags() const
+{
+    return m_engineFlags | (GetParent() ? GetParent()->EngineFlags() : JSCLASS_HAS_PRIVATE);
 }
 
 const JSClass* CJScriptLinkClass::EngineClass(JSContext* cx)
@@ -118,8 +123,12 @@ JSObject* CJScriptLinkClass::CreateObject(JSContext* cx, CJScriptLink* link, CJS
     if (!prototype)
         return nullptr;
     JSObject* const object = JS_NewObject(cx, EngineClass(cx), prototype, parent->GetJSObject());
-    if (!object || !JS_DefineWideProperty(cx, parent->GetJSObject(), name.wx_str(), name.length(),
-                                          OBJECT_TO_JSVAL(object), nullptr, nullptr, JSPROP_ENUMERATE))
+    const bool defined =
+        object &&
+        (name.empty() ? JS_AddLateChild(cx, parent->GetJSObject(), object, link->GetRootObject(), &link->m_late)
+                      : JS_DefineWideProperty(cx, parent->GetJSObject(), name.wx_str(), name.length(),
+                                              OBJECT_TO_JSVAL(object), nullptr, nullptr, JSPROP_ENUMERATE));
+    if (!defined)
         return nullptr;
     JS_SetPrivate(cx, object, link);
     return object;

@@ -47,8 +47,12 @@ WX_DECLARE_HASH_MAP(int, wxString, wxIntegerHash, wxIntegerEqual, CHaspEvt);
 class VC_QXPARSER_API CJScriptLinkClass
 {
 public:
-    /// The descriptor of the class that `classMap` describes; both must live as long as the library.
-    explicit CJScriptLinkClass(const JSMap* classMap) : m_map(classMap) {}
+    /// The descriptor of the class that `classMap` describes; both must live as long as the library. `engineFlags`
+    /// (JSCLASS_...) hold for the classes below it too; JSCLASS_HAS_LATE_CHILDREN is for objects that may have very
+    /// many children without a name of their own.
+    explicit CJScriptLinkClass(const JSMap* classMap, std::uint32_t engineFlags = JSCLASS_HAS_PRIVATE)
+        : m_map(classMap), m_engineFlags(engineFlags)
+    {}
     virtual ~CJScriptLinkClass();
 
     CJScriptLinkClass(const CJScriptLinkClass&) = delete;
@@ -81,7 +85,8 @@ public:
     /// Defines constants, properties and functions on an object that does not inherit them, the parent class's first.
     bool AddPropFuncToObject(JSContext* cx, JSObject* object);
 
-    /// Makes the script object of `link` as the property `name` of `parent`'s object. Null on failure.
+    /// Makes the script object of `link` as the property `name` (empty: the one after the address of its native object)
+    /// of `parent`'s object. Null on failure.
     JSObject* CreateObject(JSContext* cx, CJScriptLink* link, CJScriptLink* parent, wxString name);
     /// Makes the script object of `link` as the context's global object, with every registered class. Null on failure.
     JSObject* CreateGlobalObject(JSContext* cx, CJScriptLink* link);
@@ -175,11 +180,13 @@ private:
     bool AddRow(JSMapEntry& row);
     bool AddProperty(JSMapEntry& row);
     void AddConstToObject(JSContext* cx, JSObject* object);
+    std::uint32_t EngineFlags() const;
     const JSClass* EngineClass(JSContext* cx);
     const CJsCtorDescr* Constructor() const;
     const wxString* FindHandler(wxEventType type) const;
 
     const JSMap* m_map;
+    const std::uint32_t m_engineFlags;
     // Each list ends with an empty row, as the engine reads them.
     std::vector<JSPropertySpec> m_propertySpecs{JSPropertySpec{}};
     std::vector<JSFunctionSpec> m_functionSpecs{JSFunctionSpec{}};

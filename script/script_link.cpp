@@ -17,19 +17,11 @@ CJScriptLinkClass CJScriptLink::ms_JSClass(&CJScriptLink::m_JSMap);
 namespace
 {
 
-/// "P%p" of an address. Documents name one object a node this way, so no format is interpreted for each.
+/// "P%p" of the owner's address.
 wxString MadeUpName(const wxObject* owner)
 {
-    constexpr wchar_t digits[] = L"0123456789abcdef";
-    wchar_t buffer[3 + 2 * sizeof(owner)];
-    wchar_t* const end = std::end(buffer);
-    wchar_t* start = end;
-    for (auto address = reinterpret_cast<std::uintptr_t>(owner); address; address >>= 4)
-        *--start = digits[address & 0xf];
-    *--start = L'x';
-    *--start = L'0';
-    *--start = L'P';
-    return wxString(start, end);
+    const std::string name = JS_AddressName(owner);
+    return wxString::FromAscii(name.data(), name.size());
 }
 
 } // namespace
@@ -116,9 +108,9 @@ bool CJScriptLink::CreateObject(JSContext* cx, CJScriptLink* parent, wxString na
 {
     if (!parent || !parent->GetJSObject())
         return false;
-    const wxString property = name.empty() ? MadeUpName(m_owner) : name;
     const wxThreadCriticalSectionLocker lock(CJScript::EngineLock());
     if (m_jsObject) {
+        const wxString property = name.empty() ? MadeUpName(m_owner) : name;
         const bool bound =
             m_context == cx && JS_DefineWideProperty(cx, parent->GetJSObject(), property.wx_str(), property.length(),
                                                      OBJECT_TO_JSVAL(m_jsObject), nullptr, nullptr, JSPROP_ENUMERATE);
@@ -126,7 +118,7 @@ bool CJScriptLink::CreateObject(JSContext* cx, CJScriptLink* parent, wxString na
             return bound;
         JS_SetParent(cx, m_jsObject, parent->GetJSObject());
     } else {
-        JSObject* const object = m_jsClass->CreateObject(cx, this, parent, property);
+        JSObject* const object = m_jsClass->CreateObject(cx, this, parent, name);
         if (!object)
             return false;
         SetJSObject(cx, object);
@@ -215,6 +207,10 @@ void CJScriptLink::RemoveFromParent()
     JSObject* const parent = m_isChild ? JS_GetParent(m_context, m_jsObject) : nullptr;
     if (!parent)
         return;
+    if (m_late.IsWaiting()) {
+        JS_DropLateChild(&m_late);
+        return;
+    }
     const wxString name = GetName();
     jsval removed = JSVAL_VOID;
     JS_DeleteWideProperty2(m_context, parent, name.wx_str(), name.length(), &removed);
@@ -249,6 +245,7 @@ void CJScriptLink::ObjectFinalized(JSContext* cx, JSObject* object)
 {
     if (object != m_jsObject)
         return;
+    JS_DropLateChild(&m_late);
     if (m_announcedBytes)
         JS_RemoveNativeMemory(cx, object, m_announcedBytes);
     m_jsObject = nullptr;

@@ -232,6 +232,7 @@ private:
     JSContext* m_context = nullptr;
     std::unique_ptr<wxString> m_name; ///< Null for a child: the made-up one.
     std::unique_ptr<Functions> m_functions;
+    JSLateChild m_late;                ///< The property of the made-up name, as long as nobody has looked for it.
     JSCallTicket m_deletionTicket = 0; ///< By which the coming deletion is taken back.
     std::size_t m_announcedBytes = 0;
     bool m_isChild = false;   ///< A property of another link's object.

@@ -24,7 +24,7 @@ JSMapEntry CXmlDocument::m_JSMapEntries[] = {
     JSMapEntry(),
 };
 const JSMap CXmlDocument::m_JSMap{"XmlDocument", &CJScriptLink::ms_JSClass, m_JSMapEntries};
-CJScriptLinkClass CXmlDocument::ms_JSClass(&CXmlDocument::m_JSMap);
+CJScriptLinkClass CXmlDocument::ms_JSClass(&CXmlDocument::m_JSMap, JSCLASS_HAS_LATE_CHILDREN);
 
 JS_REGISTER_CLASS_MODULE(CXmlDocument)
 

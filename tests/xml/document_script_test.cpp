@@ -60,6 +60,54 @@ TEST_F(XmlDocumentScriptTest, documents_are_collected_with_their_nodes)
     EXPECT_LE(JS_CountHostObjects(), before + 10);
 }
 
+TEST_F(XmlDocumentScriptTest, nodes_are_properties_of_their_document_in_the_order_in_which_they_were_met)
+{
+    EXPECT_EQ(
+        Show(wxS("d = new XmlDocument(); d.SetContent('<r><a/><b/></r>'); b = d.GetRoot().GetNode('b'); d.own = 1;\n"
+                 "a = b.GetPrevious(); Object.keys(d).map(n => n == 'own' ? n : d[n].GetName()).join()")),
+        wxS(",r,b,own,a"));
+    EXPECT_EQ(Show(wxS("names = []; for (let n in d) if (/^P0x[0-9a-f]+$/.test(n)) names.push(n); names.length")),
+              wxS("4"));
+    EXPECT_EQ(Show(wxS("a.GetNext() === d[names[2]] && names[3] in d && d.hasOwnProperty(names[3])")), wxS("true"));
+    EXPECT_EQ(Show(wxS("d.GetRoot().RemoveNode('b'); [names[2] in d, Object.keys(d).length].join()")), wxS("false,4"));
+    EXPECT_EQ(Show(wxS("[delete d[names[3]], Object.keys(d).length, a.GetName()].join()")), wxS("true,3,a"));
+    EXPECT_EQ(Show(wxS("d.SetContent('<n/>'); Object.keys(d).length")), wxS("2"));
+}
+
+TEST_F(XmlDocumentScriptTest, nodes_have_the_name_of_their_address_below_their_document)
+{
+    CXmlDocument document(&script, wxS("d"), Global());
+    ASSERT_TRUE(document.SetContent(wxS("<r><a/></r>")));
+    CXmlNode* const root = document.GetRawRoot();
+    CXmlNode* const first = root->GetRawChildren();
+    const wxString name = wxString::Format(wxS("P%p"), static_cast<void*>(first));
+    EXPECT_EQ(root->GetJSLink()->GetCompleteName(), wxString::Format(wxS("d.P%p"), static_cast<void*>(root)));
+    EXPECT_EQ(first->GetJSLink()->GetName(), name);
+    EXPECT_EQ(Show(first->GetJSLink()->GetCompleteName() + wxS(".GetName()")), wxS("a"));
+    EXPECT_EQ(document.GetJSLink()->GetChild(name), first->GetJSLink());
+    EXPECT_EQ(document.GetJSLink()->GetChild(name + wxS("0")), nullptr);
+}
+
+TEST_F(XmlDocumentScriptTest, a_node_that_is_bound_to_a_further_name_keeps_its_own)
+{
+    CXmlDocument document(&script, wxS("d"), Global());
+    ASSERT_TRUE(document.SetContent(wxS("<r/>")));
+    CJScriptLink* const root = document.GetRoot();
+    ASSERT_TRUE(root->CreateObject(Context(), Global(), wxS("top"), true, false));
+    EXPECT_EQ(Show(root->GetCompleteName() + wxS(" === top")), wxS("true"));
+    document.Clear();
+    EXPECT_EQ(Show(wxS("Object.keys(d).length + typeof top")), wxS("1object"));
+}
+
+TEST_F(XmlDocumentScriptTest, a_document_that_takes_no_properties_has_no_objects_for_further_nodes)
+{
+    EXPECT_EQ(
+        Show(wxS("d = new XmlDocument(); d.SetContent('<r><a/></r>'); r = d.GetRoot(); Object.preventExtensions(d);\n"
+                 "[Object.keys(d).length, d.GetRoot() === r].join()")),
+        wxS("2,true"));
+    EXPECT_EQ(Show(wxS("r.GetFirst()")), wxS("null"));
+}
+
 TEST_F(XmlDocumentScriptTest, nodes_of_an_earlier_content_fail_silently)
 {
     EXPECT_EQ(Show(wxS("d = new XmlDocument(); d.SetContent('<r><a/></r>'); a = d.GetRoot().GetFirst();\n"
