@@ -88,6 +88,14 @@ void CLineText::Copy(const _UnitSlot& line, CArrayParserUnit& units)
     ++line.text->m_lines;
 }
 
+void CLineText::Split(CArrayParserUnit& units, size_t index, size_t end, size_t begin)
+{
+    const _UnitSlot line = units.Peek(index);
+    units.SetLine(index, line.Line().substr(0, end));
+    units.InsertLine(index + 1, *line.text, line.Line().substr(begin), line.line);
+    ++line.text->m_lines;
+}
+
 std::string_view CLineText::Keep(std::string_view line)
 {
     if (line.size() > m_freeSize) {

@@ -33,6 +33,9 @@ public:
     /// Appends a copy of a line to an array.
     static void Copy(const _UnitSlot& line, CArrayParserUnit& units);
 
+    /// Makes two lines of the one in a slot: the bytes before `end` stay, those from `begin` on become the next slot.
+    static void Split(CArrayParserUnit& units, size_t index, size_t end, size_t begin);
+
     /// Gives up the share of one line.
     static void Release(CLineText* text)
     {

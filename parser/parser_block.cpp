@@ -5,7 +5,6 @@
 #include "parser/line_text_detail.h"
 #include "parser/parser_unit.h"
 
-#include <typeinfo>
 #include <utility>
 
 using vcq::detail::AppendUtf8;
@@ -24,9 +23,14 @@ wxString WideText(const _UnitSlot& line)
 
 } // namespace
 
-CParserBlock::CParserBlock(CParser* parser) : m_parser(parser) {}
+CParserBlock::CParserBlock(CParser* parser) : CParserBlock(parser, typeid(CParserBlock)) {}
 
-CParserBlock::CParserBlock(const CParserBlock& other) : wxObject(other), m_parser(nullptr)
+CParserBlock::CParserBlock(CParser* parser, const std::type_info& linesClass)
+    : m_parser(parser), m_linesClass(&linesClass)
+{}
+
+CParserBlock::CParserBlock(const CParserBlock& other)
+    : wxObject(other), m_parser(nullptr), m_linesClass(other.m_linesClass)
 {
     for (unsigned int i = 0; i < other.GetCount(); ++i) {
         const _UnitSlot& slot = other.m_units.Peek(i);
@@ -59,7 +63,7 @@ CParserBlock::~CParserBlock()
 
 bool CParserBlock::TakesLines() const
 {
-    return typeid(*this) == typeid(CParserBlock);
+    return typeid(*this) == *m_linesClass;
 }
 
 long CParserBlock::CreateUnit(wxSharedPtr<CParserFile> file, const wxString& text, unsigned long line)

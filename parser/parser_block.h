@@ -11,6 +11,7 @@
 #include <wx/string.h>
 
 #include <string>
+#include <typeinfo>
 
 class CBlockLines;
 class CParser;
@@ -19,8 +20,9 @@ class CParserUnit;
 /// An ordered list of units, which it owns. Taking a unit out leaves a null hole in its slot, so that slots held by a
 /// caller during a walk stay valid; every walk over a block skips the holes. Slots are numbered from 0.
 ///
-/// A block of exactly this class makes the units of a file's lines when somebody asks for them (see CArrayParserUnit).
-/// Whoever only wants their texts does better without: GetBuffer, AppendText, GetOrigin.
+/// A block of exactly this class, or of a derived one that says so, makes the units of a file's lines when somebody
+/// asks for them (see CArrayParserUnit). Whoever only wants their texts does better without: GetBuffer, AppendText,
+/// GetOrigin.
 class VC_QXPARSER_API CParserBlock : public wxObject
 {
 public:
@@ -86,6 +88,10 @@ public:
     unsigned int InsertBehind(CParserUnit* unit, int index);
 
 protected:
+    /// For a derived class whose blocks take lines too.
+    /// @param linesClass what typeid gives for a block of exactly that class.
+    CParserBlock(CParser* parser, const std::type_info& linesClass);
+
     /// For Clone: a detached block with clones of the units (see CParserUnit::Clone), without holes.
     CParserBlock(const CParserBlock& other);
 
@@ -99,6 +105,8 @@ private:
 
     /// Whether lines may stay lines here: a derived block may do something of its own with each unit.
     bool TakesLines() const;
+
+    const std::type_info* m_linesClass; ///< The class whose blocks take lines; others derived from it do not.
 
     /// Appends what Load has made of a text to another block, once more.
     void AddCopies(const CParserBlock& lines);

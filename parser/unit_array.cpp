@@ -75,9 +75,9 @@ void CArrayParserUnit::Reserve(size_t count)
         Grow(count);
 }
 
-void CArrayParserUnit::AddLine(CLineText& text, std::string_view bytes, uint32_t line)
+void CArrayParserUnit::InsertLine(size_t index, CLineText& text, std::string_view bytes, uint32_t line)
 {
-    _UnitSlot& slot = *MakeRoom(GetCount(), 1);
+    _UnitSlot& slot = *MakeRoom(index, 1);
     slot.text = &text;
     slot.bytes = bytes.data();
     slot.length = static_cast<uint32_t>(bytes.size());
@@ -147,7 +147,8 @@ void CArrayParserUnit::MoveGap(size_t index)
 void CArrayParserUnit::Grow(size_t count)
 {
     const size_t used = GetCount();
-    const size_t capacity = std::max<size_t>(used + used / 2 + 8, used + count);
+    // Most blocks of a tag tree get their few lines at once and no more.
+    const size_t capacity = used ? std::max<size_t>(used + used / 2 + 8, used + count) : count;
     // Left uninitialised: a slot is written when it is taken.
     std::unique_ptr<_UnitSlot[]> slots(new _UnitSlot[capacity]);
     vcq::detail::PreferLargePages(slots.get(), capacity * sizeof(_UnitSlot));

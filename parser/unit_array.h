@@ -91,8 +91,12 @@ public:
     /// Makes room for as many slots more, so that adding them moves nothing.
     void Reserve(size_t count);
 
-    /// Appends a line of `text`, which is to keep the bytes. The caller adds the share that the line has in it.
-    void AddLine(CLineText& text, std::string_view bytes, uint32_t line);
+    ///@{
+    /// Appends a line of `text`, which is to keep the bytes, or inserts one at `index`. The caller adds the share that
+    /// the line has in it.
+    void AddLine(CLineText& text, std::string_view bytes, uint32_t line) { InsertLine(GetCount(), text, bytes, line); }
+    void InsertLine(size_t index, CLineText& text, std::string_view bytes, uint32_t line);
+    ///@}
 
     /// Gives a line other bytes, which its text keeps.
     void SetLine(size_t index, std::string_view bytes);

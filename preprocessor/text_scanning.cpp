@@ -1,129 +1,16 @@
 #include "parser/parser_block.h"
 #include "parser/parser_unit.h"
+#include "preprocessor/outside_strings_detail.h"
 #include "preprocessor/preprocessor.h"
 #include "preprocessor/text_span_detail.h"
 
 #include <algorithm>
 #include <cwchar>
-#include <vector>
 
 using namespace text_detail;
 
 namespace
 {
-
-/// All occurrences of a text in another, overlapping ones too, from the first to the last. Every character is looked at
-/// once, however much the texts repeat themselves: what has matched so far falls back along its borders (the longest
-/// part that both begins and ends it) and never starts again.
-class OccurrenceSearch
-{
-public:
-    OccurrenceSearch(const Span& text, const Span& what) : m_at(text.begin), m_end(text.end), m_what(what)
-    {
-        if (what.Length() > 1)
-            FindBorders();
-    }
-
-    /// The start of the next occurrence, or null. An empty text occurs before every character.
-    const wchar_t* Next()
-    {
-        if (m_what.Length() == 0)
-            return m_at == m_end ? nullptr : m_at++;
-        while (m_at != m_end) {
-            if (m_matched == 0)
-                m_at = FindChar(m_at, m_end, *m_what.begin);
-            if (m_at == m_end)
-                break;
-            m_matched = Match(m_matched, *m_at++);
-            if (m_matched == m_what.Length())
-                return TakeMatch();
-        }
-        return nullptr;
-    }
-
-private:
-    void FindBorders()
-    {
-        m_borders.assign(m_what.Length(), 0);
-        for (size_t length = 1; length < m_borders.size(); ++length)
-            m_borders[length] = Match(m_borders[length - 1], m_what.begin[length]);
-    }
-
-    /// How much is matched when `character` follows `matched` characters of a match.
-    size_t Match(size_t matched, wchar_t character) const
-    {
-        while (matched != 0 && m_what.begin[matched] != character)
-            matched = m_borders[matched - 1];
-        return m_what.begin[matched] == character ? matched + 1 : 0;
-    }
-
-    const wchar_t* TakeMatch()
-    {
-        const wchar_t* const start = m_at - m_matched;
-        m_matched = m_borders.empty() ? 0 : m_borders.back();
-        return start;
-    }
-
-    const wchar_t* m_at;
-    const wchar_t* m_end;
-    Span m_what;
-    std::vector<size_t> m_borders;
-    size_t m_matched = 0;
-};
-
-/// A walk from quote to quote that knows whether it is inside a quoted string. An escaped quote neither opens nor
-/// closes one. Looking back over backslashes stays linear: they end at the quote before.
-class QuoteWalk
-{
-public:
-    explicit QuoteWalk(const wchar_t* begin) : m_begin(begin), m_at(begin) {}
-
-    /// The quote of the string the walk is inside of, or 0.
-    wchar_t Open() const { return m_open; }
-
-    /// Moves behind the next quote before `end` that opens or closes a string.
-    /// @return that quote, or `end`.
-    const wchar_t* Next(const wchar_t* end)
-    {
-        while ((m_at = m_open ? FindChar(m_at, end, m_open) : std::find_if(m_at, end, IsQuote)) != end) {
-            const wchar_t* const quote = m_at++;
-            if (IsEscaped(quote, m_begin))
-                continue;
-            m_open = m_open ? L'\0' : *quote;
-            return quote;
-        }
-        return end;
-    }
-
-    /// Moves up to `place`.
-    void MoveTo(const wchar_t* place)
-    {
-        while (Next(place) != place)
-            continue;
-    }
-
-private:
-    const wchar_t* m_begin;
-    const wchar_t* m_at;
-    wchar_t m_open = L'\0';
-};
-
-/// FindCharEx. An occurrence that begins with a quote is a boundary for the walk, which takes it on its next move; a
-/// text whose last character is such an occurrence gives its length.
-long FindOutsideStrings(const Span& text, const Span& what)
-{
-    OccurrenceSearch occurrences(text, what);
-    QuoteWalk walk(text.begin);
-    const wchar_t* last = nullptr;
-    while (const wchar_t* const found = occurrences.Next()) {
-        walk.MoveTo(found);
-        if (!IsQuote(*found) && !walk.Open())
-            return static_cast<long>(found - text.begin);
-        last = found;
-    }
-    const bool endsInBoundary = last && last + 1 == text.end && what.Length() != 0 && IsQuote(*what.begin);
-    return endsInBoundary ? static_cast<long>(text.Length()) : -1;
-}
 
 /// Replaces "\t" and "\n" in the contents of a quoted string; all other backslashes stay.
 wxString UnescapeBlanks(const Span& text)
@@ -165,7 +52,8 @@ wxString CPreprocessor::ExtractWord(const wchar_t* text, unsigned int pos, const
 
 long CPreprocessor::FindCharEx(const wxString& text, const wxString& what)
 {
-    return FindOutsideStrings(Span(text), Span(what));
+    const Span span(text);
+    return FindOutsideStrings(span.begin, span.end, Span(what));
 }
 
 bool CPreprocessor::Find(const CParserBlock* block, int& unit, int& pos, const wxString& what)
@@ -178,7 +66,7 @@ bool CPreprocessor::Find(const CParserBlock* block, int& unit, int& pos, const w
             continue;
         Span text(current->m_text);
         text.begin += std::min(static_cast<size_t>(std::max(pos, 0)), text.Length());
-        const long found = FindOutsideStrings(text, wanted);
+        const long found = FindOutsideStrings(text.begin, text.end, wanted);
         if (found != -1) {
             pos = static_cast<int>(found);
             return true;
@@ -225,7 +113,7 @@ wxString CPreprocessor::ConcatQuotes(const wxString& text)
     const Span span(text);
     const wchar_t* pending = span.begin;
     wxString out;
-    QuoteWalk walk(span.begin);
+    QuoteWalk<wchar_t> walk(span.begin);
     for (const wchar_t* quote = nullptr; (quote = walk.Next(span.end)) != span.end;) {
         const bool closes = *quote == L'"' && !walk.Open();
         const wchar_t* const next = closes ? SkipBlanks(quote + 1, span.end) : span.end;

@@ -102,6 +102,16 @@ ResultWriter TextWriter(const std::function<std::string()>& make)
     };
 }
 
+bool WritePiece(wxOutputStream& stream, std::string& text)
+{
+    constexpr size_t pieceSize = 128 * 1024;
+    if (text.size() < pieceSize)
+        return true;
+    const bool isWritten = stream.WriteAll(text.data(), text.size());
+    text.clear();
+    return isWritten;
+}
+
 bool WriteOutputs(const std::vector<Output>& outputs, Diagnostics& diagnostics)
 {
     // What cannot be written at all is found before anything is.

@@ -21,6 +21,9 @@ struct Output
 /// A writer of a text, which is made when it is to be written.
 ResultWriter TextWriter(const std::function<std::string()>& make);
 
+/// Writes a text that is being put together, and empties it, when there is enough of it to be worth a call.
+bool WritePiece(wxOutputStream& stream, std::string& text);
+
 /// Writes a command's results in their order. Files are replaced only by complete results, and only when all of them
 /// are complete.
 /// @return false after an error that has been reported.

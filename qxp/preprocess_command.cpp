@@ -67,7 +67,6 @@ private:
     bool WriteResults();
     bool WriteResult(wxOutputStream& stream);
     bool WriteBlock(const CParserBlock& block, wxOutputStream& stream);
-    bool Pass(wxOutputStream& stream, bool isLast);
     void AppendSlot(const CParserBlock& block, unsigned int slot);
     void AppendOrigin(const _ParserOrigin& origin);
     std::string SortedDefines() const;
@@ -165,22 +164,11 @@ void PreprocessRun::AppendOrigin(const _ParserOrigin& origin)
     m_lastLine = origin.line;
 }
 
-/// Hands what has been put together to the stream when it is worth a call, or when it is the last.
-bool PreprocessRun::Pass(wxOutputStream& stream, bool isLast)
-{
-    constexpr size_t pieceSize = 128 * 1024;
-    if (m_text.size() < pieceSize && !isLast)
-        return true;
-    const bool isWritten = stream.WriteAll(m_text.data(), m_text.size());
-    m_text.clear();
-    return isWritten;
-}
-
 bool PreprocessRun::WriteBlock(const CParserBlock& block, wxOutputStream& stream)
 {
     for (unsigned int slot = 0; slot < block.GetCount(); ++slot) {
         AppendSlot(block, slot);
-        if (!Pass(stream, false))
+        if (!WritePiece(stream, m_text))
             return false;
     }
     return true;
@@ -209,7 +197,7 @@ bool PreprocessRun::WriteResult(wxOutputStream& stream)
     else if (!std::all_of(m_blocks.begin(), m_blocks.end(),
                           [&](const CParserBlock* block) { return WriteBlock(*block, stream); }))
         return false;
-    return Pass(stream, true);
+    return stream.WriteAll(m_text.data(), m_text.size());
 }
 
 bool PreprocessRun::WriteResults()

@@ -10,6 +10,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace
@@ -49,20 +50,22 @@ public:
 
 private:
     bool Read();
-    void AppendBlock(const CTagBlock& block, size_t level);
-    void AppendOptions(const CTagBlock& block, const std::string& indent);
-    void AppendContent(const CTagBlock& block, const std::string& indent);
+    bool WriteResult(wxOutputStream& stream);
+    bool WriteBlock(const CTagBlock& block, size_t level, wxOutputStream& stream);
+    void AppendOptions(const CTagBlock& block, size_t level);
+    bool WriteContent(const CTagBlock& block, size_t level, wxOutputStream& stream);
+    void MarkLines(size_t start, size_t begin);
 
     const TagsOptions& m_options;
     Diagnostics& m_diagnostics;
     CommandPreprocessor m_pp;
     CTagParser& m_parser = NewParser(m_pp, m_options);
-    std::string m_text;
+    std::string m_text; ///< What has not been written yet.
 };
 
 bool TagsRun::Read()
 {
-    wxString text;
+    CUtf8Text text;
     if (!SetUpParser(m_options.parser, m_parser, m_diagnostics))
         return false;
     if (!m_options.preprocess)
@@ -72,7 +75,7 @@ bool TagsRun::Read()
         return false;
     if (m_options.file != "-")
         m_pp.NoteRead(InputName(m_options.file));
-    if (m_parser.Parse(text, InputName(m_options.file), nullptr, false) == 0 &&
+    if (m_parser.Parse(std::move(text), InputName(m_options.file), nullptr, false) == 0 &&
         m_parser.ParseBlock(m_parser.GetLastBlock(0)) == 0)
         return true;
     m_diagnostics.ReportFailure(m_parser);
@@ -80,59 +83,85 @@ bool TagsRun::Read()
 }
 
 /// The block's line of CTagBlock::GetHierarchy, what was asked for about it, and the same for its sub-blocks.
-void TagsRun::AppendBlock(const CTagBlock& block, size_t level)
+bool TagsRun::WriteBlock(const CTagBlock& block, size_t level, wxOutputStream& stream)
 {
-    const std::string indent(level, '\t');
-    m_text += indent + ToUtf8(block.GetType()) + "=" + ToUtf8(block.GetName()) + "\n";
+    m_text.append(level, '\t').append(ToUtf8(block.GetType())).append(1, '=').append(ToUtf8(block.GetName()));
+    m_text += '\n';
     if (m_options.options)
-        AppendOptions(block, indent + "\t");
-    if (m_options.content)
-        AppendContent(block, indent + "\t");
-    for (size_t i = 0; i < block.GetSubBlockCount(); ++i)
-        AppendBlock(*block.GetSubBlock(i), level + 1);
+        AppendOptions(block, level + 1);
+    if (m_options.content && !WriteContent(block, level + 1, stream))
+        return false;
+    for (size_t i = 0; i < block.GetSubBlockCount(); ++i) {
+        if (!WriteBlock(*block.GetSubBlock(i), level + 1, stream))
+            return false;
+    }
+    return WritePiece(stream, m_text);
 }
 
-void TagsRun::AppendOptions(const CTagBlock& block, const std::string& indent)
+void TagsRun::AppendOptions(const CTagBlock& block, size_t level)
 {
     std::map<std::string, std::string> sorted;
     CHashStringToString::const_iterator option;
     for (bool more = block.GetOption().First(option); more; more = block.GetOption().Next(option))
         sorted.emplace(ToUtf8(option->first), ToUtf8(option->second));
     for (const auto& [name, value] : sorted)
-        m_text.append(indent).append("@").append(name).append("=").append(value).append("\n");
+        m_text.append(level, '\t').append(1, '@').append(name).append(1, '=').append(value).append(1, '\n');
 }
 
-void TagsRun::AppendContent(const CTagBlock& block, const std::string& indent)
+bool TagsRun::WriteContent(const CTagBlock& block, size_t level, wxOutputStream& stream)
 {
     for (unsigned int slot = 0; slot < block.GetCount(); ++slot) {
-        const CParserUnit* const unit = block.GetUnit(slot);
-        if (!unit)
+        const size_t start = m_text.size();
+        m_text.append(level, '\t').append(1, '|');
+        const size_t begin = m_text.size();
+        if (!block.AppendText(slot, m_text)) {
+            m_text.resize(start);
             continue;
-        // Inline script may have made several lines of one.
-        const std::string text = ToUtf8(unit->m_text) + "\n";
-        for (size_t start = 0; start != text.size();) {
-            const size_t next = text.find('\n', start) + 1;
-            m_text.append(indent).append("|").append(text, start, next - start);
-            start = next;
         }
+        m_text += '\n';
+        if (m_text.find('\n', begin) + 1 != m_text.size())
+            MarkLines(start, begin);
+        if (!WritePiece(stream, m_text))
+            return false;
     }
+    return true;
+}
+
+/// Inline script may have made several lines of one: puts what stands from `start` to `begin` before each of them.
+void TagsRun::MarkLines(size_t start, size_t begin)
+{
+    const std::string mark = m_text.substr(start, begin - start);
+    const std::string text = m_text.substr(begin);
+    m_text.resize(start);
+    for (size_t at = 0; at != text.size();) {
+        const size_t next = text.find('\n', at) + 1;
+        m_text.append(mark).append(text, at, next - at);
+        at = next;
+    }
+}
+
+bool TagsRun::WriteResult(wxOutputStream& stream)
+{
+    const auto& text = dynamic_cast<const CTagBlock&>(*m_parser.GetLastBlock(0));
+    if (m_options.content && !WriteContent(text, 0, stream))
+        return false;
+    for (size_t i = 0; i < text.GetSubBlockCount(); ++i) {
+        if (!WriteBlock(*text.GetSubBlock(i), 0, stream))
+            return false;
+    }
+    return stream.WriteAll(m_text.data(), m_text.size());
 }
 
 int TagsRun::Run()
 {
     if (!Read())
         return StatusFailure;
-    const auto& text = dynamic_cast<const CTagBlock&>(*m_parser.GetLastBlock(0));
-    if (m_options.content)
-        AppendContent(text, std::string());
-    for (size_t i = 0; i < text.GetSubBlockCount(); ++i)
-        AppendBlock(*text.GetSubBlock(i), 0);
     std::vector<Output> outputs;
     if (!m_options.depsFile.empty())
         outputs.push_back({m_options.depsFile, TextWriter([this] {
                                return m_pp.GetDependencies().MakeRule(m_options.output, m_options.file);
                            })});
-    outputs.push_back({m_options.output, TextWriter([this] { return m_text; })});
+    outputs.push_back({m_options.output, [this](wxOutputStream& stream) { return WriteResult(stream); }});
     if (!WriteOutputs(outputs, m_diagnostics))
         return StatusFailure;
     m_diagnostics.Flush();

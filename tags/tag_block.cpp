@@ -22,7 +22,7 @@ void Adopt(std::optional<CTagHeaderBlock>& header, CTagBlock* parent)
 } // namespace
 
 CTagBlock::CTagBlock(CParser* parser, CTagBlock* parent)
-    : CParserBlock(parser), m_tagParser(dynamic_cast<CTagParser*>(parser)), m_parent(parent)
+    : CParserBlock(parser, typeid(CTagBlock)), m_tagParser(dynamic_cast<CTagParser*>(parser)), m_parent(parent)
 {}
 
 CTagBlock::CTagBlock(const CTagBlock& other)

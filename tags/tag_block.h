@@ -13,7 +13,7 @@
 #include <vector>
 
 class CTagParser;
-struct TagTitle;
+template <typename Char> struct TagTitle;
 
 /// A piece of text between an opening tag and its closing tag. Its units are its content; what stands in blocks nested
 /// in it is in its sub-blocks, and the lines of the two tags are in its headers.
@@ -151,22 +151,27 @@ public:
     ///@}
 
 private:
+    friend class CTagHeaderBlock;
+
     struct Tag;
     struct Range;
+    struct Place;
     enum class Split;
 
     long Fail(long code, const wxString& message, const CParserUnit* unit);
     const CParserUnit* LastUnit() const;
+    bool ReadsBytes(const _UnitSlot& slot) const;
 
     bool FindBeginTag(int& unit, std::size_t& at) const;
     bool FindEndTag(int& unit, std::size_t& at) const;
     long SearchTag(Tag& tag, Split split);
+    bool SearchOnLine(Tag& tag);
     void SplitBehindTag(int slot, std::size_t behind, Split split);
     std::vector<std::size_t> CutsOfRow(int slot, std::size_t behind) const;
 
     long ReadOpeningTag(CTagBlock& source, Tag& tag);
     long ReadType(const CTagBlock& source, const Tag& tag);
-    long TakeTitle(const TagTitle& title, const CParserUnit* unit);
+    template <typename Char> long TakeTitle(const TagTitle<Char>& title, const Place& place);
     long ReadContent(CTagBlock& source, const Tag& opening, Tag& closing, std::vector<Range>& content);
     long ReadSubBlock(CTagBlock& source, int& unit);
     long CheckClosingTag(const CTagBlock& source, const Tag& opening, const Tag& closing);

@@ -1,12 +1,13 @@
 #include "tags/tag_header_block.h"
 
 #include "parser/parser_unit.h"
-#include "preprocessor/preprocessor.h"
+#include "preprocessor/outside_strings_detail.h"
 #include "tags/tag_block.h"
 #include "tags/tag_title_detail.h"
 
 #include <utility>
 
+using namespace tag_text_detail;
 using namespace text_detail;
 
 wxIMPLEMENT_CLASS(CTagHeaderBlock, CParserBlock);
@@ -15,32 +16,47 @@ namespace
 {
 
 /// The options on the first line of an opening tag; false for a closing tag, which has none.
-bool TakeFirstLine(const CTagBlock& block, Span& text)
+template <typename Char> bool TakeFirstLine(const CTagBlock& block, Text<Char>& text)
 {
-    const TagTitle title = ReadTagTitle({SkipBlanks(text.begin, text.end), text.end}, block.GetCurrentBeginTag());
+    const Char* const end = text.data() + text.length();
+    const TagTitle<Char> title = ReadTagTitle(TextOf(SkipBlanks(text.data(), end), end), block.GetCurrentBeginTag());
     if (title.closes)
         return false;
-    text.begin = title.behind;
-    if (title.isNamed)
-        text = WithoutLeft(text, L"\"' \t");
+    text = title.rest;
+    while (title.isNamed && !text.empty() && (IsQuote(text.front()) || IsBlank(text.front())))
+        text.remove_prefix(1);
     return true;
 }
 
 /// Takes the end of the tag away from its last line. A double tag shares that line with whatever follows it there.
-void DropTagEnd(const CTagBlock& block, Span& text)
+template <typename Char> void DropTagEnd(const CTagBlock& block, Text<Char>& text)
 {
-    const wxString& endTag = block.GetCurrentEndTag();
-    const long end = block.IsDoubleTag() ? CPreprocessor::FindCharEx(Copy(text.begin, text.end), endTag) : -1;
-    if (end != -1)
-        text.end = text.begin + end;
-    const Span tagCharacters(endTag);
-    while (text.begin != text.end && (text.end[-1] == L'/' || tagCharacters.Holds(text.end[-1])))
-        --text.end;
+    const Span endTag(block.GetCurrentEndTag());
+    const Char* const end = text.data() + text.length();
+    const long tagEnd = block.IsDoubleTag() ? FindOutsideStrings(text.data(), end, endTag) : -1;
+    if (tagEnd != -1)
+        text = text.substr(0, static_cast<size_t>(tagEnd));
+    while (!text.empty() && (text.back() == '/' || endTag.Holds(text.back())))
+        text.remove_suffix(1);
+}
+
+/// Reads the options on one line of a tag. False when there are none from here on.
+template <typename Char> bool AddOptions(CTagBlock& block, Text<Char> text, bool isFirst, bool isLast)
+{
+    if (isFirst && !TakeFirstLine(block, text))
+        return false;
+    if (isLast)
+        DropTagEnd(block, text);
+    if (!text.empty())
+        block.SaveOption(ToWide(text), nullptr);
+    return true;
 }
 
 } // namespace
 
-CTagHeaderBlock::CTagHeaderBlock(CParser* parser, CTagBlock* parent) : CParserBlock(parser), m_parent(parent) {}
+CTagHeaderBlock::CTagHeaderBlock(CParser* parser, CTagBlock* parent)
+    : CParserBlock(parser, typeid(CTagHeaderBlock)), m_parent(parent)
+{}
 
 CTagHeaderBlock::CTagHeaderBlock(const CTagHeaderBlock& other) : CParserBlock(other), m_parent(nullptr) {}
 
@@ -65,24 +81,20 @@ long CTagHeaderBlock::Process()
 {
     if (!m_parent)
         return 0;
-    const CParserUnit* first = nullptr;
-    const CParserUnit* last = nullptr;
-    for (unsigned int slot = 0; slot < GetCount(); ++slot) {
-        if (!m_units[slot])
+    const auto isThere = [this](unsigned int slot) { return !m_units.Peek(slot).IsHole(); };
+    unsigned int last = GetCount();
+    while (last > 0 && !isThere(last - 1))
+        --last;
+    bool isFirst = true;
+    for (unsigned int slot = 0; slot < last; ++slot) {
+        if (!isThere(slot))
             continue;
-        first = first ? first : m_units[slot];
-        last = m_units[slot];
-    }
-    for (unsigned int slot = 0; slot < GetCount(); ++slot) {
-        CParserUnit* const unit = m_units[slot];
-        if (!unit)
-            continue;
-        Span text(unit->m_text);
-        if (unit == first && !TakeFirstLine(*m_parent, text))
+        const _UnitSlot& found = m_units.Peek(slot);
+        const bool isLast = slot + 1 == last;
+        if (!(m_parent->ReadsBytes(found) ? AddOptions(*m_parent, found.Line(), isFirst, isLast)
+                                          : AddOptions(*m_parent, TextOf(m_units[slot]->m_text), isFirst, isLast)))
             return 0;
-        if (unit == last)
-            DropTagEnd(*m_parent, text);
-        m_parent->SaveOption(Copy(text.begin, text.end), unit);
+        isFirst = false;
     }
     return 0;
 }

@@ -3,14 +3,15 @@
 wxIMPLEMENT_CLASS(CTagParser, CParser);
 
 CTagParser::CTagParser(const wchar_t* begin, const wchar_t* end)
-    : m_beginTag(begin), m_endTag(end), m_doubleBeginTag(m_beginTag + m_beginTag), m_doubleEndTag(m_endTag + m_endTag)
+    : m_beginTag(begin), m_endTag(end), m_doubleBeginTag(m_beginTag + m_beginTag), m_doubleEndTag(m_endTag + m_endTag),
+      m_tagsAreAscii(m_beginTag.IsAscii() && m_endTag.IsAscii())
 {
     CParser::Clean();
 }
 
 CTagParser::CTagParser(CPreprocessor* pp, const wchar_t* begin, const wchar_t* end)
     : CParser(pp), m_beginTag(begin), m_endTag(end), m_doubleBeginTag(m_beginTag + m_beginTag),
-      m_doubleEndTag(m_endTag + m_endTag)
+      m_doubleEndTag(m_endTag + m_endTag), m_tagsAreAscii(m_beginTag.IsAscii() && m_endTag.IsAscii())
 {
     CParser::Clean();
 }

@@ -63,6 +63,7 @@ private:
     wxString m_endTag;
     wxString m_doubleBeginTag;
     wxString m_doubleEndTag;
+    bool m_tagsAreAscii; ///< So they can be looked for in UTF-8 as in wide text.
     unsigned int m_nestingLimit = DefaultNestingLimit;
     unsigned int m_openBlocks = 0;
 

@@ -1,8 +1,9 @@
 // How a block's units become a tree of tag blocks.
 
+#include "parser/line_text_detail.h"
 #include "parser/parser_unit.h"
+#include "preprocessor/outside_strings_detail.h"
 #include "preprocessor/preprocessor.h"
-#include "preprocessor/text_span_detail.h"
 #include "tags/tag_block.h"
 #include "tags/tag_parser.h"
 #include "tags/tag_title_detail.h"
@@ -10,12 +11,12 @@
 #include <algorithm>
 #include <utility>
 
+using namespace tag_text_detail;
 using namespace text_detail;
 
 namespace
 {
 
-constexpr Span Blanks(L" \t\n\r");
 constexpr const wchar_t* IgnoredType = L"IGNORE ";
 
 /// Puts a value back when a scope is left.
@@ -41,28 +42,28 @@ bool CanBeFound(const Span& tag)
 /// Whether `what` stands at `at`, which is not behind the end of the line.
 bool HasAt(const wxString& line, size_t at, const wxString& what)
 {
-    const Span text(line);
-    return Span(text.begin + at, text.end).StartsWith(Span(what));
+    return StartsWith(TextOf(line).substr(at), Span(what));
 }
 
 /// The place of a tag in a line that starts with it, blanks aside; npos when the line does not. The same as the first
 /// occurrence outside of strings, accepted only behind blanks, but without a look at the rest of the line.
-size_t StartOfTag(const wxString& line, const Span& tag)
+template <typename Char> size_t StartOfTag(Text<Char> line, const Span& tag)
 {
-    const Span text(line);
-    const wchar_t* const behindBlanks = SkipBlanks(text.begin, text.end);
-    for (const wchar_t* at = IsBlank(*tag.begin) ? text.begin : behindBlanks; at <= behindBlanks; ++at) {
-        if (at != text.end && *at == *tag.begin && Span(at, text.end).StartsWith(tag))
-            return static_cast<size_t>(at - text.begin);
+    const Char* const end = line.data() + line.length();
+    const Char* const behindBlanks = SkipBlanks(line.data(), end);
+    for (const Char* at = IsBlank(*tag.begin) ? line.data() : behindBlanks; at <= behindBlanks; ++at) {
+        if (at != end && *at == *tag.begin && StartsWith(TextOf(at, end), tag))
+            return static_cast<size_t>(at - line.data());
     }
     return wxString::npos;
 }
 
-/// The first character from `at` on that is neither blank nor a line end.
-size_t FirstNonBlank(const wxString& line, size_t at)
+template <typename Char> Text<Char> Trimmed(Text<Char> text)
 {
-    const Span text(line);
-    return static_cast<size_t>(WithoutLeft({text.begin + at, text.end}, Blanks).begin - text.begin);
+    text.remove_prefix(SkipAroundTag(text, 0));
+    while (!text.empty() && IsAroundTag(text.back()))
+        text.remove_suffix(1);
+    return text;
 }
 
 /// Makes the single tag of "<?type options?>". The first two characters are taken for begin tag and "?", so the rest of
@@ -102,6 +103,16 @@ struct CTagBlock::Tag
     bool Closes() const { return afterBegin == L'/'; }
 };
 
+/// Where a tag stands, for messages: in a slot, of which a unit is only made for them, or in a unit.
+struct CTagBlock::Place
+{
+    const CTagBlock* source;
+    int slot;
+    const CParserUnit* unit = nullptr;
+
+    const CParserUnit* Unit() const { return source ? source->m_units[slot] : unit; }
+};
+
 /// Slots, both included.
 struct CTagBlock::Range
 {
@@ -127,10 +138,16 @@ long CTagBlock::Fail(long code, const wxString& message, const CParserUnit* unit
 const CParserUnit* CTagBlock::LastUnit() const
 {
     for (unsigned int slot = GetCount(); slot-- > 0;) {
-        if (m_units[slot])
+        if (!m_units.Peek(slot).IsHole())
             return m_units[slot];
     }
     return nullptr;
+}
+
+/// Whether a slot is a line of which no unit needs to be made to find tags in it.
+bool CTagBlock::ReadsBytes(const _UnitSlot& slot) const
+{
+    return slot.IsLine() && m_tagParser && m_tagParser->m_tagsAreAscii;
 }
 
 bool CTagBlock::FindBeginTag(int& unit, size_t& at) const
@@ -140,8 +157,10 @@ bool CTagBlock::FindBeginTag(int& unit, size_t& at) const
     if (!CanBeFound(tag))
         unit = count;
     for (unit = std::max(unit, 0); unit < count; ++unit) {
-        const CParserUnit* const current = m_units[unit];
-        at = current ? StartOfTag(current->m_text, tag) : wxString::npos;
+        const _UnitSlot& slot = m_units.Peek(unit);
+        if (slot.IsHole())
+            continue;
+        at = ReadsBytes(slot) ? StartOfTag(slot.Line(), tag) : StartOfTag(TextOf(m_units[unit]->m_text), tag);
         if (at != wxString::npos)
             return true;
     }
@@ -184,6 +203,8 @@ long CTagBlock::SearchTag(Tag& tag, Split split)
         return tagNotFound;
     if (!FindBeginTag(tag.first, tag.at))
         return Fail(tagNotFound, wxS("No tag found !"), LastUnit());
+    if (split == Split::WholeRow && ReadsBytes(m_units.Peek(tag.first)) && SearchOnLine(tag))
+        return 0;
     const CParserUnit* const opening = m_units[tag.first];
     if (HasAt(opening->m_text, tag.at, GetDoubleBeginTag()))
         m_doubleTag = true;
@@ -202,11 +223,42 @@ long CTagBlock::SearchTag(Tag& tag, Split split)
     return 0;
 }
 
+/// Reads a tag that begins and ends on one line of which no unit has been made, and cuts the line behind it. False,
+/// with nothing changed, for a tag that does not, and for those that are rewritten.
+bool CTagBlock::SearchOnLine(Tag& tag)
+{
+    const std::string_view line = m_units.Peek(tag.first).Line();
+    const std::string_view text = line.substr(tag.at);
+    const bool isDouble = m_doubleTag || StartsWith(text, Span(GetDoubleBeginTag()));
+    const Span endTag(isDouble ? GetDoubleEndTag() : GetEndTag());
+    const size_t beginLength = isDouble ? GetDoubleBeginTag().length() : GetBeginTag().length();
+    const char afterBegin = beginLength < text.length() ? text[beginLength] : '\0';
+    if (afterBegin == '?' || afterBegin == '!' || !CanBeFound(endTag))
+        return false;
+    // Where both tags are the same text, the begin tag must not end its own tag.
+    const size_t from = StartsWith(text, endTag) ? beginLength : 0;
+    const long found = FindOutsideStrings(text.data() + from, text.data() + text.length(), endTag);
+    if (found == -1)
+        return false;
+    m_doubleTag = isDouble;
+    const size_t end = tag.at + from + static_cast<size_t>(found);
+    tag.last = tag.first;
+    tag.afterBegin = static_cast<unsigned char>(afterBegin);
+    tag.beforeEnd = end > 0 ? static_cast<unsigned char>(line[end - 1]) : 0;
+    const size_t behind = end + endTag.Length();
+    const size_t next = SkipAroundTag(line, behind);
+    if (next == line.length())
+        m_units.SetLine(tag.first, line.substr(0, behind));
+    else if (!isDouble)
+        CLineText::Split(m_units, tag.first, behind, next);
+    return true;
+}
+
 /// Makes what follows a tag on its line a unit of its own, for single tags. Mere blanks are dropped.
 void CTagBlock::SplitBehindTag(int slot, size_t behind, Split split)
 {
     CParserUnit& unit = *m_units[slot];
-    if (FirstNonBlank(unit.m_text, behind) == unit.m_text.length())
+    if (SkipAroundTag(TextOf(unit.m_text), behind) == unit.m_text.length())
         unit.m_text.Truncate(behind);
     else if (!m_doubleTag && split == Split::Once)
         unit.SplitAt(behind, slot);
@@ -222,7 +274,7 @@ std::vector<size_t> CTagBlock::CutsOfRow(int slot, size_t behind) const
 {
     const wxString& text = m_units[slot]->m_text;
     std::vector<size_t> cuts;
-    size_t next = FirstNonBlank(text, behind);
+    size_t next = SkipAroundTag(TextOf(text), behind);
     while (next < text.length()) {
         cuts.push_back(behind);
         if (!HasAt(text, next, GetBeginTag()) || HasAt(text, next, GetDoubleBeginTag()))
@@ -232,7 +284,7 @@ std::vector<size_t> CTagBlock::CutsOfRow(int slot, size_t behind) const
         if (!FindEndTag(last, end) || last != slot)
             break;
         behind = end + GetEndTag().length();
-        next = FirstNonBlank(text, behind);
+        next = SkipAroundTag(TextOf(text), behind);
     }
     return cuts;
 }
@@ -294,14 +346,14 @@ long CTagBlock::ReadOpeningTag(CTagBlock& source, Tag& tag)
     const long found = source.SearchTag(tag, Split::WholeRow);
     if (found != 0)
         return found;
-    CParserUnit& first = *source.m_units[tag.first];
     if (tag.Closes())
-        return Fail(tagNotOpened, wxS("Tag closed but not opened"), &first);
+        return Fail(tagNotOpened, wxS("Tag closed but not opened"), source.m_units[tag.first]);
     m_doubleTag = source.m_doubleTag;
     if (tag.afterBegin == L'?')
-        RewriteInstruction(first, tag.at, *source.m_units[tag.last], GetCurrentBeginTag(), GetCurrentEndTag());
+        RewriteInstruction(*source.m_units[tag.first], tag.at, *source.m_units[tag.last], GetCurrentBeginTag(),
+                           GetCurrentEndTag());
     else if (tag.afterBegin == L'!')
-        RewriteDeclaration(first, tag.at, GetCurrentBeginTag(), GetCurrentEndTag());
+        RewriteDeclaration(*source.m_units[tag.first], tag.at, GetCurrentBeginTag(), GetCurrentEndTag());
     tag.isSingle = tag.afterBegin == L'?' || tag.afterBegin == L'!' || tag.beforeEnd == L'/';
     return ReadType(source, tag);
 }
@@ -309,44 +361,50 @@ long CTagBlock::ReadOpeningTag(CTagBlock& source, Tag& tag)
 /// Reads type and name from the first line of a tag that is not empty.
 long CTagBlock::ReadType(const CTagBlock& source, const Tag& tag)
 {
-    const CParserUnit* unit = nullptr;
-    Span text(L"");
-    for (int slot = tag.first; text.Length() == 0 && slot <= tag.last; ++slot) {
-        if (!source.m_units[slot])
-            continue;
-        unit = source.m_units[slot];
-        text = WithoutRight(WithoutLeft(Span(unit->m_text), Blanks), Blanks);
-    }
-    const long result = TakeTitle(ReadTagTitle(text, GetCurrentBeginTag()), unit);
-    return result == tagNotFound ? Fail(tagIncomplete, wxS("Missing tag type !"), unit) : result;
+    const auto isBlank = [&](int slot) {
+        const _UnitSlot& found = source.m_units.Peek(slot);
+        return found.IsHole() || (source.ReadsBytes(found) ? Trimmed(found.Line()).empty()
+                                                           : Trimmed(TextOf(source.m_units[slot]->m_text)).empty());
+    };
+    Place place{&source, tag.first};
+    while (place.slot < tag.last && isBlank(place.slot))
+        ++place.slot;
+    const _UnitSlot& found = source.m_units.Peek(place.slot);
+    const wxString& beginTag = GetCurrentBeginTag();
+    const long result = source.ReadsBytes(found)
+                            ? TakeTitle(ReadTagTitle(Trimmed(found.Line()), beginTag), place)
+                            : TakeTitle(ReadTagTitle(Trimmed(TextOf(place.Unit()->m_text)), beginTag), place);
+    return result == tagNotFound ? Fail(tagIncomplete, wxS("Missing tag type !"), place.Unit()) : result;
 }
 
 long CTagBlock::GetTypeAndName(const wxString& tag, const CParserUnit* unit)
 {
-    return TakeTitle(ReadTagTitle(Span(tag), GetCurrentBeginTag()), unit);
+    return TakeTitle(ReadTagTitle(TextOf(tag), GetCurrentBeginTag()), {nullptr, 0, unit});
 }
 
-long CTagBlock::TakeTitle(const TagTitle& title, const CParserUnit* unit)
+template <typename Char> long CTagBlock::TakeTitle(const TagTitle<Char>& title, const Place& place)
 {
-    if (title.type.Length() == 0)
-        return Fail(tagNotFound, wxS("No type found for tag !"), unit);
-    if (m_type.empty())
-        m_type = Copy(title.type.begin, title.type.end);
-    else if (title.type != Span(m_type)) {
-        const wxString found = Copy(title.type.begin, title.type.end);
-        return Fail(tagMismatch, wxString::Format(wxS("Tag mismatch (%s instead of %s)!"), found, m_type), unit);
+    if (title.type.empty())
+        return Fail(tagNotFound, wxS("No type found for tag !"), place.Unit());
+    const Text<wchar_t> type = TextOf(m_type);
+    if (type.empty())
+        m_type = ToWide(title.type);
+    else if (!std::equal(title.type.begin(), title.type.end(), type.begin(), type.end())) {
+        const wxString found = ToWide(title.type);
+        return Fail(tagMismatch, wxString::Format(wxS("Tag mismatch (%s instead of %s)!"), found, m_type),
+                    place.Unit());
     }
     if (!title.isNamed)
         return 0;
-    if (title.name.Length() == 0)
-        return Fail(tagBadName, wxS("Bad tag name format !"), unit);
+    if (title.name.empty())
+        return Fail(tagBadName, wxS("Bad tag name format !"), place.Unit());
+    const wxString name = ToWide(title.name);
     if (m_name.empty())
-        m_name = Copy(title.name.begin, title.name.end);
-    else if (title.name != Span(m_name)) {
-        const wxString found = Copy(title.name.begin, title.name.end);
+        m_name = name;
+    else if (name != m_name) {
         const wxString message =
-            wxString::Format(wxS("Tag name mismatch (%s instead of %s for type %s)!"), found, m_name, m_type);
-        return Fail(tagMismatch, message, unit);
+            wxString::Format(wxS("Tag name mismatch (%s instead of %s for type %s)!"), name, m_name, m_type);
+        return Fail(tagMismatch, message, place.Unit());
     }
     return 0;
 }
@@ -354,11 +412,10 @@ long CTagBlock::TakeTitle(const TagTitle& title, const CParserUnit* unit)
 /// Reads what is behind an opening tag, up to the closing one: the sub-blocks, and where content stands between them.
 long CTagBlock::ReadContent(CTagBlock& source, const Tag& opening, Tag& closing, std::vector<Range>& content)
 {
-    const CParserUnit* const openingUnit = source.m_units[opening.first];
     const Restore<unsigned int> openBlocks(m_tagParser->m_openBlocks);
     if (++m_tagParser->m_openBlocks > m_tagParser->m_nestingLimit) {
         const wxString message = wxString::Format(wxS("Tags nested deeper than %u"), m_tagParser->m_nestingLimit);
-        return Fail(tagTooDeep, message, openingUnit);
+        return Fail(tagTooDeep, message, source.m_units[opening.first]);
     }
     int unit = opening.last + 1;
     while (true) {
@@ -366,9 +423,9 @@ long CTagBlock::ReadContent(CTagBlock& source, const Tag& opening, Tag& closing,
         source.m_doubleTag = m_doubleTag;
         const long found = source.SearchTag(next, Split::WholeRow);
         if (found == tagNotFound) {
-            const wxString place = openingUnit->GetContext();
-            return Fail(tagIncomplete, wxString::Format(wxS("Tag not opened at %s but not closed"), place),
-                        openingUnit);
+            const CParserUnit* const unclosed = source.m_units[opening.first];
+            const wxString place = unclosed->GetContext();
+            return Fail(tagIncomplete, wxString::Format(wxS("Tag not opened at %s but not closed"), place), unclosed);
         }
         if (found != 0)
             return found;

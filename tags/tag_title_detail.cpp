@@ -1,32 +1,31 @@
 #include "tags/tag_title_detail.h"
 
-#include <string_view>
-
+using namespace tag_text_detail;
 using namespace text_detail;
 
 namespace
 {
 
-constexpr std::wstring_view NameOption = L"name";
+constexpr std::string_view NameOption = "name";
 
 /// The quoted text at `at`, without its quotes; `at` moves behind it when there is one. The first same quote ends it.
-Span TakeQuoted(const wchar_t*& at, const wchar_t* end)
+template <typename Char> Text<Char> TakeQuoted(const Char*& at, const Char* end)
 {
     if (at == end || !IsQuote(*at))
-        return {at, at};
-    const wchar_t* const inside = at + 1;
-    const wchar_t* const close = FindChar(inside, end, *at);
+        return {};
+    const Char* const inside = at + 1;
+    const Char* const close = FindChar(inside, end, *at);
     if (close == end)
-        return {at, at};
+        return {};
     at = close + 1;
-    return {inside, close};
+    return TextOf(inside, close);
 }
 
 /// Takes the "=" behind the type, and the name behind that.
-bool TakeName(const wchar_t*& at, const wchar_t* end, Span& name)
+template <typename Char> bool TakeName(const Char*& at, const Char* end, Text<Char>& name)
 {
-    const wchar_t* const equals = SkipBlanks(at, end);
-    if (equals == end || *equals != L'=')
+    const Char* const equals = SkipBlanks(at, end);
+    if (equals == end || *equals != '=')
         return false;
     at = equals + 1;
     name = TakeQuoted(at, end);
@@ -34,18 +33,18 @@ bool TakeName(const wchar_t*& at, const wchar_t* end, Span& name)
 }
 
 /// Takes a name that is written as the option "name", with blanks around "=" as options may have them.
-bool TakeNameOption(const wchar_t*& at, const wchar_t* end, Span& name)
+template <typename Char> bool TakeNameOption(const Char*& at, const Char* end, Text<Char>& name)
 {
-    const wchar_t* const word = SkipBlanks(at, end);
-    const wchar_t* const wordEnd = SkipWord(word, end);
-    if (std::wstring_view(word, static_cast<size_t>(wordEnd - word)) != NameOption)
+    const Char* const word = SkipBlanks(at, end);
+    const Char* const wordEnd = SkipWord(word, end);
+    if (!std::equal(word, wordEnd, NameOption.begin(), NameOption.end()))
         return false;
-    const wchar_t* const equals = SkipBlanks(wordEnd, end);
-    if (equals == end || *equals != L'=')
+    const Char* const equals = SkipBlanks(wordEnd, end);
+    if (equals == end || *equals != '=')
         return false;
-    const wchar_t* behind = SkipBlanks(equals + 1, end);
+    const Char* behind = SkipBlanks(equals + 1, end);
     name = TakeQuoted(behind, end);
-    if (name.Length() == 0)
+    if (name.empty())
         return false;
     at = behind;
     return true;
@@ -53,15 +52,20 @@ bool TakeNameOption(const wchar_t*& at, const wchar_t* end, Span& name)
 
 } // namespace
 
-TagTitle ReadTagTitle(const Span& line, const wxString& beginTag)
+template <typename Char> TagTitle<Char> ReadTagTitle(Text<Char> line, const wxString& beginTag)
 {
-    const Span tag(beginTag);
-    const wchar_t* at = line.StartsWith(tag) ? line.begin + tag.Length() : line.begin;
-    const bool closes = at != line.end && *at == L'/';
+    const Char* const end = line.data() + line.length();
+    const Char* at = line.data() + (StartsWith(line, Span(beginTag)) ? beginTag.length() : 0);
+    const bool closes = at != end && *at == '/';
     if (closes)
         ++at;
-    const wchar_t* const typeEnd = SkipWord(at, line.end);
-    TagTitle title{closes, {at, typeEnd}, false, {typeEnd, typeEnd}, typeEnd};
-    title.isNamed = TakeName(title.behind, line.end, title.name) || TakeNameOption(title.behind, line.end, title.name);
+    const Char* const typeEnd = SkipWord(at, end);
+    TagTitle<Char> title{closes, TextOf(at, typeEnd), false, {}, {}};
+    at = typeEnd;
+    title.isNamed = TakeName(at, end, title.name) || TakeNameOption(at, end, title.name);
+    title.rest = TextOf(at, end);
     return title;
 }
+
+template TagTitle<char> ReadTagTitle(Text<char> line, const wxString& beginTag);
+template TagTitle<wchar_t> ReadTagTitle(Text<wchar_t> line, const wxString& beginTag);

@@ -57,6 +57,9 @@ const EscapeTable& TableOf(Escapes escapes)
 class Utf8Encoder : public OutputEncoder
 {
 public:
+    /// Whether there is no UTF-8 of a character.
+    static bool Refuses(uint32_t c) { return (c > 0x10ffff) | ((c & ~0x7ffu) == 0xd800); }
+
     bool Put(const wchar_t* text, size_t size, Escapes escapes) override
     {
         const EscapeTable& table = TableOf(escapes);
@@ -66,7 +69,7 @@ public:
             for (; text < stop; ++text) {
                 const auto c = static_cast<uint32_t>(*text);
                 if (c >= 0x80) {
-                    if (c > 0x10ffff || (c & ~0x7ffu) == 0xd800)
+                    if (Refuses(c))
                         return false;
                     to = vcq::detail::EncodeCharacter(c, to);
                 } else if (c < escapable && table[c].length) {
@@ -79,6 +82,20 @@ public:
             m_blocks.Commit(to);
         }
         return true;
+    }
+};
+
+/// Finds what Utf8Encoder refuses, without encoding.
+class Utf8Trial : public OutputEncoder
+{
+public:
+    bool Put(const wchar_t* text, size_t size, Escapes /*escapes*/) override
+    {
+        // Without a way out of the loop many characters are looked at at once.
+        bool refused = false;
+        for (size_t i = 0; i < size; ++i)
+            refused |= Utf8Encoder::Refuses(static_cast<uint32_t>(text[i]));
+        return !refused;
     }
 };
 
@@ -209,6 +226,13 @@ void OutputBlocks::Clear()
     if (!m_blocks.empty())
         m_blocks.front().size = 0;
     m_size = 0;
+}
+
+std::unique_ptr<OutputEncoder> OutputEncoder::CreateForTrial(const wxString& encoding)
+{
+    if (encoding.CmpNoCase(wxS("UTF-8")) == 0)
+        return std::make_unique<Utf8Trial>();
+    return Create(encoding);
 }
 
 std::unique_ptr<OutputEncoder> OutputEncoder::Create(const wxString& encoding)

@@ -53,6 +53,8 @@ class OutputEncoder
 public:
     /// The encoder of `encoding`; null when documents cannot be written in it.
     static std::unique_ptr<OutputEncoder> Create(const wxString& encoding);
+    /// The same for a trial: what becomes of its bytes does not matter, only what it cannot encode.
+    static std::unique_ptr<OutputEncoder> CreateForTrial(const wxString& encoding);
 
     virtual ~OutputEncoder() = default;
 

@@ -176,7 +176,7 @@ bool TreeWriter::Fail(const wxString& problem)
 /// Why what `writer` has not written yet cannot be; empty when it can.
 wxString ProblemAhead(const TreeWriter& writer, const wxString& encoding)
 {
-    const std::unique_ptr<OutputEncoder> nowhere = OutputEncoder::Create(encoding);
+    const std::unique_ptr<OutputEncoder> nowhere = OutputEncoder::CreateForTrial(encoding);
     TreeWriter ahead(writer, *nowhere);
     for (bool done = true; done && !ahead.AtEnd(); nowhere->Blocks().Clear())
         done = ahead.PutNext();

@@ -3,6 +3,7 @@
 #include <rapidcheck/gtest.h>
 
 #include <memory>
+#include <utility>
 
 namespace
 {
@@ -144,6 +145,78 @@ RC_GTEST_PROP(TagPropertiesTest, ACopyReadsLikeItsOriginal, ())
         RC_ASSERT(Dump(assigned) == Dump(bench.Outermost(i)));
         RC_ASSERT(copy->GetHierarchy(3) == bench.Outermost(i).GetHierarchy(3));
     }
+}
+
+std::string FullDump(const CTagBlock& block)
+{
+    std::string text = TitleOf(block) + (block.IsDoubleTag() ? " double" : "") + " {" + OptionsOf(block) + "} " +
+                       LinesOf(block.GetBeginHeader()) + " " + LinesOf(&block) + " " + LinesOf(block.GetEndHeader());
+    for (size_t i = 0; i < block.GetSubBlockCount(); ++i)
+        text += "\n(" + FullDump(*block.GetSubBlock(i)) + ")";
+    return text;
+}
+
+/// What is left of a text, however it has been cut.
+std::string RestOf(const CTagBlock& block)
+{
+    std::string rest;
+    for (unsigned int slot = 0; slot < block.GetCount(); ++slot) {
+        for (const char character : block.GetUnit(slot) ? block.GetUnit(slot)->m_text.utf8_string() : std::string())
+            rest += character == ' ' || character == '\t' ? "" : std::string(1, character);
+    }
+    return rest;
+}
+
+std::string ReadWith(TagBench& bench, const wxString& text, bool asUnits)
+{
+    CTagBlock& block = bench.Load(text);
+    for (unsigned int slot = 0; asUnits && slot < block.GetCount(); ++slot)
+        EXPECT_NE(block.GetUnit(slot), nullptr);
+    const long result = bench.parser.ParseBlock(&block);
+    std::string read = (result == 0 ? "" : LastFailure(bench.parser, result)) + "\n" + RestOf(block);
+    for (size_t i = 0; i < block.GetSubBlockCount(); ++i)
+        read += "\n" + FullDump(*block.GetSubBlock(i));
+    return read;
+}
+
+RC_GTEST_PROP(TagPropertiesTest, LinesOfATextAreReadLikeUnits, ())
+{
+    const std::vector<std::string> pieces = {"<",        ">",
+                                             "<<",       ">>",
+                                             "<a>",      "</a>",
+                                             "<b/>",     "<<a>>",
+                                             "<</a>>",   "<?xml v='1'?>",
+                                             "<!x>",     "<a='x'",
+                                             "<a \n",    "k=1 ",
+                                             "name='b'", "='y' ",
+                                             "\"",       "'",
+                                             "\\",       "/",
+                                             "=",        " ",
+                                             "\t",       "\n",
+                                             "\n",       "\r\n",
+                                             "text",     "a",
+                                             "b",        "\u00e9",
+                                             "\u4e2d",   "\U0001f600",
+                                             "</a>\n",   "<a>\n",
+                                             "<b/>\n",   "</b>",
+                                             "</a='x'>", "<c \u00e9=\"\u00e9>\" />"};
+    std::string text;
+    for (const std::string& piece : *rc::gen::container<std::vector<std::string>>(rc::gen::elementOf(pieces)))
+        text += piece;
+    if (*rc::gen::inRange(0, 2) == 0) {
+        Writer writer;
+        for (const Node& node : MakeTree())
+            writer.Write(node);
+        text += writer.Text();
+    }
+    RC_LOG() << text;
+    using Tags = std::pair<const wchar_t*, const wchar_t*>;
+    const std::vector<Tags> pairs = {{L"<", L">"}, {L"<", L">"}, {L"<a", L"/a>"}, {L"\u00e9", L">"}, {L"a", L"a"}};
+    const Tags tags = *rc::gen::elementOf(pairs);
+    TagBench lines(tags.first, tags.second);
+    TagBench units(tags.first, tags.second);
+    const wxString wide = wxString::FromUTF8(text);
+    RC_ASSERT(ReadWith(lines, wide, false) == ReadWith(units, wide, true));
 }
 
 } // namespace
