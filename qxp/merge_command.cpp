@@ -8,6 +8,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace
 {
@@ -38,10 +39,17 @@ bool Merge(CXmlDocument& base, CXmlDocument& overlay, const MergeOptions& option
     return isMerged;
 }
 
+/// A document that is never destroyed: to take a large tree apart takes a tenth of a run, and the process ends anyway.
+CXmlDocument& NewDocument()
+{
+    static std::vector<std::unique_ptr<CXmlDocument>>& documents = *new std::vector<std::unique_ptr<CXmlDocument>>;
+    return *documents.emplace_back(std::make_unique<CXmlDocument>());
+}
+
 int Run(const MergeOptions& options, Diagnostics& diagnostics)
 {
-    CXmlDocument base;
-    CXmlDocument overlay;
+    CXmlDocument& base = NewDocument();
+    CXmlDocument& overlay = NewDocument();
     if (!ReadDocument(options.base, "", base, diagnostics) ||
         !ReadDocument(options.overlay, "", overlay, diagnostics) || !Merge(base, overlay, options, diagnostics))
         return StatusFailure;

@@ -3,8 +3,12 @@
 #include "parser/parser_unit.h"
 #include "preprocessor/preprocessor.h"
 #include "tags/tag_parser.h"
+#include "tags/tag_text_detail.h"
 
 #include <utility>
+
+using tag_text_detail::ToWide;
+using text_detail::Span;
 
 wxIMPLEMENT_CLASS(CTagBlock, CParserBlock);
 
@@ -27,8 +31,9 @@ CTagBlock::CTagBlock(CParser* parser, CTagBlock* parent)
 
 CTagBlock::CTagBlock(const CTagBlock& other)
     : CParserBlock(other), m_tagParser(nullptr), m_beginHeader(other.m_beginHeader), m_endHeader(other.m_endHeader),
-      m_parent(nullptr), m_type(other.m_type), m_name(other.m_name), m_option(other.m_option),
-      m_doubleTag(other.m_doubleTag)
+      m_parent(nullptr), m_type(other.m_type), m_name(other.m_name),
+      m_option(other.m_option ? std::make_unique<COption>(*other.m_option) : nullptr),
+      m_unreadOptions(other.m_unreadOptions), m_doubleTag(other.m_doubleTag)
 {
     Adopt(m_beginHeader, this);
     Adopt(m_endHeader, this);
@@ -54,7 +59,8 @@ CTagBlock& CTagBlock::operator=(const CTagBlock& other)
     Adopt(m_endHeader, this);
     m_type = other.m_type;
     m_name = other.m_name;
-    m_option = other.m_option;
+    m_option = std::move(copy.m_option);
+    m_unreadOptions = std::move(copy.m_unreadOptions);
     m_doubleTag = other.m_doubleTag;
     return *this;
 }
@@ -90,8 +96,32 @@ long CTagBlock::SaveOption(wxString text, CParserUnit* WXUNUSED(unit))
     if (text.empty())
         return 0;
     CPreprocessor::TrimRight(text, GetCurrentEndTag().wc_str());
-    m_option.ExtractOption(text);
+    Options().ExtractOption(text);
     return 0;
+}
+
+COption& CTagBlock::Options() const
+{
+    if (!m_option)
+        m_option = std::make_unique<COption>();
+    if (!m_unreadOptions.empty()) {
+        m_option->ExtractOption(ToWide(m_unreadOptions));
+        m_unreadOptions.clear();
+    }
+    return *m_option;
+}
+
+/// SaveOption for UTF-8.
+void CTagBlock::NoteOptions(std::string_view text)
+{
+    const Span endTag(GetCurrentEndTag());
+    while (!text.empty() && endTag.Holds(text.back()))
+        text.remove_suffix(1);
+    // Each line is read for itself: a quote that is not closed ends with it.
+    if (m_option || !m_unreadOptions.empty())
+        Options().ExtractOption(ToWide(text));
+    else
+        m_unreadOptions = text;
 }
 
 wxString CTagBlock::GetHierarchy(int level) const

@@ -10,6 +10,8 @@
 #include <cstddef>
 #include <memory>
 #include <optional>
+#include <string>
+#include <string_view>
 #include <vector>
 
 class CTagParser;
@@ -102,8 +104,8 @@ public:
 
     ///@{
     /// The options of the opening tag.
-    COption& GetOption() { return m_option; }
-    const COption& GetOption() const { return m_option; }
+    COption& GetOption() { return Options(); }
+    const COption& GetOption() const { return Options(); }
     ///@}
 
     ///@{
@@ -177,6 +179,9 @@ private:
     long CheckClosingTag(const CTagBlock& source, const Tag& opening, const Tag& closing);
     void TakeHeader(std::optional<CTagHeaderBlock>& header, CTagBlock& source, const Tag& tag);
 
+    COption& Options() const;
+    void NoteOptions(std::string_view text);
+
     void AppendHierarchy(wxString& out, int level) const;
     CTagBlock* AddSubBlock(std::unique_ptr<CTagBlock> block);
 
@@ -187,7 +192,9 @@ private:
     CTagBlock* m_parent;
     wxString m_type;
     wxString m_name;
-    COption m_option;
+    // Most blocks of a large text are never asked for their options.
+    mutable std::unique_ptr<COption> m_option; ///< Null: nobody has asked for it yet.
+    mutable std::string m_unreadOptions;       ///< The text of those that are to be read then.
     bool m_doubleTag = false;
 
     wxDECLARE_CLASS(CTagBlock);

@@ -40,15 +40,13 @@ template <typename Char> void DropTagEnd(const CTagBlock& block, Text<Char>& tex
         text.remove_suffix(1);
 }
 
-/// Reads the options on one line of a tag. False when there are none from here on.
-template <typename Char> bool AddOptions(CTagBlock& block, Text<Char> text, bool isFirst, bool isLast)
+/// The options on one line of a tag. False when there are none from here on.
+template <typename Char> bool TakeOptions(const CTagBlock& block, Text<Char>& text, bool isFirst, bool isLast)
 {
     if (isFirst && !TakeFirstLine(block, text))
         return false;
     if (isLast)
         DropTagEnd(block, text);
-    if (!text.empty())
-        block.SaveOption(ToWide(text), nullptr);
     return true;
 }
 
@@ -89,12 +87,28 @@ long CTagHeaderBlock::Process()
     for (unsigned int slot = 0; slot < last; ++slot) {
         if (!isThere(slot))
             continue;
-        const _UnitSlot& found = m_units.Peek(slot);
-        const bool isLast = slot + 1 == last;
-        if (!(m_parent->ReadsBytes(found) ? AddOptions(*m_parent, found.Line(), isFirst, isLast)
-                                          : AddOptions(*m_parent, TextOf(m_units[slot]->m_text), isFirst, isLast)))
+        if (!AddOptions(slot, isFirst, slot + 1 == last))
             return 0;
         isFirst = false;
     }
     return 0;
+}
+
+/// Reads the options in a slot into those of the parent. False when there are none from here on.
+bool CTagHeaderBlock::AddOptions(unsigned int slot, bool isFirst, bool isLast)
+{
+    const _UnitSlot& found = m_units.Peek(slot);
+    if (m_parent->ReadsBytes(found)) {
+        Text<char> text = found.Line();
+        if (!TakeOptions(*m_parent, text, isFirst, isLast))
+            return false;
+        m_parent->NoteOptions(text);
+        return true;
+    }
+    CParserUnit* const unit = m_units[slot];
+    Text<wchar_t> text = TextOf(unit->m_text);
+    if (!TakeOptions(*m_parent, text, isFirst, isLast))
+        return false;
+    m_parent->SaveOption(ToWide(text), unit);
+    return true;
 }

@@ -33,6 +33,8 @@ public:
     ///@}
 
 private:
+    bool AddOptions(unsigned int slot, bool isFirst, bool isLast);
+
     CTagBlock* m_parent;
 
     wxDECLARE_CLASS(CTagHeaderBlock);

@@ -58,7 +58,7 @@ private:
     bool PutLineEnd(size_t blanks);
     bool PutMargin() { return m_indentation < 0 || PutLineEnd(m_open.size() * static_cast<size_t>(m_indentation)); }
     bool Put(const wxString& text, Escapes escapes = Escapes::none);
-    bool PutMarkup(std::wstring_view markup) { return m_output.Put(markup); }
+    template <size_t Size> bool PutMarkup(const wchar_t (&markup)[Size]) { return m_output.Put({markup, Size - 1}); }
     bool Fail(const wxString& problem);
 
     const wxXmlDocument& m_document;
