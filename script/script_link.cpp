@@ -204,13 +204,13 @@ bool CJScriptLink::DeleteObject()
 
 void CJScriptLink::RemoveFromParent()
 {
-    JSObject* const parent = m_isChild ? JS_GetParent(m_context, m_jsObject) : nullptr;
-    if (!parent)
-        return;
     if (m_late.IsWaiting()) {
         JS_DropLateChild(&m_late);
         return;
     }
+    JSObject* const parent = m_isChild ? JS_GetParent(m_context, m_jsObject) : nullptr;
+    if (!parent)
+        return;
     const wxString name = GetName();
     jsval removed = JSVAL_VOID;
     JS_DeleteWideProperty2(m_context, parent, name.wx_str(), name.length(), &removed);
