@@ -82,7 +82,7 @@ void CLineText::CutLines(bool keepEmptyLines, CArrayParserUnit& units)
     }
 }
 
-void CLineText::Copy(const _UnitSlot& line, CArrayParserUnit& units)
+void CLineText::Copy(const CUnitSlot& line, CArrayParserUnit& units)
 {
     units.AddLine(*line.text, line.Line(), line.line);
     ++line.text->m_lines;
@@ -90,7 +90,7 @@ void CLineText::Copy(const _UnitSlot& line, CArrayParserUnit& units)
 
 void CLineText::Split(CArrayParserUnit& units, size_t index, size_t end, size_t begin)
 {
-    const _UnitSlot line = units.Peek(index);
+    const CUnitSlot line = units.Peek(index);
     units.SetLine(index, line.Line().substr(0, end));
     units.InsertLine(index + 1, *line.text, line.Line().substr(begin), line.line);
     ++line.text->m_lines;

@@ -14,7 +14,7 @@
 #include <vector>
 
 class CArrayParserUnit;
-struct _UnitSlot;
+struct CUnitSlot;
 
 /// A file's text as its lines in blocks share it: they are places in it, until somebody makes units of them. It lives
 /// as long as one line does, and keeps the file alive so long. Blocks belong to one thread at a time, so the count of
@@ -31,7 +31,7 @@ public:
                     CArrayParserUnit& units);
 
     /// Appends a copy of a line to an array.
-    static void Copy(const _UnitSlot& line, CArrayParserUnit& units);
+    static void Copy(const CUnitSlot& line, CArrayParserUnit& units);
 
     /// Makes two lines of the one in a slot: the bytes before `end` stay, those from `begin` on become the next slot.
     static void Split(CArrayParserUnit& units, size_t index, size_t end, size_t begin);

@@ -14,7 +14,7 @@ wxIMPLEMENT_CLASS(CParserBlock, wxObject);
 namespace
 {
 
-wxString WideText(const _UnitSlot& line)
+wxString WideText(const CUnitSlot& line)
 {
     wxString text;
     AppendUtf8(text, line.bytes, line.length);
@@ -33,7 +33,7 @@ CParserBlock::CParserBlock(const CParserBlock& other)
     : wxObject(other), m_parser(nullptr), m_linesClass(other.m_linesClass)
 {
     for (unsigned int i = 0; i < other.GetCount(); ++i) {
-        const _UnitSlot& slot = other.m_units.Peek(i);
+        const CUnitSlot& slot = other.m_units.Peek(i);
         // A derived unit may list its clone somewhere; Append takes it out of there.
         if (slot.IsLine())
             Append(new CParserUnit(wxSharedPtr<CParserFile>(), nullptr, WideText(slot), 0));
@@ -55,7 +55,7 @@ CParserBlock& CParserBlock::operator=(const CParserBlock& other)
 CParserBlock::~CParserBlock()
 {
     for (unsigned int i = 0; i < GetCount(); ++i) {
-        const _UnitSlot& slot = m_units.Peek(i);
+        const CUnitSlot& slot = m_units.Peek(i);
         if (!slot.IsLine())
             delete slot.unit;
     }
@@ -78,7 +78,7 @@ void CParserBlock::AddCopies(const CParserBlock& lines)
     const bool takesLines = TakesLines();
     m_units.Reserve(count);
     for (unsigned int i = 0; i < count; ++i) {
-        const _UnitSlot& slot = lines.m_units.Peek(i);
+        const CUnitSlot& slot = lines.m_units.Peek(i);
         if (takesLines && slot.IsLine()) {
             CLineText::Copy(slot, m_units);
             continue;
@@ -102,7 +102,7 @@ long CParserBlock::RemoveElement(CParserUnit* unit, int* pos, int deleteIt)
     const int slot = pos ? *pos : IndexOf(unit);
     if (slot < 0 || slot >= static_cast<int>(GetCount()))
         return 1;
-    const _UnitSlot& found = m_units.Peek(slot);
+    const CUnitSlot& found = m_units.Peek(slot);
     if (found.IsLine() || found.unit != unit)
         return 1;
     if (deleteIt)
@@ -119,14 +119,14 @@ void CParserBlock::GetBuffer(wxString& out, bool WXUNUSED(flag)) const
 {
     size_t length = 0;
     for (unsigned int i = 0; i < GetCount(); ++i) {
-        const _UnitSlot& slot = m_units.Peek(i);
+        const CUnitSlot& slot = m_units.Peek(i);
         if (!slot.IsHole())
             length += (slot.IsLine() ? slot.length : slot.unit->m_text.length()) + 1;
     }
     out.clear();
     out.reserve(length);
     for (unsigned int i = 0; i < GetCount(); ++i) {
-        const _UnitSlot& slot = m_units.Peek(i);
+        const CUnitSlot& slot = m_units.Peek(i);
         if (slot.IsHole())
             continue;
         if (slot.IsLine())
@@ -139,7 +139,7 @@ void CParserBlock::GetBuffer(wxString& out, bool WXUNUSED(flag)) const
 
 bool CParserBlock::AppendText(unsigned int slot, std::string& bytes) const
 {
-    const _UnitSlot& found = m_units.Peek(slot);
+    const CUnitSlot& found = m_units.Peek(slot);
     if (found.IsHole())
         return false;
     if (found.IsLine())
@@ -149,9 +149,9 @@ bool CParserBlock::AppendText(unsigned int slot, std::string& bytes) const
     return true;
 }
 
-_ParserOrigin CParserBlock::GetOrigin(unsigned int slot) const
+CParserOrigin CParserBlock::GetOrigin(unsigned int slot) const
 {
-    const _UnitSlot& found = m_units.Peek(slot);
+    const CUnitSlot& found = m_units.Peek(slot);
     if (found.IsLine())
         return {found.text->File(), found.line};
     return {found.unit->m_file, found.unit->m_line};

@@ -75,7 +75,7 @@ public:
     bool AppendText(unsigned int slot, std::string& bytes) const;
 
     /// Where the text of a slot comes from, as the unit's m_file and m_line tell it. Not for holes.
-    _ParserOrigin GetOrigin(unsigned int slot) const;
+    CParserOrigin GetOrigin(unsigned int slot) const;
 
     /// The parser that lists this block, null for a detached one.
     CParser* GetParser() const { return m_parser; }

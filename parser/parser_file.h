@@ -16,7 +16,7 @@ class CParserBlock;
 class CParserUnit;
 class CUtf8Text;
 struct CSourceLine;
-struct _ParserOrigin;
+struct CParserOrigin;
 
 /// One source text known to a parser. Shared by the parser's file table and by every unit made from it, so that a unit
 /// can always tell where it came from.
@@ -58,7 +58,7 @@ public:
 
 private:
     friend class CParser;
-    friend struct _ParserOrigin;
+    friend struct CParserOrigin;
 
     void LoadLines(std::string bytes, CParserBlock& block, bool keepEmptyLines);
     void LoadUnits(const wxString& text, CParserBlock* block, bool keepEmptyLines);

@@ -28,7 +28,7 @@ wxString CParserUnit::GetContext() const
 
 CSourceLine CParserUnit::GetSource() const
 {
-    return _ParserOrigin{m_file, m_line}.GetSource();
+    return CParserOrigin{m_file, m_line}.GetSource();
 }
 
 unsigned int CParserUnit::SplitAt(size_t pos, int index)
@@ -55,12 +55,12 @@ wxString FormatContext(const CParserFile* file, unsigned long line)
     return context;
 }
 
-wxString _ParserOrigin::GetContext() const
+wxString CParserOrigin::GetContext() const
 {
     return FormatContext(file.get(), line);
 }
 
-CSourceLine _ParserOrigin::GetSource() const
+CSourceLine CParserOrigin::GetSource() const
 {
     if (file && file->IsLoop() && line - 1 < file->m_loopLines->size())
         return (*file->m_loopLines)[line - 1];

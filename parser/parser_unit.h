@@ -52,7 +52,7 @@ public:
 VC_QXPARSER_API wxString FormatContext(const CParserFile* file, unsigned long line);
 
 /// A place in a file.
-struct VC_QXPARSER_API _ParserOrigin
+struct VC_QXPARSER_API CParserOrigin
 {
     wxSharedPtr<CParserFile> file; ///< May be null.
     unsigned long line = 0;        ///< Counted from 1.

@@ -12,7 +12,7 @@
 namespace
 {
 
-void SetUnit(_UnitSlot& slot, CParserUnit* unit)
+void SetUnit(CUnitSlot& slot, CParserUnit* unit)
 {
     slot.text = nullptr;
     slot.unit = unit;
@@ -26,7 +26,7 @@ CArrayParserUnit& CArrayParserUnit::operator=(const CArrayParserUnit& other)
         return *this;
     Empty();
     const size_t count = other.GetCount();
-    _UnitSlot* const slots = MakeRoom(0, count);
+    CUnitSlot* const slots = MakeRoom(0, count);
     for (size_t i = 0; i < count; ++i)
         SetUnit(slots[i], other.Item(i));
     return *this;
@@ -41,7 +41,7 @@ int CArrayParserUnit::Index(const CParserUnit* unit) const
 {
     const size_t count = GetCount();
     for (size_t i = 0; i < count; ++i) {
-        const _UnitSlot& slot = Slot(i);
+        const CUnitSlot& slot = Slot(i);
         if (!slot.IsLine() && slot.unit == unit)
             return static_cast<int>(i);
     }
@@ -77,7 +77,7 @@ void CArrayParserUnit::Reserve(size_t count)
 
 void CArrayParserUnit::InsertLine(size_t index, CLineText& text, std::string_view bytes, uint32_t line)
 {
-    _UnitSlot& slot = *MakeRoom(index, 1);
+    CUnitSlot& slot = *MakeRoom(index, 1);
     slot.text = &text;
     slot.bytes = bytes.data();
     slot.length = static_cast<uint32_t>(bytes.size());
@@ -86,14 +86,14 @@ void CArrayParserUnit::InsertLine(size_t index, CLineText& text, std::string_vie
 
 void CArrayParserUnit::SetLine(size_t index, std::string_view bytes)
 {
-    _UnitSlot& slot = Slot(index);
+    CUnitSlot& slot = Slot(index);
     slot.bytes = bytes.data();
     slot.length = static_cast<uint32_t>(bytes.size());
 }
 
 void CArrayParserUnit::DropLine(size_t index)
 {
-    _UnitSlot& slot = Slot(index);
+    CUnitSlot& slot = Slot(index);
     CLineText::Release(slot.text);
     SetUnit(slot, nullptr);
 }
@@ -103,9 +103,9 @@ size_t CArrayParserUnit::MoveTo(CArrayParserUnit& other, size_t index, size_t be
     size_t count = 0;
     for (size_t i = begin; i < end; ++i)
         count += !Slot(i).IsHole();
-    _UnitSlot* to = other.MakeRoom(index, count);
+    CUnitSlot* to = other.MakeRoom(index, count);
     for (size_t i = begin; i < end; ++i) {
-        _UnitSlot& slot = Slot(i);
+        CUnitSlot& slot = Slot(i);
         if (slot.IsHole())
             continue;
         *to++ = slot;
@@ -114,7 +114,7 @@ size_t CArrayParserUnit::MoveTo(CArrayParserUnit& other, size_t index, size_t be
     return count;
 }
 
-void CArrayParserUnit::MakeUnit(_UnitSlot& slot) const
+void CArrayParserUnit::MakeUnit(CUnitSlot& slot) const
 {
     CLineText* const text = slot.text;
     wxString line;
@@ -123,19 +123,19 @@ void CArrayParserUnit::MakeUnit(_UnitSlot& slot) const
     CLineText::Release(text);
 }
 
-_UnitSlot* CArrayParserUnit::MakeRoom(size_t index, size_t count)
+CUnitSlot* CArrayParserUnit::MakeRoom(size_t index, size_t count)
 {
     Reserve(count);
     if (index != m_gapStart)
         MoveGap(index);
-    _UnitSlot* const first = m_slots.get() + m_gapStart;
+    CUnitSlot* const first = m_slots.get() + m_gapStart;
     m_gapStart += count;
     return first;
 }
 
 void CArrayParserUnit::MoveGap(size_t index)
 {
-    _UnitSlot* const slots = m_slots.get();
+    CUnitSlot* const slots = m_slots.get();
     if (index < m_gapStart)
         std::move_backward(slots + index, slots + m_gapStart, slots + m_gapEnd);
     else if (index > m_gapStart)
@@ -150,8 +150,8 @@ void CArrayParserUnit::Grow(size_t count)
     // Most blocks of a tag tree get their few lines at once and no more.
     const size_t capacity = used ? std::max<size_t>(used + used / 2 + 8, used + count) : count;
     // Left uninitialised: a slot is written when it is taken.
-    std::unique_ptr<_UnitSlot[]> slots(new _UnitSlot[capacity]);
-    vcq::detail::PreferLargePages(slots.get(), capacity * sizeof(_UnitSlot));
+    std::unique_ptr<CUnitSlot[]> slots(new CUnitSlot[capacity]);
+    vcq::detail::PreferLargePages(slots.get(), capacity * sizeof(CUnitSlot));
     const size_t behind = m_capacity - m_gapEnd;
     std::copy_n(m_slots.get(), m_gapStart, slots.get());
     std::copy_n(m_slots.get() + m_gapEnd, behind, slots.get() + capacity - behind);

@@ -12,7 +12,7 @@ class CParserBlock;
 class CParserUnit;
 
 /// One slot of a block: a hole, a unit, or a line of a text of which no unit has been made yet.
-struct _UnitSlot
+struct CUnitSlot
 {
     CLineText* text; ///< The text that a line belongs to; null for units and holes. Each line has a share in it.
     /// @cond
@@ -86,7 +86,7 @@ public:
     void Empty();
 
     /// A slot as it is. It moves when slots are inserted or removed.
-    const _UnitSlot& Peek(size_t index) const { return Slot(index); }
+    const CUnitSlot& Peek(size_t index) const { return Slot(index); }
 
     /// Makes room for as many slots more, so that adding them moves nothing.
     void Reserve(size_t count);
@@ -110,24 +110,24 @@ public:
     size_t MoveTo(CArrayParserUnit& other, size_t index, size_t begin, size_t end);
 
 private:
-    _UnitSlot& Slot(size_t index) const
+    CUnitSlot& Slot(size_t index) const
     {
         return m_slots[index < m_gapStart ? index : index + (m_gapEnd - m_gapStart)];
     }
-    CParserUnit*& Unit(_UnitSlot& slot) const
+    CParserUnit*& Unit(CUnitSlot& slot) const
     {
         if (slot.IsLine())
             MakeUnit(slot);
         return slot.unit;
     }
 
-    void MakeUnit(_UnitSlot& slot) const;
-    _UnitSlot* MakeRoom(size_t index, size_t count);
+    void MakeUnit(CUnitSlot& slot) const;
+    CUnitSlot* MakeRoom(size_t index, size_t count);
     void MoveGap(size_t index);
     void Grow(size_t count);
 
     CParserBlock* m_owner = nullptr;
-    std::unique_ptr<_UnitSlot[]> m_slots;
+    std::unique_ptr<CUnitSlot[]> m_slots;
     size_t m_capacity = 0;
     size_t m_gapStart = 0;
     size_t m_gapEnd = 0;

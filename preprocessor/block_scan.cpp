@@ -59,13 +59,13 @@ private:
     size_t m_openComments = 0;
     bool m_commentOpened = false; ///< On the current line.
     int m_commentSlot = 0;
-    _ParserOrigin m_commentOrigin;
+    CParserOrigin m_commentOrigin;
 };
 
 long CBlockScan::Run()
 {
     while (m_position.m_index < static_cast<int>(m_lines.GetCount())) {
-        const _UnitSlot& slot = m_lines.Peek(m_position.m_index);
+        const CUnitSlot& slot = m_lines.Peek(m_position.m_index);
         if (slot.IsHole()) {
             ++m_position.m_index;
             continue;
@@ -313,9 +313,9 @@ CParserUnit* CCurrentUnit::Make() const
     return m_unit;
 }
 
-_ParserOrigin _BlockPosition::GetOrigin() const
+CParserOrigin _BlockPosition::GetOrigin() const
 {
-    return m_unit.IsMade() ? _ParserOrigin{m_unit->m_file, m_unit->m_line} : m_block->GetOrigin(m_index);
+    return m_unit.IsMade() ? CParserOrigin{m_unit->m_file, m_unit->m_line} : m_block->GetOrigin(m_index);
 }
 
 long CPreprocessor::PreprocessBlock(CParserBlock* block)

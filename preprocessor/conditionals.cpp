@@ -15,7 +15,7 @@
 namespace
 {
 
-std::wstring_view NameBehind(const _DirectiveLine& line)
+std::wstring_view NameBehind(const CDirectiveLine& line)
 {
     const wchar_t* const name = text_detail::SkipBlanks(line.rest, line.end);
     return std::wstring_view(name, text_detail::SkipWord(name, line.end) - name);
@@ -28,13 +28,13 @@ _IfDefStateInfo* CPreprocessor::InnermostSection()
     return m_sections.size() > m_sectionBase ? &m_sections.back() : nullptr;
 }
 
-long CPreprocessor::FailWithout(const _DirectiveLine& line, const wchar_t* opening)
+long CPreprocessor::FailWithout(const CDirectiveLine& line, const wchar_t* opening)
 {
     return Fail(wxString::Format(wxS("%c%s without %c%s"), DirectiveChar, line.Word(), DirectiveChar, opening),
                 line.position.m_unit);
 }
 
-long CPreprocessor::FailCondition(const _DirectiveLine& line, const wxString& condition)
+long CPreprocessor::FailCondition(const CDirectiveLine& line, const wxString& condition)
 {
     return Fail(wxString::Format(wxS("%c%s : Can not evaluate condition: %s"), DirectiveChar, line.Word(), condition),
                 line.position.m_unit);
@@ -42,7 +42,7 @@ long CPreprocessor::FailCondition(const _DirectiveLine& line, const wxString& co
 
 /// Opens a section. One inside a skipped section counts as decided with its branch behind it, so that nothing in it is
 /// evaluated, kept or switched on.
-long CPreprocessor::OpenSection(_DirectiveLine& line, std::optional<bool> taken)
+long CPreprocessor::OpenSection(CDirectiveLine& line, std::optional<bool> taken)
 {
     if (m_sections.size() >= m_limits.openSections)
         return Fail(wxString::Format(wxS("%c%s : More than %u open sections !"), DirectiveChar, line.Word(),
@@ -60,7 +60,7 @@ long CPreprocessor::OpenSection(_DirectiveLine& line, std::optional<bool> taken)
     return 0;
 }
 
-long CPreprocessor::OpenDefinedSection(_DirectiveLine& line, bool wanted)
+long CPreprocessor::OpenDefinedSection(CDirectiveLine& line, bool wanted)
 {
     if (m_skipping)
         return OpenSection(line, true);
@@ -70,19 +70,19 @@ long CPreprocessor::OpenDefinedSection(_DirectiveLine& line, bool wanted)
     return OpenSection(line, found == wanted);
 }
 
-long CPreprocessor::DirectiveIfdef(_DirectiveLine& line)
+long CPreprocessor::DirectiveIfdef(CDirectiveLine& line)
 {
     return OpenDefinedSection(line, true);
 }
 
-long CPreprocessor::DirectiveIfndef(_DirectiveLine& line)
+long CPreprocessor::DirectiveIfndef(CDirectiveLine& line)
 {
     return OpenDefinedSection(line, false);
 }
 
 /// Replaces the defines of a condition. In partial mode nothing that goes wrong here is an error yet: the condition is
 /// undecided (1), and a later pass will say so.
-long CPreprocessor::ReplaceCondition(const _DirectiveLine& line, wxString& condition)
+long CPreprocessor::ReplaceCondition(const CDirectiveLine& line, wxString& condition)
 {
     const wxArrayString noNames;
     const auto replace = [&] {
@@ -115,7 +115,7 @@ bool CPreprocessor::EvaluateCondition(const wxString& condition, bool& value)
     return Scripts().condition.Evaluate(hasDefined ? rewritten : condition, value);
 }
 
-long CPreprocessor::DirectiveIf(_DirectiveLine& line)
+long CPreprocessor::DirectiveIf(CDirectiveLine& line)
 {
     if (m_skipping)
         return OpenSection(line, true);
@@ -132,7 +132,7 @@ long CPreprocessor::DirectiveIf(_DirectiveLine& line)
     return FailCondition(line, condition);
 }
 
-long CPreprocessor::DirectiveElse(_DirectiveLine& line)
+long CPreprocessor::DirectiveElse(CDirectiveLine& line)
 {
     _IfDefStateInfo* const section = InnermostSection();
     if (!section)
@@ -146,7 +146,7 @@ long CPreprocessor::DirectiveElse(_DirectiveLine& line)
     return 0;
 }
 
-long CPreprocessor::DirectiveElif(_DirectiveLine& line)
+long CPreprocessor::DirectiveElif(CDirectiveLine& line)
 {
     _IfDefStateInfo* const section = InnermostSection();
     if (!section)
@@ -163,7 +163,7 @@ long CPreprocessor::DirectiveElif(_DirectiveLine& line)
     return 0;
 }
 
-long CPreprocessor::DecideBranch(_DirectiveLine& line, _IfDefStateInfo& section)
+long CPreprocessor::DecideBranch(CDirectiveLine& line, _IfDefStateInfo& section)
 {
     wxString condition;
     const long replaced = ReplaceCondition(line, condition);
@@ -178,7 +178,7 @@ long CPreprocessor::DecideBranch(_DirectiveLine& line, _IfDefStateInfo& section)
     return 0;
 }
 
-long CPreprocessor::DirectiveElseifdef(_DirectiveLine& line)
+long CPreprocessor::DirectiveElseifdef(CDirectiveLine& line)
 {
     _IfDefStateInfo* const section = InnermostSection();
     if (!section)
@@ -203,7 +203,7 @@ long CPreprocessor::DirectiveElseifdef(_DirectiveLine& line)
     return 0;
 }
 
-long CPreprocessor::DirectiveEndif(_DirectiveLine& line)
+long CPreprocessor::DirectiveEndif(CDirectiveLine& line)
 {
     const _IfDefStateInfo* const section = InnermostSection();
     if (!section)

@@ -113,7 +113,7 @@ void CPreprocessor::BufferInPlaceRemoveDefines(wxString& text, const wchar_t** n
 
 /// Reads what stands behind "define" or "redefine".
 /// @return 0; 1 when partial mode could not resolve the value; -1 after a recorded error.
-long CPreprocessor::ReadDefine(_DirectiveLine& line, wxString& name, _DefineInfo& define)
+long CPreprocessor::ReadDefine(CDirectiveLine& line, wxString& name, _DefineInfo& define)
 {
     const wchar_t* at = text_detail::SkipBlanks(line.rest, line.end);
     const wchar_t* const nameStart = at;
@@ -132,13 +132,13 @@ long CPreprocessor::ReadDefine(_DirectiveLine& line, wxString& name, _DefineInfo
     return result == 1 && !m_partial ? -1 : result;
 }
 
-void CPreprocessor::KeepDefine(_DirectiveLine& line, const wxString& name, const _DefineInfo& define)
+void CPreprocessor::KeepDefine(CDirectiveLine& line, const wxString& name, const _DefineInfo& define)
 {
     line.output.append(line.at, line.rest - line.at).append(1, wxUniChar(L' ')).append(FormatDefine(name, define));
     m_wasPartial = true;
 }
 
-long CPreprocessor::DirectiveDefine(_DirectiveLine& line)
+long CPreprocessor::DirectiveDefine(CDirectiveLine& line)
 {
     wxString name;
     _DefineInfo define;
@@ -160,7 +160,7 @@ long CPreprocessor::DirectiveDefine(_DirectiveLine& line)
 }
 
 /// What changes a define needs one.
-long CPreprocessor::FailNotDefined(_DirectiveLine& line, const wxString& name)
+long CPreprocessor::FailNotDefined(CDirectiveLine& line, const wxString& name)
 {
     if (!m_partial)
         return Fail(wxString::Format(wxS("\"%s\" not defined!"), name), line.position.m_unit);
@@ -168,7 +168,7 @@ long CPreprocessor::FailNotDefined(_DirectiveLine& line, const wxString& name)
     return 0;
 }
 
-long CPreprocessor::DirectiveRedefine(_DirectiveLine& line)
+long CPreprocessor::DirectiveRedefine(CDirectiveLine& line)
 {
     wxString name;
     _DefineInfo define;
@@ -185,7 +185,7 @@ long CPreprocessor::DirectiveRedefine(_DirectiveLine& line)
     return 0;
 }
 
-long CPreprocessor::DirectiveUndef(_DirectiveLine& line)
+long CPreprocessor::DirectiveUndef(CDirectiveLine& line)
 {
     const wchar_t* const at = text_detail::SkipBlanks(line.rest, line.end);
     const wxString name(at, text_detail::SkipWord(at, line.end) - at);

@@ -6,7 +6,7 @@
 
 /// A "#" construct on a line, as its handler sees it. The pointers are into the line's text; the handlers of directives
 /// own the rest of the line, so the scan resumes at its end.
-struct _DirectiveLine
+struct CDirectiveLine
 {
     wxString& output;     ///< What the line has come to so far.
     const wchar_t* at;    ///< The "#".

@@ -16,7 +16,7 @@ struct CDirectiveTable
     struct Entry
     {
         std::wstring_view word;
-        long (CPreprocessor::*apply)(_DirectiveLine&);
+        long (CPreprocessor::*apply)(CDirectiveLine&);
         bool actsWhileSkipping;
     };
 
@@ -51,7 +51,7 @@ long CPreprocessor::DirectiveApply(wxString& output, const wchar_t* at, const wc
                                    _BlockPosition& position)
 {
     const wchar_t* const word = at + (at + 1 != end && at[1] == DirectiveChar ? 2 : 1);
-    _DirectiveLine line{output, at, word, text_detail::SkipWord(word, end), end, next, position};
+    CDirectiveLine line{output, at, word, text_detail::SkipWord(word, end), end, next, position};
     if (!position.m_lineStarted && !line.IsQuoting()) {
         const std::wstring_view name(word, line.rest - word);
         if (const CDirectiveTable::Entry* const directive = CDirectiveTable::Find(name)) {
@@ -72,7 +72,7 @@ long CPreprocessor::DirectiveApply(wxString& output, const wchar_t* at, const wc
     return 0;
 }
 
-long CPreprocessor::ApplyUse(_DirectiveLine& line)
+long CPreprocessor::ApplyUse(CDirectiveLine& line)
 {
     const std::wstring_view name(line.word, line.rest - line.word);
     const _DefineInfo* const define = m_defines.Find(name);
@@ -89,7 +89,7 @@ long CPreprocessor::ApplyUse(_DirectiveLine& line)
     return 0;
 }
 
-long CPreprocessor::ApplyInlineScript(_DirectiveLine& line)
+long CPreprocessor::ApplyInlineScript(CDirectiveLine& line)
 {
     const CCurrentUnit& unit = line.position.m_unit;
     const wchar_t* const begin = line.word + 1;
@@ -128,7 +128,7 @@ long CPreprocessor::ApplyInlineScript(_DirectiveLine& line)
 }
 
 /// In partial mode, what stands inside a section that is not decided yet is not decided either.
-bool CPreprocessor::KeepInUndecidedSection(_DirectiveLine& line)
+bool CPreprocessor::KeepInUndecidedSection(CDirectiveLine& line)
 {
     const _IfDefStateInfo* const section = InnermostSection();
     const bool undecided = m_partial && section && section->m_inUnresolved;
@@ -137,13 +137,13 @@ bool CPreprocessor::KeepInUndecidedSection(_DirectiveLine& line)
     return undecided;
 }
 
-void CPreprocessor::KeepForLaterPass(_DirectiveLine& line)
+void CPreprocessor::KeepForLaterPass(CDirectiveLine& line)
 {
     line.Keep();
     m_wasPartial = true;
 }
 
-long CPreprocessor::DirectiveError(_DirectiveLine& line)
+long CPreprocessor::DirectiveError(CDirectiveLine& line)
 {
     if (KeepInUndecidedSection(line))
         return 0;
@@ -153,7 +153,7 @@ long CPreprocessor::DirectiveError(_DirectiveLine& line)
     return Fail(message, unit);
 }
 
-long CPreprocessor::DirectiveWarning(_DirectiveLine& line)
+long CPreprocessor::DirectiveWarning(CDirectiveLine& line)
 {
     if (KeepInUndecidedSection(line))
         return 0;

@@ -42,7 +42,7 @@ CUtf8Text WithoutInterpreterLine(CUtf8Text text)
 
 } // namespace
 
-long CPreprocessor::DirectiveInclude(_DirectiveLine& line)
+long CPreprocessor::DirectiveInclude(CDirectiveLine& line)
 {
     line.output.clear();
     line.position.m_unit.Get(); // while it is in its slot: what is inserted moves it

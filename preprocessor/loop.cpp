@@ -17,9 +17,9 @@
 #include <vector>
 
 /// What stands behind "for": a name, a blank, and three expressions separated by ";".
-struct _LoopHeader
+struct CLoopHeader
 {
-    explicit _LoopHeader(wxString arguments)
+    explicit CLoopHeader(wxString arguments)
     {
         CPreprocessor::TrimLeft(arguments, L" ");
         CPreprocessor::TrimRight(arguments, L" ");
@@ -49,7 +49,7 @@ template <typename Char> bool IsDirective(const Char* begin, const Char* end, st
     return std::equal(at + 1, wordEnd, word.begin(), word.end());
 }
 
-bool IsDirective(const _UnitSlot& slot, std::string_view word)
+bool IsDirective(const CUnitSlot& slot, std::string_view word)
 {
     if (slot.IsLine())
         return IsDirective(slot.bytes, slot.bytes + slot.length, word);
@@ -86,7 +86,7 @@ LoopBody TakeBody(_BlockPosition& position, int loopEnd)
     std::string body;
     const auto sources = std::make_shared<std::vector<CSourceLine>>();
     while (position.m_index < loopEnd) {
-        const _UnitSlot& slot = units.Peek(position.m_index);
+        const CUnitSlot& slot = units.Peek(position.m_index);
         if (slot.IsHole()) {
             ++position.m_index;
             continue;
@@ -106,7 +106,7 @@ LoopBody TakeBody(_BlockPosition& position, int loopEnd)
 
 } // namespace
 
-long CPreprocessor::DirectiveFor(_DirectiveLine& line)
+long CPreprocessor::DirectiveFor(CDirectiveLine& line)
 {
     line.position.m_unit.Get(); // while it is in its slot: what is inserted moves it
     const long result = ApplyFor(line.Rest(), line.position);
@@ -134,7 +134,7 @@ long CPreprocessor::EvaluateBound(const wxString& bound, const wxString& message
     return 0;
 }
 
-long CPreprocessor::EvaluateBounds(const _LoopHeader& header, const _BlockPosition& position, _LoopBounds& bounds)
+long CPreprocessor::EvaluateBounds(const CLoopHeader& header, const _BlockPosition& position, CLoopBounds& bounds)
 {
     // The start is reported with the word "if"; users' tools know the text.
     const struct
@@ -158,7 +158,7 @@ long CPreprocessor::EvaluateBounds(const _LoopHeader& header, const _BlockPositi
     return status;
 }
 
-long CPreprocessor::CheckBounds(const _LoopBounds& bounds, const _LoopHeader& header, const CParserUnit* unit)
+long CPreprocessor::CheckBounds(const CLoopBounds& bounds, const CLoopHeader& header, const CParserUnit* unit)
 {
     if (bounds.start > bounds.end)
         return 0;
@@ -177,8 +177,8 @@ long CPreprocessor::ApplyFor(const wxString& arguments, _BlockPosition& position
     if (m_loopNesting >= m_limits.loopNesting)
         return Fail(wxString::Format(wxS("%s : Loops nested deeper than %u"), wxS("for"), m_limits.loopNesting),
                     directive);
-    const _LoopHeader header(arguments);
-    _LoopBounds bounds;
+    const CLoopHeader header(arguments);
+    CLoopBounds bounds;
     const long evaluated = EvaluateBounds(header, position, bounds);
     if (evaluated < 0 || (evaluated == 0 && CheckBounds(bounds, header, directive) != 0))
         return -1;
@@ -214,7 +214,7 @@ long CPreprocessor::ApplyFor(const wxString& arguments, _BlockPosition& position
     return RunLoop(header.name, bounds, *lines, directive, position);
 }
 
-long CPreprocessor::RunLoop(const wxString& name, const _LoopBounds& bounds, const CParserBlock& lines,
+long CPreprocessor::RunLoop(const wxString& name, const CLoopBounds& bounds, const CParserBlock& lines,
                             const CParserUnit* directive, _BlockPosition& position)
 {
     const CNestedText nested(m_sections.size(), m_sectionBase, m_loopNesting);

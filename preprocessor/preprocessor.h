@@ -20,8 +20,8 @@ class CParserUnit;
 class CNameList;
 class CPreprocessorScripts;
 class CScanBuffers;
-struct _DirectiveLine;
-struct _LoopHeader;
+struct CDirectiveLine;
+struct CLoopHeader;
 
 /// One open conditional section.
 struct _IfDefStateInfo
@@ -37,7 +37,7 @@ struct _IfDefStateInfo
 
     int m_state;            ///< One of State.
     bool m_savedSkipping;   ///< Whether text was already left out where the section opened.
-    _ParserOrigin m_origin; ///< Where the section opened.
+    CParserOrigin m_origin; ///< Where the section opened.
     bool m_unresolved;      ///< Partial mode could not decide it: its directives are kept.
     bool m_inUnresolved;    ///< It is such a section, or stands in one of the same text.
 };
@@ -79,7 +79,7 @@ struct VC_QXPARSER_API _BlockPosition
     bool m_lineStarted;    ///< Something that is neither blank nor comment stands before this place on the line.
 
     /// Where the current unit comes from; makes none.
-    _ParserOrigin GetOrigin() const;
+    CParserOrigin GetOrigin() const;
 };
 
 /// What an input may ask of a preprocessor before it is refused. Going past a limit is an error with a message of its
@@ -304,7 +304,7 @@ private:
     friend class CParamSubstitution;
     friend struct CDirectiveTable;
 
-    struct _LoopBounds
+    struct CLoopBounds
     {
         int start = 0;
         int end = 0;
@@ -314,19 +314,19 @@ private:
     long Fail(const wxString& message, const CParserUnit* unit);
     CPreprocessorScripts& Scripts();
 
-    long ApplyUse(_DirectiveLine& line);
-    long ApplyInlineScript(_DirectiveLine& line);
-    long DirectiveError(_DirectiveLine& line);
-    long DirectiveWarning(_DirectiveLine& line);
-    bool KeepInUndecidedSection(_DirectiveLine& line);
-    void KeepForLaterPass(_DirectiveLine& line);
+    long ApplyUse(CDirectiveLine& line);
+    long ApplyInlineScript(CDirectiveLine& line);
+    long DirectiveError(CDirectiveLine& line);
+    long DirectiveWarning(CDirectiveLine& line);
+    bool KeepInUndecidedSection(CDirectiveLine& line);
+    void KeepForLaterPass(CDirectiveLine& line);
 
-    long DirectiveDefine(_DirectiveLine& line);
-    long DirectiveRedefine(_DirectiveLine& line);
-    long DirectiveUndef(_DirectiveLine& line);
-    long ReadDefine(_DirectiveLine& line, wxString& name, _DefineInfo& define);
-    void KeepDefine(_DirectiveLine& line, const wxString& name, const _DefineInfo& define);
-    long FailNotDefined(_DirectiveLine& line, const wxString& name);
+    long DirectiveDefine(CDirectiveLine& line);
+    long DirectiveRedefine(CDirectiveLine& line);
+    long DirectiveUndef(CDirectiveLine& line);
+    long ReadDefine(CDirectiveLine& line, wxString& name, _DefineInfo& define);
+    void KeepDefine(CDirectiveLine& line, const wxString& name, const _DefineInfo& define);
+    long FailNotDefined(CDirectiveLine& line, const wxString& name);
     long SplitArguments(const wxString& name, const wchar_t*& at, const wchar_t* end, wxArrayString& arguments,
                         const _BlockPosition* position);
     long ReplaceDefines(const wchar_t* at, const wchar_t* end, wxString& result, const _BlockPosition& position,
@@ -336,28 +336,28 @@ private:
                    const _BlockPosition* position, bool quote, wxString& result);
 
     _IfDefStateInfo* InnermostSection();
-    long OpenSection(_DirectiveLine& line, std::optional<bool> taken);
-    long OpenDefinedSection(_DirectiveLine& line, bool wanted);
-    long ReplaceCondition(const _DirectiveLine& line, wxString& condition);
+    long OpenSection(CDirectiveLine& line, std::optional<bool> taken);
+    long OpenDefinedSection(CDirectiveLine& line, bool wanted);
+    long ReplaceCondition(const CDirectiveLine& line, wxString& condition);
     bool EvaluateCondition(const wxString& condition, bool& value);
     long RewriteDefined(const wxString& condition, wxString& result) const;
-    long DecideBranch(_DirectiveLine& line, _IfDefStateInfo& section);
-    long FailWithout(const _DirectiveLine& line, const wchar_t* opening);
-    long FailCondition(const _DirectiveLine& line, const wxString& condition);
-    long DirectiveIfdef(_DirectiveLine& line);
-    long DirectiveIfndef(_DirectiveLine& line);
-    long DirectiveIf(_DirectiveLine& line);
-    long DirectiveElse(_DirectiveLine& line);
-    long DirectiveElif(_DirectiveLine& line);
-    long DirectiveElseifdef(_DirectiveLine& line);
-    long DirectiveEndif(_DirectiveLine& line);
+    long DecideBranch(CDirectiveLine& line, _IfDefStateInfo& section);
+    long FailWithout(const CDirectiveLine& line, const wchar_t* opening);
+    long FailCondition(const CDirectiveLine& line, const wxString& condition);
+    long DirectiveIfdef(CDirectiveLine& line);
+    long DirectiveIfndef(CDirectiveLine& line);
+    long DirectiveIf(CDirectiveLine& line);
+    long DirectiveElse(CDirectiveLine& line);
+    long DirectiveElif(CDirectiveLine& line);
+    long DirectiveElseifdef(CDirectiveLine& line);
+    long DirectiveEndif(CDirectiveLine& line);
 
-    long DirectiveInclude(_DirectiveLine& line);
-    long DirectiveFor(_DirectiveLine& line);
+    long DirectiveInclude(CDirectiveLine& line);
+    long DirectiveFor(CDirectiveLine& line);
     long EvaluateBound(const wxString& bound, const wxString& messageStart, const _BlockPosition& position, int& value);
-    long EvaluateBounds(const _LoopHeader& header, const _BlockPosition& position, _LoopBounds& bounds);
-    long CheckBounds(const _LoopBounds& bounds, const _LoopHeader& header, const CParserUnit* unit);
-    long RunLoop(const wxString& name, const _LoopBounds& bounds, const CParserBlock& lines,
+    long EvaluateBounds(const CLoopHeader& header, const _BlockPosition& position, CLoopBounds& bounds);
+    long CheckBounds(const CLoopBounds& bounds, const CLoopHeader& header, const CParserUnit* unit);
+    long RunLoop(const wxString& name, const CLoopBounds& bounds, const CParserBlock& lines,
                  const CParserUnit* directive, _BlockPosition& position);
 
     CParser* m_parser;

@@ -68,7 +68,7 @@ private:
     bool WriteResult(wxOutputStream& stream);
     bool WriteBlock(const CParserBlock& block, wxOutputStream& stream);
     void AppendSlot(const CParserBlock& block, unsigned int slot);
-    void AppendOrigin(const _ParserOrigin& origin);
+    void AppendOrigin(const CParserOrigin& origin);
     std::string SortedDefines() const;
     std::string Rule() { return m_pp.GetDependencies().MakeRule(m_options.output, m_options.files[0]); }
 
@@ -132,7 +132,7 @@ void PreprocessRun::AppendSlot(const CParserBlock& block, unsigned int slot)
     m_text += '\n';
     if (!m_options.origins && !m_options.lineMarkers && !m_map)
         return;
-    const _ParserOrigin origin = block.GetOrigin(slot);
+    const CParserOrigin origin = block.GetOrigin(slot);
     const std::string text = m_text.substr(begin);
     m_text.resize(begin);
     for (size_t start = 0; start != text.size();) {
@@ -143,7 +143,7 @@ void PreprocessRun::AppendSlot(const CParserBlock& block, unsigned int slot)
     }
 }
 
-void PreprocessRun::AppendOrigin(const _ParserOrigin& origin)
+void PreprocessRun::AppendOrigin(const CParserOrigin& origin)
 {
     const CParserFile* const file = origin.file.get();
     const bool isOther = file != m_lastFile;

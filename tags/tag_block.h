@@ -162,7 +162,7 @@ private:
 
     long Fail(long code, const wxString& message, const CParserUnit* unit);
     const CParserUnit* LastUnit() const;
-    bool ReadsBytes(const _UnitSlot& slot) const;
+    bool ReadsBytes(const CUnitSlot& slot) const;
 
     bool FindBeginTag(int& unit, std::size_t& at) const;
     bool FindEndTag(int& unit, std::size_t& at) const;

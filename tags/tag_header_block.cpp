@@ -97,7 +97,7 @@ long CTagHeaderBlock::Process()
 /// Reads the options in a slot into those of the parent. False when there are none from here on.
 bool CTagHeaderBlock::AddOptions(unsigned int slot, bool isFirst, bool isLast)
 {
-    const _UnitSlot& found = m_units.Peek(slot);
+    const CUnitSlot& found = m_units.Peek(slot);
     if (m_parent->ReadsBytes(found)) {
         Text<char> text = found.Line();
         if (!TakeOptions(*m_parent, text, isFirst, isLast))

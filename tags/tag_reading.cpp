@@ -145,7 +145,7 @@ const CParserUnit* CTagBlock::LastUnit() const
 }
 
 /// Whether a slot is a line of which no unit needs to be made to find tags in it.
-bool CTagBlock::ReadsBytes(const _UnitSlot& slot) const
+bool CTagBlock::ReadsBytes(const CUnitSlot& slot) const
 {
     return slot.IsLine() && m_tagParser && m_tagParser->m_tagsAreAscii;
 }
@@ -157,7 +157,7 @@ bool CTagBlock::FindBeginTag(int& unit, size_t& at) const
     if (!CanBeFound(tag))
         unit = count;
     for (unit = std::max(unit, 0); unit < count; ++unit) {
-        const _UnitSlot& slot = m_units.Peek(unit);
+        const CUnitSlot& slot = m_units.Peek(unit);
         if (slot.IsHole())
             continue;
         at = ReadsBytes(slot) ? StartOfTag(slot.Line(), tag) : StartOfTag(TextOf(m_units[unit]->m_text), tag);
@@ -362,14 +362,14 @@ long CTagBlock::ReadOpeningTag(CTagBlock& source, Tag& tag)
 long CTagBlock::ReadType(const CTagBlock& source, const Tag& tag)
 {
     const auto isBlank = [&](int slot) {
-        const _UnitSlot& found = source.m_units.Peek(slot);
+        const CUnitSlot& found = source.m_units.Peek(slot);
         return found.IsHole() || (source.ReadsBytes(found) ? Trimmed(found.Line()).empty()
                                                            : Trimmed(TextOf(source.m_units[slot]->m_text)).empty());
     };
     Place place{&source, tag.first};
     while (place.slot < tag.last && isBlank(place.slot))
         ++place.slot;
-    const _UnitSlot& found = source.m_units.Peek(place.slot);
+    const CUnitSlot& found = source.m_units.Peek(place.slot);
     const wxString& beginTag = GetCurrentBeginTag();
     const long result = source.ReadsBytes(found)
                             ? TakeTitle(ReadTagTitle(Trimmed(found.Line()), beginTag), place)

@@ -34,7 +34,7 @@ inline void PrintTo(const wxString& text, std::ostream* out)
 class ScopedVariable
 {
 public:
-    ScopedVariable(const char* name, std::optional<std::string> value) : m_name(name)
+    ScopedVariable(const char* name, const std::optional<std::string>& value) : m_name(name)
     {
         if (const char* const old = std::getenv(name))
             m_old = old;

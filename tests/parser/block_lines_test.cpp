@@ -24,7 +24,7 @@ Texts Slots(CParserBlock& block)
 {
     Texts slots;
     for (unsigned int slot = 0; slot < block.GetCount(); ++slot) {
-        const _UnitSlot& found = CBlockLines(block).Units().Peek(slot);
+        const CUnitSlot& found = CBlockLines(block).Units().Peek(slot);
         slots.push_back(found.IsLine() ? "line" : found.IsHole() ? "." : "unit");
     }
     return slots;
@@ -37,7 +37,7 @@ Texts OriginsOf(const CParserBlock& block)
         std::string text;
         if (!block.AppendText(slot, text))
             continue;
-        const _ParserOrigin origin = block.GetOrigin(slot);
+        const CParserOrigin origin = block.GetOrigin(slot);
         origins.push_back((origin.file ? origin.file->GetName().utf8_string() : "") + ":" +
                           std::to_string(origin.line) + ":" + text);
     }

@@ -27,7 +27,7 @@ protected:
 
     std::string UseFails(const wxString& text)
     {
-        const std::string outcome = Use(text);
+        std::string outcome = Use(text);
         pp.Clean();
         return outcome;
     }
