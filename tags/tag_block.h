@@ -15,6 +15,7 @@
 #include <vector>
 
 class CTagParser;
+/// What stands at the start of a tag; for the reading of tags alone.
 template <typename Char> struct TagTitle;
 
 /// A piece of text between an opening tag and its closing tag. Its units are its content; what stands in blocks nested

@@ -6,6 +6,7 @@
 #include <wx/xml/xml.h>
 
 #include <memory>
+#include <vector>
 
 using xml_detail::CopyMerge;
 using xml_detail::DepthOf;
@@ -31,14 +32,18 @@ bool CXmlDocument::MergeWith(CXmlNode* base, CXmlNode* overlay, CXmlNode* anchor
     merge.GetTarget().ForEach([this](wxXmlNode* node) { ForgetChildren(node); });
     for (wxXmlNode* const node : merge.GetSources())
         overlay->m_document->ForgetChildren(node);
+    const std::vector<wxXmlNode*> removed = merge.TakeRemoved();
     // The handle of the overlay's root does not move; mostly it is the only one.
     CXmlDocument& other = *overlay->m_document;
     if (other.m_nodes.size() + other.m_guests.size() > 1 || !other.m_refs.empty()) {
         for (wxXmlNode* const node : merge.GetMoved())
             TakeOver(node, other);
+        // What came over inside of one of them and was removed again is not there any more.
+        for (wxXmlNode* const node : removed)
+            TakeOver(node, other);
     }
     EndedHandles ended;
-    for (wxXmlNode* const node : merge.TakeRemoved()) {
+    for (wxXmlNode* const node : removed) {
         ended.push_back(TakeHandle(node));
         DeleteUnlinked(node);
     }

@@ -700,6 +700,21 @@ TEST(MergeHandles, node_that_is_moved_into_one_that_was_moved_is_let_go_once)
     base.Clear();
 }
 
+TEST(MergeHandles, node_that_came_inside_another_one_and_is_removed_again_leaves_its_handles_empty)
+{
+    TestDocument overlay("<r><x><y><z/></y></x><x Merge='Pos'><y Merge='Remove'/></x></r>");
+    CXmlNode* const y = overlay.Child("x")->GetRawChildren();
+    CXmlNode* const z = y->GetRawChildren();
+    TestDocument base("<r/>");
+    EXPECT_TRUE(base.MergeWith(&overlay));
+    EXPECT_EQ(base.Dump(), "<r><x/></r>");
+    EXPECT_FALSE(y->Ok());
+    EXPECT_FALSE(z->Ok());
+    EXPECT_EQ(y->GetDocument(), &overlay);
+    overlay.GetRawRoot()->AddRawNode("n");
+    EXPECT_TRUE(overlay.Child("n")->Ok());
+}
+
 TEST(MergeHandles, node_that_goes_through_several_documents_is_known_to_all)
 {
     TestDocument last("<r/>");
