@@ -51,8 +51,8 @@ std::size_t TakeAway(const std::vector<wxXmlNode*>& nodes)
     return count;
 }
 
-/// What of a subtree lasts when it is saved, without the white space that indentation adds. Texts and the like may have
-/// got children and attributes, which do not last.
+/// What of a subtree lasts when it is saved, without white space: indentation adds some, and reading takes away what a
+/// text starts with. Texts and the like may have got children and attributes, which do not last.
 std::string Shape(wxXmlNode& top)
 {
     constexpr auto Lasts = std::numeric_limits<unsigned int>::max();
@@ -67,7 +67,7 @@ std::string Shape(wxXmlNode& top)
             shape +=
                 "\n" + std::to_string(depth) + " " + std::to_string(node->GetType()) + node->GetName().utf8_string();
         for (const char c : node->GetContent().utf8_string())
-            shape += c == ' ' || c == '\n' ? "" : std::string(1, c);
+            shape += c == ' ' || c == '\n' || c == '\t' ? "" : std::string(1, c);
         if (lost != Lasts)
             continue;
         for (const wxXmlAttribute* attribute = node->GetAttributes(); attribute; attribute = attribute->GetNext())
