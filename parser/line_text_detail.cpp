@@ -8,8 +8,10 @@
 namespace
 {
 
-/// Memory for changed lines is taken in pieces of this size at least.
-constexpr size_t PieceSize = 64 * 1024;
+/// Memory for changed lines is taken in pieces: a small one first, since most texts of loops and includes change
+/// little, then ever larger ones up to this size.
+constexpr size_t FirstPieceSize = 256;
+constexpr size_t LargestPieceSize = 64 * 1024;
 
 /// How many line feeds there are. Summed up in bytes, which many of fit into one register.
 size_t CountLineFeeds(const std::string& text)
@@ -63,6 +65,11 @@ void CLineText::Cut(std::string bytes, const wxSharedPtr<CParserFile>& file, boo
         delete text;
 }
 
+CLineText::CLineText(std::string bytes, const wxSharedPtr<CParserFile>& file)
+    : m_file(file), m_bytes(std::move(bytes)),
+      m_nextPieceSize(std::clamp(m_bytes.size(), FirstPieceSize, LargestPieceSize))
+{}
+
 void CLineText::CutLines(bool keepEmptyLines, CArrayParserUnit& units)
 {
     const char* at = m_bytes.data();
@@ -99,7 +106,8 @@ void CLineText::Split(CArrayParserUnit& units, size_t index, size_t end, size_t 
 std::string_view CLineText::Keep(std::string_view line)
 {
     if (line.size() > m_freeSize) {
-        m_freeSize = std::max(PieceSize, line.size());
+        m_freeSize = std::max(m_nextPieceSize, line.size());
+        m_nextPieceSize = std::min(2 * m_nextPieceSize, LargestPieceSize);
         m_changed.emplace_back(new char[m_freeSize]);
         m_free = m_changed.back().get();
     }

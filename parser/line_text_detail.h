@@ -52,7 +52,7 @@ public:
     CLineText& operator=(const CLineText&) = delete;
 
 private:
-    CLineText(std::string bytes, const wxSharedPtr<CParserFile>& file) : m_file(file), m_bytes(std::move(bytes)) {}
+    CLineText(std::string bytes, const wxSharedPtr<CParserFile>& file);
     ~CLineText() = default;
 
     void CutLines(bool keepEmptyLines, CArrayParserUnit& units);
@@ -62,5 +62,6 @@ private:
     std::vector<std::unique_ptr<char[]>> m_changed; ///< Pieces of memory with changed lines, one after the other.
     char* m_free = nullptr;                         ///< What is free in the last of them.
     size_t m_freeSize = 0;
+    size_t m_nextPieceSize;
     size_t m_lines = 0;
 };

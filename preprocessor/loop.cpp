@@ -117,7 +117,7 @@ long CPreprocessor::DirectiveFor(CDirectiveLine& line)
 }
 
 /// @return 0; 1 when partial mode cannot know the bound yet; -1 after a recorded error.
-long CPreprocessor::EvaluateBound(const wxString& bound, const wxString& messageStart, const _BlockPosition& position,
+long CPreprocessor::EvaluateBound(const wxString& bound, const wchar_t* messageStart, const _BlockPosition& position,
                                   int& value)
 {
     wxString replaced;
@@ -140,13 +140,12 @@ long CPreprocessor::EvaluateBounds(const CLoopHeader& header, const _BlockPositi
     const struct
     {
         const wxString& text;
-        wxString messageStart;
+        const wchar_t* messageStart;
         int& value;
     } parts[] = {
-        {header.start, wxString::Format(wxS("%c%s : Can not evaluate start: "), DirectiveChar, wxS("if")),
-         bounds.start},
-        {header.end, wxString::Format(wxS("%s : Can not evaluate end: "), wxS("for")), bounds.end},
-        {header.step, wxString::Format(wxS("%s : Can not evaluate step: "), wxS("for")), bounds.step},
+        {header.start, wxS("#if : Can not evaluate start: "), bounds.start},
+        {header.end, wxS("for : Can not evaluate end: "), bounds.end},
+        {header.step, wxS("for : Can not evaluate step: "), bounds.step},
     };
     long status = 0;
     for (const auto& part : parts) {
@@ -188,8 +187,9 @@ long CPreprocessor::ApplyFor(const wxString& arguments, _BlockPosition& position
                                      DirectiveChar, wxS("for"), directive->GetContext()),
                     directive);
 
-    const wxString label =
-        wxString::Format(wxS("%s (LOOP l.%d)"), directive->GetFileName(), static_cast<int>(directive->m_line));
+    wxString label = directive->GetFileName() + wxS(" (LOOP l.");
+    vcq::detail::AppendNumber(label, static_cast<int>(directive->m_line));
+    label.append(1, wxUniChar(L')'));
     if (evaluated == 1) {
         ++position.m_index;
         LoopBody body = TakeBody(position, loopEnd);

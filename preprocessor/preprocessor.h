@@ -197,8 +197,8 @@ public:
     /// Adds every define of this table to the other one, as AddDefine does.
     void CopyDefineTo(CPreprocessor* other);
 
-    /// Lists the table into `out`, one "#define NAME VALUE" or "#define NAME(A,B) VALUE" line each, in no particular
-    /// order.
+    /// Lists the table into `out`, one "#define NAME VALUE" or "#define NAME(A,B) VALUE" line each, in the order
+    /// in which they came; but one may stand in the place of another that was removed before.
     void GetDefines(wxString& out) const;
 
     /// Empties every "#define" and "#redefine" line of `text` that defines one of the names (a list ended by a null
@@ -354,7 +354,7 @@ private:
 
     long DirectiveInclude(CDirectiveLine& line);
     long DirectiveFor(CDirectiveLine& line);
-    long EvaluateBound(const wxString& bound, const wxString& messageStart, const _BlockPosition& position, int& value);
+    long EvaluateBound(const wxString& bound, const wchar_t* messageStart, const _BlockPosition& position, int& value);
     long EvaluateBounds(const CLoopHeader& header, const _BlockPosition& position, CLoopBounds& bounds);
     long CheckBounds(const CLoopBounds& bounds, const CLoopHeader& header, const CParserUnit* unit);
     long RunLoop(const wxString& name, const CLoopBounds& bounds, const CParserBlock& lines,
@@ -376,6 +376,7 @@ private:
     unsigned int m_loopNesting = 0;
     unsigned int m_argumentNesting = 0;
     std::vector<std::unique_ptr<CScanBuffers>> m_freeBuffers; ///< Those that no scan uses.
+    std::vector<std::wstring_view> m_argumentPlaces;          ///< What SplitArguments finds, kept for its memory.
     const CNameList* m_leftAlone = nullptr; ///< The names that the replacement in progress leaves alone.
 
     wxDECLARE_CLASS(CPreprocessor);

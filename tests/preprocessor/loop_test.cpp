@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <malloc.h>
+
 #include <memory>
 #include <string>
 #include <vector>
@@ -371,6 +373,21 @@ TEST_F(PartialLoopTest, AnUnresolvedSectionAroundALoopDoesNotExcuseAnErrorDirect
 TEST_F(PartialLoopTest, AnErrorInAKeptBodyIsPassedUp)
 {
     EXPECT_EQ(Failure("String not terminated !", 1, "main.txt (LOOP l.1)"), RunPartial("#for i 1;#U;1\nit's\n#endfor"));
+}
+
+TEST_F(LoopTest, ManyLoopsTakeMemoryByWhatTheyHold)
+{
+    const auto used = [] {
+        const struct mallinfo2 info = mallinfo2();
+        return info.uordblks + info.hblkhd;
+    };
+    constexpr int count = 1000;
+    wxString text;
+    for (int number = 0; number < count; ++number)
+        text << "#for i 1;2;1\nrow #i\n#endfor\n";
+    const size_t before = used();
+    EXPECT_EQ(0, parser.Parse(text, "main.txt", nullptr, false));
+    EXPECT_GT(4096u * count, used() - before);
 }
 
 } // namespace
