@@ -7,7 +7,8 @@
 #include "preprocessor/preprocessor_scripts_detail.h"
 #include "preprocessor/text_span_detail.h"
 
-#include <algorithm>
+#include <string_view>
+#include <vector>
 
 using text_detail::FindClosingQuote;
 using text_detail::IsBlank;
@@ -22,14 +23,13 @@ const CParserUnit* UnitOf(const _BlockPosition* position)
     return position ? position->m_unit : nullptr;
 }
 
-/// Adds to an array that may become long. By itself it grows by 4,096 texts at a time at most, copying all of them.
-void Append(wxArrayString& texts, const wxString& text)
+void AppendTexts(wxArrayString& array, const std::vector<std::wstring_view>& texts)
 {
-    const size_t count = texts.size();
-    constexpr size_t smallest = 16;
-    if (count >= smallest && (count & (count - 1)) == 0)
-        texts.Alloc(2 * count);
-    texts.Add(text);
+    const size_t count = array.size();
+    array.Alloc(count + texts.size());
+    array.Add(wxString(), texts.size());
+    for (size_t i = 0; i < texts.size(); ++i)
+        array[count + i].assign(texts[i].data(), texts[i].size());
 }
 
 /// Gives a variable another value for as long as it lives.
@@ -164,11 +164,14 @@ long CPreprocessor::SplitArguments(const wxString& name, const wchar_t*& at, con
         return 0;
     const wchar_t* const open = at;
     const wchar_t* start = open + 1;
+    // An array that grows as they come would copy them all again and again.
+    std::vector<std::wstring_view>& places = m_argumentPlaces;
+    places.clear();
     const auto add = [&](const wchar_t* stop, bool keepEmpty) {
         const wchar_t* argumentEnd = stop;
         line_scan_detail::Trim(start, argumentEnd);
         if (keepEmpty || start != argumentEnd)
-            Append(arguments, wxString(start, argumentEnd - start));
+            places.emplace_back(start, argumentEnd - start);
         start = stop + 1;
     };
     bool nested = false;
@@ -184,8 +187,9 @@ long CPreprocessor::SplitArguments(const wxString& name, const wchar_t*& at, con
         else if (*p == L')' && nested)
             nested = false;
         else if (*p == L')') {
-            add(p, !arguments.empty());
+            add(p, !arguments.empty() || !places.empty());
             at = start;
+            AppendTexts(arguments, places);
             return 0;
         } else if (*p == L',' && !nested)
             add(p, true);

@@ -1,16 +1,11 @@
 #include "preprocessor/define_table.h"
 
-#include <functional>
+#include "preprocessor/name_hash_detail.h"
 
 namespace
 {
 
 constexpr size_t FewestSlots = 64;
-
-size_t HashOf(std::wstring_view name)
-{
-    return std::hash<std::wstring_view>()(name);
-}
 
 std::wstring_view View(const wxString& name)
 {
@@ -27,10 +22,10 @@ void _DefineInfo::Swap(_DefineInfo& other)
 }
 
 /// The slot of a name, or the free one where it would be put; there must be a free one.
-size_t CMapStringToDefineInfo::SlotOf(size_t hash, std::wstring_view name) const
+size_t CMapStringToDefineInfo::SlotOf(std::uint64_t hash, std::wstring_view name) const
 {
-    size_t slot = hash & (m_slots.size() - 1);
-    while (m_slots[slot].entry && (m_slots[slot].hash != hash || View(m_slots[slot].entry->name) != name))
+    size_t slot = static_cast<size_t>(hash) & (m_slots.size() - 1);
+    while (m_slots[slot].place && (m_slots[slot].hash != hash || View((*m_slots[slot].place)->name) != name))
         slot = Following(slot);
     return slot;
 }
@@ -39,8 +34,8 @@ _DefineInfo* CMapStringToDefineInfo::Find(std::wstring_view name)
 {
     if (m_slots.empty())
         return nullptr;
-    Entry* const entry = m_slots[SlotOf(HashOf(name), name)].entry;
-    return entry ? &entry->define : nullptr;
+    Place* const place = m_slots[SlotOf(HashOfName(name), name)].place;
+    return place ? &(*place)->define : nullptr;
 }
 
 const _DefineInfo* CMapStringToDefineInfo::Find(std::wstring_view name) const
@@ -61,32 +56,33 @@ _DefineInfo& CMapStringToDefineInfo::Add(const wxString& name, _DefineInfo& defi
     // Above three quarters, the runs of slots that are taken become long.
     if ((m_count + 1) * 4 > m_slots.size() * 3)
         Grow();
-    const size_t hash = HashOf(View(name));
+    const std::uint64_t hash = HashOfName(View(name));
     const size_t slot = SlotOf(hash, View(name));
-    Entry* const entry = MakeEntry();
-    entry->name = name;
-    entry->define.Swap(define);
-    m_slots[slot] = {hash, entry};
+    Place* const place = FreePlace();
+    Entry& entry = place->emplace();
+    entry.name = name;
+    entry.define.Swap(define);
+    m_slots[slot] = {hash, place};
     ++m_count;
-    return entry->define;
+    return entry.define;
 }
 
-CMapStringToDefineInfo::Entry* CMapStringToDefineInfo::MakeEntry()
+CMapStringToDefineInfo::Place* CMapStringToDefineInfo::FreePlace()
 {
-    if (m_erased.empty())
-        return &m_entries.emplace_back();
-    Entry* const entry = m_erased.back();
-    m_erased.pop_back();
-    return entry;
+    if (m_free.empty())
+        return &m_places.emplace_back();
+    Place* const place = m_free.back();
+    m_free.pop_back();
+    return place;
 }
 
 void CMapStringToDefineInfo::Grow()
 {
-    std::vector<Slot> slots(m_slots.empty() ? FewestSlots : m_slots.size() * 2);
+    auto slots = MakeSlots<Slot>(m_slots.empty() ? FewestSlots : m_slots.size() * 2);
     slots.swap(m_slots);
     for (const Slot& slot : slots) {
-        if (slot.entry)
-            m_slots[SlotOf(slot.hash, View(slot.entry->name))] = slot;
+        if (slot.place)
+            m_slots[SlotOf(slot.hash, View((*slot.place)->name))] = slot;
     }
 }
 
@@ -94,23 +90,23 @@ bool CMapStringToDefineInfo::Erase(std::wstring_view name)
 {
     if (m_slots.empty())
         return false;
-    size_t hole = SlotOf(HashOf(name), name);
-    Entry* const erased = m_slots[hole].entry;
+    size_t hole = SlotOf(HashOfName(name), name);
+    Place* const erased = m_slots[hole].place;
     if (!erased)
         return false;
-    *erased = Entry();
-    m_erased.push_back(erased);
+    erased->reset();
+    m_free.push_back(erased);
     --m_count;
     // What stands behind the hole because its own slot was taken is searched from there, and must not be behind a hole.
     const size_t mask = m_slots.size() - 1;
-    for (size_t slot = Following(hole); m_slots[slot].entry; slot = Following(slot)) {
-        const size_t distance = (slot - m_slots[slot].hash) & mask;
+    for (size_t slot = Following(hole); m_slots[slot].place; slot = Following(slot)) {
+        const size_t distance = (slot - static_cast<size_t>(m_slots[slot].hash)) & mask;
         if (distance < ((slot - hole) & mask))
             continue;
         m_slots[hole] = m_slots[slot];
         hole = slot;
     }
-    m_slots[hole].entry = nullptr;
+    m_slots[hole].place = nullptr;
     return true;
 }
 
@@ -118,6 +114,6 @@ void CMapStringToDefineInfo::Clear()
 {
     m_slots.clear();
     m_count = 0;
-    m_entries.clear();
-    m_erased.clear();
+    m_places.clear();
+    m_free.clear();
 }

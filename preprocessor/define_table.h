@@ -6,7 +6,9 @@
 #include <wx/string.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <deque>
+#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -57,29 +59,32 @@ public:
     /// Removes all.
     void Clear();
 
-    /// Calls `visit` with every entry, in no particular order.
+    /// Calls `visit` with every entry, in the order in which they were added; but one that was added after another was
+    /// removed may come in that one's place.
     template <typename Visit> void ForEach(Visit visit) const
     {
-        for (const Slot& slot : m_slots) {
-            if (slot.entry)
-                visit(*slot.entry);
+        for (const Place& place : m_places) {
+            if (place)
+                visit(*place);
         }
     }
 
 private:
+    using Place = std::optional<Entry>; ///< Nothing: what was there has been erased.
+
     struct Slot
     {
-        size_t hash = 0;
-        Entry* entry = nullptr; ///< Null: the slot is free.
+        std::uint64_t hash = 0;
+        Place* place = nullptr; ///< Null: the slot is free.
     };
 
-    size_t SlotOf(size_t hash, std::wstring_view name) const;
+    size_t SlotOf(std::uint64_t hash, std::wstring_view name) const;
     size_t Following(size_t slot) const { return (slot + 1) & (m_slots.size() - 1); }
-    Entry* MakeEntry();
+    Place* FreePlace();
     void Grow();
 
     std::vector<Slot> m_slots; ///< A power of two of them, or none. A define stands in or behind the slot of its hash.
     size_t m_count = 0;
-    std::deque<Entry> m_entries;  ///< In the order in which they were made, in which memory gives them back best.
-    std::vector<Entry*> m_erased; ///< Those of them that stand for nothing any more.
+    std::deque<Place> m_places; ///< In the order in which they were made, in which memory gives them back best.
+    std::vector<Place*> m_free; ///< Those of them that hold nothing.
 };

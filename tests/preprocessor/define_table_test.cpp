@@ -181,6 +181,32 @@ TEST_F(DefineTableTest, TheListHasALineForEachDefine)
     EXPECT_EQ((Table{"#define A 1", "#define E ", "#define F(a) #a", "#define G(a,b,c) #a #b #c"}), Defines());
 }
 
+TEST_F(DefineTableTest, TheListIsInTheOrderOfAdding)
+{
+    wxString expected;
+    for (int number = 0; number < 300; ++number) {
+        const wxString name = wxString::Format("N%d", number * 7919 % 300);
+        pp.AddDefine(name, "x", wxArrayString());
+        expected << "#define " << name << " x\n";
+    }
+    wxString text;
+    pp.GetDefines(text);
+    EXPECT_EQ(expected, text);
+}
+
+TEST_F(DefineTableTest, WhatIsAddedAfterARemovalComesInItsPlace)
+{
+    for (const char* const name : {"A", "B", "C"})
+        pp.AddDefine(name, "x", wxArrayString());
+    pp.RemoveDefine("B");
+    wxString text;
+    pp.GetDefines(text);
+    EXPECT_EQ("#define A x\n#define C x\n", text);
+    pp.AddDefine("D", "x", wxArrayString());
+    pp.GetDefines(text);
+    EXPECT_EQ("#define A x\n#define D x\n#define C x\n", text);
+}
+
 TEST_F(DefineTableTest, TheListCanBeReadBack)
 {
     pp.AddDefine("A", "1", wxArrayString());

@@ -27,4 +27,23 @@ RC_GTEST_PROP(NameList, FindsTheFirstOfEqualNames, ())
         RC_ASSERT(list.Find(std::wstring_view(name.wx_str(), name.length())) == names.Index(name));
 }
 
+RC_GTEST_PROP(NameList, FindsNamesInTheirOrderAndInAnyOther, ())
+{
+    wxArrayString names;
+    const int count = *rc::gen::inRange(0, 60);
+    for (int number = 0; number < count; ++number)
+        names.Add(wxString::Format("p%d", number));
+    const CNameList list(names);
+    for (int runs = 0; runs < 20; ++runs) {
+        // Names that follow one another, the last one's follower included, which is none.
+        const int from = *rc::gen::inRange(0, count + 1);
+        const int to = *rc::gen::inRange(from, count + 1);
+        for (int number = from; number <= to; ++number) {
+            const wxString name = wxString::Format("p%d", number);
+            RC_ASSERT(list.Find(std::wstring_view(name.wx_str(), name.length())) ==
+                      (number < count ? number : wxNOT_FOUND));
+        }
+    }
+}
+
 } // namespace
