@@ -8,6 +8,8 @@
 #include <wx/defs.h>
 
 #include <algorithm>
+#include <new>
+#include <utility>
 
 namespace
 {
@@ -114,6 +116,27 @@ size_t CArrayParserUnit::MoveTo(CArrayParserUnit& other, size_t index, size_t be
     return count;
 }
 
+void CArrayParserUnit::TakeAll(CArrayParserUnit& other)
+{
+    other.MoveGap(other.GetCount());
+    const size_t count = other.m_gapStart;
+    m_slots = std::exchange(other.m_slots, Owned(std::calloc(count, sizeof(CUnitSlot))));
+    m_capacity = std::exchange(other.m_capacity, count);
+    m_gapStart = count;
+    m_gapEnd = std::exchange(other.m_gapEnd, count);
+}
+
+void CArrayParserUnit::PutBack(CArrayParserUnit& other, size_t begin, size_t end)
+{
+    for (size_t i = begin; i < end; ++i) {
+        CUnitSlot& slot = Slot(i);
+        if (slot.IsHole())
+            continue;
+        other.Slot(i) = slot;
+        SetUnit(slot, nullptr);
+    }
+}
+
 void CArrayParserUnit::MakeUnit(CUnitSlot& slot) const
 {
     CLineText* const text = slot.text;
@@ -121,6 +144,13 @@ void CArrayParserUnit::MakeUnit(CUnitSlot& slot) const
     vcq::detail::AppendUtf8(line, slot.bytes, slot.length);
     SetUnit(slot, new CParserUnit(text->File(), m_owner, line, slot.line));
     CLineText::Release(text);
+}
+
+CArrayParserUnit::Slots CArrayParserUnit::Owned(void* memory)
+{
+    if (!memory)
+        throw std::bad_alloc();
+    return Slots(static_cast<CUnitSlot*>(memory));
 }
 
 CUnitSlot* CArrayParserUnit::MakeRoom(size_t index, size_t count)
@@ -150,7 +180,7 @@ void CArrayParserUnit::Grow(size_t count)
     // Most blocks of a tag tree get their few lines at once and no more.
     const size_t capacity = used ? std::max<size_t>(used + used / 2 + 8, used + count) : count;
     // Left uninitialised: a slot is written when it is taken.
-    std::unique_ptr<CUnitSlot[]> slots(new CUnitSlot[capacity]);
+    Slots slots = Owned(std::malloc(capacity * sizeof(CUnitSlot)));
     vcq::detail::PreferLargePages(slots.get(), capacity * sizeof(CUnitSlot));
     const size_t behind = m_capacity - m_gapEnd;
     std::copy_n(m_slots.get(), m_gapStart, slots.get());

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 #include <memory>
 #include <string_view>
 
@@ -109,7 +110,22 @@ public:
     /// @return how many were moved.
     size_t MoveTo(CArrayParserUnit& other, size_t index, size_t begin, size_t end);
 
+    /// Takes all slots of another array, which is left with as many holes; they take no memory before they are written
+    /// to. This array must never have had slots.
+    void TakeAll(CArrayParserUnit& other);
+
+    /// Gives slots that TakeAll has taken back to where they were; holes stay here.
+    void PutBack(CArrayParserUnit& other, size_t begin, size_t end);
+
 private:
+    struct Free
+    {
+        void operator()(CUnitSlot* slots) const { std::free(slots); }
+    };
+    using Slots = std::unique_ptr<CUnitSlot[], Free>;
+
+    static Slots Owned(void* memory);
+
     CUnitSlot& Slot(size_t index) const
     {
         return m_slots[index < m_gapStart ? index : index + (m_gapEnd - m_gapStart)];
@@ -127,7 +143,7 @@ private:
     void Grow(size_t count);
 
     CParserBlock* m_owner = nullptr;
-    std::unique_ptr<CUnitSlot[]> m_slots;
+    Slots m_slots;
     size_t m_capacity = 0;
     size_t m_gapStart = 0;
     size_t m_gapEnd = 0;

@@ -1,7 +1,11 @@
 #include "tags/tag_block.h"
 
+#include "base/text_encoding.h"
+#include "base/utf8_detail.h"
+#include "parser/block_lines_detail.h"
 #include "parser/parser_unit.h"
 #include "preprocessor/preprocessor.h"
+#include "tags/tag_outline_detail.h"
 #include "tags/tag_parser.h"
 #include "tags/tag_text_detail.h"
 
@@ -17,6 +21,35 @@ namespace
 
 const wxString NoTag;
 
+void Append(wxString& out, const wxString& text)
+{
+    out.append(text);
+}
+
+void Append(wxString& out, std::string_view text)
+{
+    vcq::detail::AppendUtf8(out, text.data(), text.length());
+}
+
+void Append(std::string& out, const wxString& text)
+{
+    out.append(ToUtf8(text));
+}
+
+void Append(std::string& out, std::string_view text)
+{
+    out.append(text);
+}
+
+template <typename Out, typename Text> void AppendTitle(Out& out, size_t level, const Text& type, const Text& name)
+{
+    out.append(level, '\t');
+    Append(out, type);
+    out.append(1, '=');
+    Append(out, name);
+    out.append(1, '\n');
+}
+
 void Adopt(std::optional<CTagHeaderBlock>& header, CTagBlock* parent)
 {
     if (header)
@@ -29,6 +62,25 @@ CTagBlock::CTagBlock(CParser* parser, CTagBlock* parent)
     : CParserBlock(parser, typeid(CTagBlock)), m_tagParser(dynamic_cast<CTagParser*>(parser)), m_parent(parent)
 {}
 
+/// Makes a block of what an outline tells.
+CTagBlock::CTagBlock(CTagBlock& parent, const std::shared_ptr<TagOutline>& outline, std::uint32_t index)
+    : CParserBlock(parent.m_parser, typeid(CTagBlock)), m_tagParser(parent.m_tagParser), m_parent(&parent)
+{
+    const TagTitle<char> title = outline->TitleAt(index);
+    m_type = ToWide(title.type);
+    m_name = ToWide(title.name);
+    m_unreadOptions = outline->OptionsAt(index);
+    m_beginHeader.emplace(m_parser, this);
+    outline->MoveOpeningTag(index, CBlockLines(*m_beginHeader).Units());
+    if (outline->IsSingle(index))
+        return;
+    outline->MoveContent(index, m_units);
+    m_endHeader.emplace(m_parser, this);
+    outline->MoveClosingTag(index, CBlockLines(*m_endHeader).Units());
+    if (outline->Behind(index) != index + 1)
+        m_unmade = {outline, index + 1, outline->Behind(index)};
+}
+
 CTagBlock::CTagBlock(const CTagBlock& other)
     : CParserBlock(other), m_tagParser(nullptr), m_beginHeader(other.m_beginHeader), m_endHeader(other.m_endHeader),
       m_parent(nullptr), m_type(other.m_type), m_name(other.m_name),
@@ -37,8 +89,8 @@ CTagBlock::CTagBlock(const CTagBlock& other)
 {
     Adopt(m_beginHeader, this);
     Adopt(m_endHeader, this);
-    m_subBlocks.reserve(other.m_subBlocks.size());
-    for (const auto& block : other.m_subBlocks)
+    m_subBlocks.reserve(other.GetSubBlockCount());
+    for (const auto& block : other.SubBlocks())
         AddSubBlock(std::unique_ptr<CTagBlock>(block->Clone()));
 }
 
@@ -51,6 +103,7 @@ CTagBlock& CTagBlock::operator=(const CTagBlock& other)
     for (unsigned int slot = 0; slot < GetCount(); ++slot)
         m_units[slot]->m_block = this;
     std::swap(m_subBlocks, copy.m_subBlocks);
+    std::swap(m_unmade, copy.m_unmade);
     for (const auto& block : m_subBlocks)
         block->m_parent = this;
     m_beginHeader = other.m_beginHeader;
@@ -80,8 +133,22 @@ void CTagBlock::InsertBlock(CParserBlock* other, int* pos)
     auto* const tagBlock = dynamic_cast<CTagBlock*>(other);
     if (!tagBlock)
         return;
+    MakeSubBlocks();
+    tagBlock->MakeSubBlocks();
     for (auto& block : std::exchange(tagBlock->m_subBlocks, {}))
         AddSubBlock(std::move(block));
+}
+
+/// Makes the blocks that there is only an outline of; those nested in them stay in it.
+void CTagBlock::MakeSubBlocks()
+{
+    const UnmadeBlocks unmade = std::exchange(m_unmade, {});
+    for (std::uint32_t index = unmade.begin; index != unmade.end; index = unmade.outline->Behind(index)) {
+        if (std::unique_ptr<CTagBlock>* const block = unmade.outline->BlockAt(index))
+            AddSubBlock(std::move(*block));
+        else
+            AddSubBlock(std::unique_ptr<CTagBlock>(new CTagBlock(*this, unmade.outline, index)));
+    }
 }
 
 CTagBlock* CTagBlock::AddSubBlock(std::unique_ptr<CTagBlock> block)
@@ -127,16 +194,36 @@ void CTagBlock::NoteOptions(std::string_view text)
 wxString CTagBlock::GetHierarchy(int level) const
 {
     wxString hierarchy;
-    AppendHierarchy(hierarchy, level);
-    return hierarchy;
+    AppendHierarchy(hierarchy, static_cast<size_t>(level));
+    return hierarchy.RemoveLast();
 }
 
-void CTagBlock::AppendHierarchy(wxString& out, int level) const
+void CTagBlock::AppendHierarchies(std::string& bytes) const
 {
-    out.append(static_cast<size_t>(level), wxUniChar(L'\t')).append(m_type).append(wxS("=")).append(m_name);
-    for (const auto& block : m_subBlocks) {
-        out.append(wxS("\n"));
-        block->AppendHierarchy(out, level + 1);
+    AppendSubHierarchies(bytes, 0);
+}
+
+template <typename Out> void CTagBlock::AppendHierarchy(Out& out, size_t level) const
+{
+    AppendTitle(out, level, m_type, m_name);
+    AppendSubHierarchies(out, level + 1);
+}
+
+template <typename Out> void CTagBlock::AppendSubHierarchies(Out& out, size_t level) const
+{
+    for (const auto& block : m_subBlocks)
+        block->AppendHierarchy(out, level);
+    std::vector<std::uint32_t> open;
+    for (std::uint32_t index = m_unmade.begin; index != m_unmade.end; ++index) {
+        while (!open.empty() && open.back() == index)
+            open.pop_back();
+        if (const std::unique_ptr<CTagBlock>* const block = m_unmade.outline->BlockAt(index)) {
+            (*block)->AppendHierarchy(out, level);
+            continue;
+        }
+        const TagTitle<char> title = m_unmade.outline->TitleAt(index);
+        AppendTitle(out, level + open.size(), title.type, title.name);
+        open.push_back(m_unmade.outline->Behind(index));
     }
 }
 

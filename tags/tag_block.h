@@ -8,6 +8,7 @@
 #include <wx/string.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -15,8 +16,13 @@
 #include <vector>
 
 class CTagParser;
-/// What stands at the start of a tag; for the reading of tags alone.
+///@{
+/// For the reading of tags alone: what stands at the start of a tag, what tags begin and end with, and the tags of a
+/// text of which no blocks are made yet.
 template <typename Char> struct TagTitle;
+struct TagMarks;
+class TagOutline;
+///@}
 
 /// A piece of text between an opening tag and its closing tag. Its units are its content; what stands in blocks nested
 /// in it is in its sub-blocks, and the lines of the two tags are in its headers.
@@ -94,6 +100,10 @@ public:
     /// at the end.
     wxString GetHierarchy(int level) const;
 
+    /// Appends what GetHierarchy(0) gives for each sub-block, each with a line feed at the end, as ToUtf8 gives it. For
+    /// large texts: it makes no blocks of their tags.
+    void AppendHierarchies(std::string& bytes) const;
+
     ///@{
     /// The type, empty until the opening tag is read, and the name.
     wxString GetType() const { return m_type; }
@@ -136,9 +146,10 @@ public:
     ///@}
 
     ///@{
-    /// The blocks nested in this one, in the order of the text; owned by this block.
-    std::size_t GetSubBlockCount() const { return m_subBlocks.size(); }
-    CTagBlock* GetSubBlock(std::size_t index) const { return m_subBlocks[index].get(); }
+    /// The blocks nested in this one, in the order of the text; owned by this block. Those of a large text are made
+    /// when somebody asks for them.
+    std::size_t GetSubBlockCount() const { return SubBlocks().size(); }
+    CTagBlock* GetSubBlock(std::size_t index) const { return SubBlocks()[index].get(); }
     ///@}
 
     ///@{
@@ -160,10 +171,23 @@ private:
     struct Range;
     struct Place;
     enum class Split;
+    using Blocks = std::vector<std::unique_ptr<CTagBlock>>;
+
+    /// Sub-blocks of which there is only the outline: its entries from `begin` to before `end`, and what is nested in
+    /// them.
+    struct UnmadeBlocks
+    {
+        std::shared_ptr<TagOutline> outline; ///< Null: all are made.
+        std::uint32_t begin = 0;
+        std::uint32_t end = 0;
+    };
+
+    CTagBlock(CTagBlock& parent, const std::shared_ptr<TagOutline>& outline, std::uint32_t index);
 
     long Fail(long code, const wxString& message, const CParserUnit* unit);
     const CParserUnit* LastUnit() const;
     bool ReadsBytes(const CUnitSlot& slot) const;
+    TagMarks Marks() const;
 
     bool FindBeginTag(int& unit, std::size_t& at) const;
     bool FindEndTag(int& unit, std::size_t& at) const;
@@ -172,6 +196,9 @@ private:
     void SplitBehindTag(int slot, std::size_t behind, Split split);
     std::vector<std::size_t> CutsOfRow(int slot, std::size_t behind) const;
 
+    bool CanReadOutline() const;
+    long ReadSubBlocks(TagOutline* outline);
+    std::unique_ptr<CTagBlock> NewSubBlock();
     long ReadOpeningTag(CTagBlock& source, Tag& tag);
     long ReadType(const CTagBlock& source, const Tag& tag);
     template <typename Char> long TakeTitle(const TagTitle<Char>& title, const Place& place);
@@ -183,11 +210,21 @@ private:
     COption& Options() const;
     void NoteOptions(std::string_view text);
 
-    void AppendHierarchy(wxString& out, int level) const;
+    template <typename Out> void AppendHierarchy(Out& out, std::size_t level) const;
+    template <typename Out> void AppendSubHierarchies(Out& out, std::size_t level) const;
+
+    const Blocks& SubBlocks() const
+    {
+        if (m_unmade.outline)
+            const_cast<CTagBlock*>(this)->MakeSubBlocks();
+        return m_subBlocks;
+    }
+    void MakeSubBlocks();
     CTagBlock* AddSubBlock(std::unique_ptr<CTagBlock> block);
 
     CTagParser* m_tagParser; ///< The parser, when it is one for tags.
-    std::vector<std::unique_ptr<CTagBlock>> m_subBlocks;
+    Blocks m_subBlocks;      ///< Those that are made;
+    UnmadeBlocks m_unmade;   ///< behind them stand those that are not.
     std::optional<CTagHeaderBlock> m_beginHeader;
     std::optional<CTagHeaderBlock> m_endHeader;
     CTagBlock* m_parent;

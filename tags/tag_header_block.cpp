@@ -1,7 +1,6 @@
 #include "tags/tag_header_block.h"
 
 #include "parser/parser_unit.h"
-#include "preprocessor/outside_strings_detail.h"
 #include "tags/tag_block.h"
 #include "tags/tag_title_detail.h"
 
@@ -11,46 +10,6 @@ using namespace tag_text_detail;
 using namespace text_detail;
 
 wxIMPLEMENT_CLASS(CTagHeaderBlock, CParserBlock);
-
-namespace
-{
-
-/// The options on the first line of an opening tag; false for a closing tag, which has none.
-template <typename Char> bool TakeFirstLine(const CTagBlock& block, Text<Char>& text)
-{
-    const Char* const end = text.data() + text.length();
-    const TagTitle<Char> title = ReadTagTitle(TextOf(SkipBlanks(text.data(), end), end), block.GetCurrentBeginTag());
-    if (title.closes)
-        return false;
-    text = title.rest;
-    while (title.isNamed && !text.empty() && (IsQuote(text.front()) || IsBlank(text.front())))
-        text.remove_prefix(1);
-    return true;
-}
-
-/// Takes the end of the tag away from its last line. A double tag shares that line with whatever follows it there.
-template <typename Char> void DropTagEnd(const CTagBlock& block, Text<Char>& text)
-{
-    const Span endTag(block.GetCurrentEndTag());
-    const Char* const end = text.data() + text.length();
-    const long tagEnd = block.IsDoubleTag() ? FindOutsideStrings(text.data(), end, endTag) : -1;
-    if (tagEnd != -1)
-        text = text.substr(0, static_cast<size_t>(tagEnd));
-    while (!text.empty() && (text.back() == '/' || endTag.Holds(text.back())))
-        text.remove_suffix(1);
-}
-
-/// The options on one line of a tag. False when there are none from here on.
-template <typename Char> bool TakeOptions(const CTagBlock& block, Text<Char>& text, bool isFirst, bool isLast)
-{
-    if (isFirst && !TakeFirstLine(block, text))
-        return false;
-    if (isLast)
-        DropTagEnd(block, text);
-    return true;
-}
-
-} // namespace
 
 CTagHeaderBlock::CTagHeaderBlock(CParser* parser, CTagBlock* parent)
     : CParserBlock(parser, typeid(CTagHeaderBlock)), m_parent(parent)
@@ -87,7 +46,7 @@ long CTagHeaderBlock::Process()
     for (unsigned int slot = 0; slot < last; ++slot) {
         if (!isThere(slot))
             continue;
-        if (!AddOptions(slot, isFirst, slot + 1 == last))
+        if (!AddOptions(slot, {isFirst, slot + 1 == last}))
             return 0;
         isFirst = false;
     }
@@ -95,19 +54,21 @@ long CTagHeaderBlock::Process()
 }
 
 /// Reads the options in a slot into those of the parent. False when there are none from here on.
-bool CTagHeaderBlock::AddOptions(unsigned int slot, bool isFirst, bool isLast)
+bool CTagHeaderBlock::AddOptions(unsigned int slot, TagLine place)
 {
+    const TagMarks marks = m_parent->Marks();
+    const bool isDouble = m_parent->IsDoubleTag();
     const CUnitSlot& found = m_units.Peek(slot);
     if (m_parent->ReadsBytes(found)) {
         Text<char> text = found.Line();
-        if (!TakeOptions(*m_parent, text, isFirst, isLast))
+        if (!TakeOptions(text, marks, isDouble, place))
             return false;
         m_parent->NoteOptions(text);
         return true;
     }
     CParserUnit* const unit = m_units[slot];
     Text<wchar_t> text = TextOf(unit->m_text);
-    if (!TakeOptions(*m_parent, text, isFirst, isLast))
+    if (!TakeOptions(text, marks, isDouble, place))
         return false;
     m_parent->SaveOption(ToWide(text), unit);
     return true;

@@ -4,6 +4,8 @@
 #include "parser/parser_block.h"
 
 class CTagBlock;
+/// Which lines of a tag a line is; for the reading of tags alone.
+struct TagLine;
 
 /// The units of one opening or closing tag of a tag block.
 class VC_QXPARSER_API CTagHeaderBlock : public CParserBlock
@@ -33,7 +35,7 @@ public:
     ///@}
 
 private:
-    bool AddOptions(unsigned int slot, bool isFirst, bool isLast);
+    bool AddOptions(unsigned int slot, TagLine place);
 
     CTagBlock* m_parent;
 

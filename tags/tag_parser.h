@@ -30,7 +30,9 @@ public:
     /// A parser that uses `pp` (not owned); see CParser.
     explicit CTagParser(CPreprocessor* pp, const wchar_t* begin = L"<", const wchar_t* end = L">");
 
-    /// A new empty tag block without a parent. Detached: the caller owns it and it has no parser.
+    /// A new empty tag block without a parent. Detached: the caller owns it and it has no parser. A parser of exactly
+    /// this class makes the blocks of plain tags when somebody asks for them; a derived one makes all blocks of a text
+    /// with this operation, while it reads them.
     CTagBlock* CreateBlock(bool detached) override;
 
     /// Reads the tags of a block of this parser: CTagBlock::CreateSubBlocks().
@@ -58,6 +60,7 @@ public:
 
 private:
     friend class CTagBlock;
+    friend class TagOutline;
 
     wxString m_beginTag;
     wxString m_endTag;

@@ -1,11 +1,10 @@
 // How a block's units become a tree of tag blocks.
 
-#include "parser/line_text_detail.h"
 #include "parser/parser_unit.h"
-#include "preprocessor/outside_strings_detail.h"
-#include "preprocessor/preprocessor.h"
 #include "tags/tag_block.h"
+#include "tags/tag_outline_detail.h"
 #include "tags/tag_parser.h"
+#include "tags/tag_reading_detail.h"
 #include "tags/tag_title_detail.h"
 
 #include <algorithm>
@@ -32,32 +31,6 @@ private:
     Value& m_value;
     const Value m_before;
 };
-
-/// A quote is the boundary of a string, wherever it stands, so what begins with one is never found.
-bool CanBeFound(const Span& tag)
-{
-    return tag.Length() != 0 && !IsQuote(*tag.begin);
-}
-
-/// Whether `what` stands at `at`, which is not behind the end of the line.
-bool HasAt(const wxString& line, size_t at, const wxString& what)
-{
-    return StartsWith(TextOf(line).substr(at), Span(what));
-}
-
-/// The place of a tag in a line that starts with it, blanks aside; npos when the line does not. The same as the first
-/// occurrence outside of strings, accepted only behind blanks, but without a look at the rest of the line.
-template <typename Char> size_t StartOfTag(Text<Char> line, const Span& tag)
-{
-    const Char* const end = line.data() + line.length();
-    const Char* const behindBlanks = SkipBlanks(line.data(), end);
-    for (const Char* at = IsBlank(*tag.begin) ? line.data() : behindBlanks; at <= behindBlanks; ++at) {
-        if (at != end && *at == *tag.begin && StartsWith(TextOf(at, end), tag))
-            return static_cast<size_t>(at - line.data());
-    }
-    return wxString::npos;
-}
-
 template <typename Char> Text<Char> Trimmed(Text<Char> text)
 {
     text.remove_prefix(SkipAroundTag(text, 0));
@@ -90,220 +63,68 @@ void RewriteDeclaration(CParserUnit& unit, size_t at, const wxString& begin, con
 
 } // namespace
 
-/// A tag in the units of a block.
-struct CTagBlock::Tag
-{
-    int first;     ///< The slot where it begins,
-    int last = -1; ///< and where it ends.
-    size_t at = 0; ///< Its place in its first line.
-    wchar_t afterBegin = 0;
-    wchar_t beforeEnd = 0;
-    bool isSingle = false;
-
-    bool Closes() const { return afterBegin == L'/'; }
-};
-
-/// Where a tag stands, for messages: in a slot, of which a unit is only made for them, or in a unit.
-struct CTagBlock::Place
-{
-    const CTagBlock* source;
-    int slot;
-    const CParserUnit* unit = nullptr;
-
-    const CParserUnit* Unit() const { return source ? source->m_units[slot] : unit; }
-};
-
-/// Slots, both included.
-struct CTagBlock::Range
-{
-    int from;
-    int to;
-};
-
-/// What follows a tag on its line becomes one unit, or is also cut behind every further tag of an unbroken row of tags.
-/// One cut at a time would copy the rest of the line for every tag in it.
-enum class CTagBlock::Split
-{
-    Once,
-    WholeRow
-};
-
 long CTagBlock::Fail(long code, const wxString& message, const CParserUnit* unit)
 {
     if (m_parser)
         m_parser->SetError(message, unit);
     return code;
 }
-
-const CParserUnit* CTagBlock::LastUnit() const
-{
-    for (unsigned int slot = GetCount(); slot-- > 0;) {
-        if (!m_units.Peek(slot).IsHole())
-            return m_units[slot];
-    }
-    return nullptr;
-}
-
-/// Whether a slot is a line of which no unit needs to be made to find tags in it.
-bool CTagBlock::ReadsBytes(const CUnitSlot& slot) const
-{
-    return slot.IsLine() && m_tagParser && m_tagParser->m_tagsAreAscii;
-}
-
-bool CTagBlock::FindBeginTag(int& unit, size_t& at) const
-{
-    const Span tag(GetCurrentBeginTag());
-    const int count = static_cast<int>(GetCount());
-    if (!CanBeFound(tag))
-        unit = count;
-    for (unit = std::max(unit, 0); unit < count; ++unit) {
-        const CUnitSlot& slot = m_units.Peek(unit);
-        if (slot.IsHole())
-            continue;
-        at = ReadsBytes(slot) ? StartOfTag(slot.Line(), tag) : StartOfTag(TextOf(m_units[unit]->m_text), tag);
-        if (at != wxString::npos)
-            return true;
-    }
-    return false;
-}
-
-long CTagBlock::FindTag(int& unit, int& endUnit, wchar_t* afterBegin, wchar_t* beforeEnd)
-{
-    Tag tag{unit};
-    const long result = SearchTag(tag, Split::Once);
-    unit = tag.first;
-    if (afterBegin && result != tagNotFound)
-        *afterBegin = tag.afterBegin;
-    if (result != 0)
-        return result;
-    endUnit = tag.last;
-    if (beforeEnd && tag.beforeEnd)
-        *beforeEnd = tag.beforeEnd;
-    return 0;
-}
-
-/// Searches the end of the tag at character `at` of slot `unit`. Moves both to where the end tag is.
-bool CTagBlock::FindEndTag(int& unit, size_t& at) const
-{
-    const wxString& tag = GetCurrentEndTag();
-    // Where both tags are the same text, the begin tag must not end its own tag.
-    if (HasAt(m_units[unit]->m_text, at, tag))
-        at += GetCurrentBeginTag().length();
-    const int opening = unit;
-    auto found = static_cast<int>(at);
-    if (!CanBeFound(Span(tag)) || !CPreprocessor::Find(this, unit, found, tag))
-        return false;
-    at = static_cast<size_t>(found) + (unit == opening ? at : 0);
-    return true;
-}
-
-long CTagBlock::SearchTag(Tag& tag, Split split)
-{
-    if (!m_tagParser)
-        return tagNotFound;
-    if (!FindBeginTag(tag.first, tag.at))
-        return Fail(tagNotFound, wxS("No tag found !"), LastUnit());
-    if (split == Split::WholeRow && ReadsBytes(m_units.Peek(tag.first)) && SearchOnLine(tag))
-        return 0;
-    const CParserUnit* const opening = m_units[tag.first];
-    if (HasAt(opening->m_text, tag.at, GetDoubleBeginTag()))
-        m_doubleTag = true;
-    const size_t behindBegin = tag.at + GetCurrentBeginTag().length();
-    tag.afterBegin = behindBegin < opening->m_text.length() ? opening->m_text.GetChar(behindBegin) : wxUniChar(0);
-
-    tag.last = tag.first;
-    size_t end = tag.at;
-    if (!FindEndTag(tag.last, end)) {
-        const wxString place = opening->GetContext();
-        return Fail(tagIncomplete, wxString::Format(wxS("Tag not ended (started in %s !)"), place), LastUnit());
-    }
-    if (end > 0)
-        tag.beforeEnd = m_units[tag.last]->m_text.GetChar(end - 1);
-    SplitBehindTag(tag.last, end + GetCurrentEndTag().length(), split);
-    return 0;
-}
-
-/// Reads a tag that begins and ends on one line of which no unit has been made, and cuts the line behind it. False,
-/// with nothing changed, for a tag that does not, and for those that are rewritten.
-bool CTagBlock::SearchOnLine(Tag& tag)
-{
-    const std::string_view line = m_units.Peek(tag.first).Line();
-    const std::string_view text = line.substr(tag.at);
-    const bool isDouble = m_doubleTag || StartsWith(text, Span(GetDoubleBeginTag()));
-    const Span endTag(isDouble ? GetDoubleEndTag() : GetEndTag());
-    const size_t beginLength = isDouble ? GetDoubleBeginTag().length() : GetBeginTag().length();
-    const char afterBegin = beginLength < text.length() ? text[beginLength] : '\0';
-    if (afterBegin == '?' || afterBegin == '!' || !CanBeFound(endTag))
-        return false;
-    // Where both tags are the same text, the begin tag must not end its own tag.
-    const size_t from = StartsWith(text, endTag) ? beginLength : 0;
-    const long found = FindOutsideStrings(text.data() + from, text.data() + text.length(), endTag);
-    if (found == -1)
-        return false;
-    m_doubleTag = isDouble;
-    const size_t end = tag.at + from + static_cast<size_t>(found);
-    tag.last = tag.first;
-    tag.afterBegin = static_cast<unsigned char>(afterBegin);
-    tag.beforeEnd = end > 0 ? static_cast<unsigned char>(line[end - 1]) : 0;
-    const size_t behind = end + endTag.Length();
-    const size_t next = SkipAroundTag(line, behind);
-    if (next == line.length())
-        m_units.SetLine(tag.first, line.substr(0, behind));
-    else if (!isDouble)
-        CLineText::Split(m_units, tag.first, behind, next);
-    return true;
-}
-
-/// Makes what follows a tag on its line a unit of its own, for single tags. Mere blanks are dropped.
-void CTagBlock::SplitBehindTag(int slot, size_t behind, Split split)
-{
-    CParserUnit& unit = *m_units[slot];
-    if (SkipAroundTag(TextOf(unit.m_text), behind) == unit.m_text.length())
-        unit.m_text.Truncate(behind);
-    else if (!m_doubleTag && split == Split::Once)
-        unit.SplitAt(behind, slot);
-    else if (!m_doubleTag) {
-        const std::vector<size_t> cuts = CutsOfRow(slot, behind);
-        // From the last to the first, so that each cut copies no more than one tag.
-        std::for_each(cuts.rbegin(), cuts.rend(), [&](size_t cut) { unit.SplitAt(cut, slot); });
-    }
-}
-
-/// Where a line is to be cut behind the tag that ends at `behind` and behind each single tag that follows directly.
-std::vector<size_t> CTagBlock::CutsOfRow(int slot, size_t behind) const
-{
-    const wxString& text = m_units[slot]->m_text;
-    std::vector<size_t> cuts;
-    size_t next = SkipAroundTag(TextOf(text), behind);
-    while (next < text.length()) {
-        cuts.push_back(behind);
-        if (!HasAt(text, next, GetBeginTag()) || HasAt(text, next, GetDoubleBeginTag()))
-            break;
-        int last = slot;
-        size_t end = next;
-        if (!FindEndTag(last, end) || last != slot)
-            break;
-        behind = end + GetEndTag().length();
-        next = SkipAroundTag(TextOf(text), behind);
-    }
-    return cuts;
-}
-
 long CTagBlock::CreateSubBlocks()
 {
-    int unit = 0;
-    while (m_tagParser && unit >= 0 && unit < static_cast<int>(GetCount())) {
-        std::unique_ptr<CTagBlock> block(m_tagParser->CreateBlock(false));
-        m_tagParser->RemoveBlock(block.get());
-        block->m_parent = this;
+    if (!m_tagParser)
+        return 0;
+    MakeSubBlocks();
+    std::shared_ptr<TagOutline> outline;
+    if (CanReadOutline())
+        outline = std::make_shared<TagOutline>(*m_tagParser);
+    const long result = ReadSubBlocks(outline.get());
+    if (outline && outline->Count() != 0) {
+        outline->TakeLines(m_units);
+        m_unmade = {outline, 0, outline->Count()};
+    }
+    return result;
+}
+
+/// Whether nobody could tell blocks that are made when they are asked for from those that are made at once: derived
+/// parsers make blocks of their own.
+bool CTagBlock::CanReadOutline() const
+{
+    return typeid(*this) == typeid(CTagBlock) && typeid(*m_tagParser) == typeid(CTagParser) && !m_doubleTag &&
+           TagOutline::CanRead(*m_tagParser);
+}
+
+/// @param outline takes the blocks that can be read so, and all behind the first of them; may be null.
+long CTagBlock::ReadSubBlocks(TagOutline* outline)
+{
+    for (int unit = 0; unit < static_cast<int>(GetCount());) {
+        const TagOutline::Found found = outline ? outline->ReadBlock(m_units, unit) : TagOutline::Found::other;
+        if (found == TagOutline::Found::block)
+            continue;
+        if (found == TagOutline::Found::end) {
+            m_tagParser->ClearError();
+            return 0;
+        }
+        std::unique_ptr<CTagBlock> block = NewSubBlock();
         const long result = block->CreateSubBlocks(this, unit);
         if (unit < 0)
             return 0;
-        AddSubBlock(std::move(block));
+        if (outline && outline->Count() != 0)
+            outline->AddBlock(std::move(block));
+        else
+            AddSubBlock(std::move(block));
         if (result != 0)
             return result;
     }
     return 0;
+}
+
+/// A block that its parser has made, as all are, but does not list.
+std::unique_ptr<CTagBlock> CTagBlock::NewSubBlock()
+{
+    std::unique_ptr<CTagBlock> block(m_tagParser->CreateBlock(false));
+    m_tagParser->RemoveBlock(block.get());
+    block->m_parent = this;
+    return block;
 }
 
 long CTagBlock::CreateSubBlocks(CTagBlock* source, int& unit)
@@ -370,7 +191,7 @@ long CTagBlock::ReadType(const CTagBlock& source, const Tag& tag)
     while (place.slot < tag.last && isBlank(place.slot))
         ++place.slot;
     const CUnitSlot& found = source.m_units.Peek(place.slot);
-    const wxString& beginTag = GetCurrentBeginTag();
+    const Span beginTag(GetCurrentBeginTag());
     const long result = source.ReadsBytes(found)
                             ? TakeTitle(ReadTagTitle(Trimmed(found.Line()), beginTag), place)
                             : TakeTitle(ReadTagTitle(Trimmed(TextOf(place.Unit()->m_text)), beginTag), place);
@@ -379,7 +200,7 @@ long CTagBlock::ReadType(const CTagBlock& source, const Tag& tag)
 
 long CTagBlock::GetTypeAndName(const wxString& tag, const CParserUnit* unit)
 {
-    return TakeTitle(ReadTagTitle(TextOf(tag), GetCurrentBeginTag()), {nullptr, 0, unit});
+    return TakeTitle(ReadTagTitle(TextOf(tag), Span(GetCurrentBeginTag())), {nullptr, 0, unit});
 }
 
 template <typename Char> long CTagBlock::TakeTitle(const TagTitle<Char>& title, const Place& place)
@@ -444,9 +265,7 @@ long CTagBlock::ReadContent(CTagBlock& source, const Tag& opening, Tag& closing,
 
 long CTagBlock::ReadSubBlock(CTagBlock& source, int& unit)
 {
-    std::unique_ptr<CTagBlock> created(m_tagParser->CreateBlock(false));
-    m_tagParser->RemoveBlock(created.get());
-    CTagBlock* const block = AddSubBlock(std::move(created));
+    CTagBlock* const block = AddSubBlock(NewSubBlock());
     const long result = block->CreateSubBlocks(&source, unit);
     if (result != tagNotOpened)
         return result;

@@ -1,5 +1,7 @@
 #include "tags/tag_title_detail.h"
 
+#include "preprocessor/outside_strings_detail.h"
+
 using namespace tag_text_detail;
 using namespace text_detail;
 
@@ -52,10 +54,10 @@ template <typename Char> bool TakeNameOption(const Char*& at, const Char* end, T
 
 } // namespace
 
-template <typename Char> TagTitle<Char> ReadTagTitle(Text<Char> line, const wxString& beginTag)
+template <typename Char> TagTitle<Char> ReadTagTitle(Text<Char> line, const Span& beginTag)
 {
     const Char* const end = line.data() + line.length();
-    const Char* at = line.data() + (StartsWith(line, Span(beginTag)) ? beginTag.length() : 0);
+    const Char* at = line.data() + (StartsWith(line, beginTag) ? beginTag.Length() : 0);
     const bool closes = at != end && *at == '/';
     if (closes)
         ++at;
@@ -67,5 +69,45 @@ template <typename Char> TagTitle<Char> ReadTagTitle(Text<Char> line, const wxSt
     return title;
 }
 
-template TagTitle<char> ReadTagTitle(Text<char> line, const wxString& beginTag);
-template TagTitle<wchar_t> ReadTagTitle(Text<wchar_t> line, const wxString& beginTag);
+namespace
+{
+
+/// The options on the first line of an opening tag; false for a closing tag, which has none.
+template <typename Char> bool TakeFirstLine(Text<Char>& text, const Span& beginTag)
+{
+    const Char* const end = text.data() + text.length();
+    const TagTitle<Char> title = ReadTagTitle(TextOf(SkipBlanks(text.data(), end), end), beginTag);
+    if (title.closes)
+        return false;
+    text = title.rest;
+    while (title.isNamed && !text.empty() && (IsQuote(text.front()) || IsBlank(text.front())))
+        text.remove_prefix(1);
+    return true;
+}
+
+/// Takes the end of the tag away from its last line. A double tag shares that line with whatever follows it there.
+template <typename Char> void DropTagEnd(Text<Char>& text, const Span& endTag, bool isDouble)
+{
+    const Char* const end = text.data() + text.length();
+    const long tagEnd = isDouble ? FindOutsideStrings(text.data(), end, endTag) : -1;
+    if (tagEnd != -1)
+        text = text.substr(0, static_cast<size_t>(tagEnd));
+    while (!text.empty() && (text.back() == '/' || endTag.Holds(text.back())))
+        text.remove_suffix(1);
+}
+
+} // namespace
+
+template <typename Char> bool TakeOptions(Text<Char>& line, const TagMarks& marks, bool isDouble, TagLine place)
+{
+    if (place.isFirst && !TakeFirstLine(line, marks.Begin(isDouble)))
+        return false;
+    if (place.isLast)
+        DropTagEnd(line, marks.End(isDouble), isDouble);
+    return true;
+}
+
+template TagTitle<char> ReadTagTitle(Text<char> line, const Span& beginTag);
+template TagTitle<wchar_t> ReadTagTitle(Text<wchar_t> line, const Span& beginTag);
+template bool TakeOptions(Text<char>& line, const TagMarks& marks, bool isDouble, TagLine place);
+template bool TakeOptions(Text<wchar_t>& line, const TagMarks& marks, bool isDouble, TagLine place);

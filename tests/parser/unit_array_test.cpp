@@ -64,6 +64,32 @@ RC_GTEST_FIXTURE_PROP(UnitArray, IsAVectorOfPointers, ())
     RC_ASSERT(Listed(copy) == model);
 }
 
+RC_GTEST_FIXTURE_PROP(UnitArray, SlotsThatAreTakenCanBePutBackWhereTheyWere, ())
+{
+    CArrayParserUnit units;
+    Model model;
+    for (int step = *rc::gen::inRange(1, 20); step > 0; --step) {
+        CParserUnit* const unit = Unit(*rc::gen::inRange<size_t>(0, 5));
+        const size_t index = *rc::gen::inRange<size_t>(0, model.size() + 1);
+        units.Insert(unit, index);
+        model.insert(model.begin() + static_cast<std::ptrdiff_t>(index), unit);
+    }
+    CArrayParserUnit taken;
+    taken.TakeAll(units);
+    RC_ASSERT(Listed(taken) == model);
+    RC_ASSERT(Listed(units) == Model(model.size()));
+    const auto begin = *rc::gen::inRange<size_t>(0, model.size() + 1);
+    const auto end = *rc::gen::inRange<size_t>(begin, model.size() + 1);
+    taken.PutBack(units, begin, end);
+    for (size_t i = 0; i < model.size(); ++i) {
+        const bool isBack = begin <= i && i < end;
+        RC_ASSERT(units[i] == (isBack ? model[i] : nullptr));
+        RC_ASSERT(taken[i] == (isBack ? nullptr : model[i]));
+    }
+    units.Add(Unit(1));
+    RC_ASSERT(units.Last() == Unit(1));
+}
+
 TEST_F(UnitArray, AnAssignmentToItselfKeepsTheSlots)
 {
     CArrayParserUnit units;

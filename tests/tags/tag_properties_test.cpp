@@ -147,15 +147,6 @@ RC_GTEST_PROP(TagPropertiesTest, ACopyReadsLikeItsOriginal, ())
     }
 }
 
-std::string FullDump(const CTagBlock& block)
-{
-    std::string text = TitleOf(block) + (block.IsDoubleTag() ? " double" : "") + " {" + OptionsOf(block) + "} " +
-                       LinesOf(block.GetBeginHeader()) + " " + LinesOf(&block) + " " + LinesOf(block.GetEndHeader());
-    for (size_t i = 0; i < block.GetSubBlockCount(); ++i)
-        text += "\n(" + FullDump(*block.GetSubBlock(i)) + ")";
-    return text;
-}
-
 /// What is left of a text, however it has been cut.
 std::string RestOf(const CTagBlock& block)
 {
@@ -177,6 +168,29 @@ std::string ReadWith(TagBench& bench, const wxString& text, bool asUnits)
     for (size_t i = 0; i < block.GetSubBlockCount(); ++i)
         read += "\n" + FullDump(*block.GetSubBlock(i));
     return read;
+}
+
+RC_GTEST_PROP(TagPropertiesTest, AHierarchyIsTheSameBeforeAndAfterItsBlocksAreMade, ())
+{
+    Writer writer;
+    for (const Node& node : MakeTree())
+        writer.Write(node);
+    RC_LOG() << writer.Text();
+    TagBench bench;
+    bench.Read(wxString::FromUTF8(writer.Text()));
+    const CTagBlock& text = bench.Text();
+    const wxString before = text.GetHierarchy(1);
+    std::string bytes;
+    text.AppendHierarchies(bytes);
+    std::string expected;
+    for (size_t i = 0; i < text.GetSubBlockCount(); ++i)
+        expected += text.GetSubBlock(i)->GetHierarchy(0).utf8_string() + "\n";
+    RC_ASSERT(bytes == expected);
+    FullDump(text);
+    RC_ASSERT(text.GetHierarchy(1) == before);
+    bytes.clear();
+    text.AppendHierarchies(bytes);
+    RC_ASSERT(bytes == expected);
 }
 
 RC_GTEST_PROP(TagPropertiesTest, LinesOfATextAreReadLikeUnits, ())

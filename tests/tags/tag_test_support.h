@@ -39,6 +39,16 @@ inline std::string TitleOf(const CTagBlock& block)
     return block.GetType().utf8_string() + "=" + block.GetName().utf8_string();
 }
 
+/// All of a block: its title, options, kind, lines of headers and content, and the same of its sub-blocks.
+inline std::string FullDump(const CTagBlock& block)
+{
+    std::string text = TitleOf(block) + (block.IsDoubleTag() ? " double" : "") + " {" + OptionsOf(block) + "} " +
+                       LinesOf(block.GetBeginHeader()) + " " + LinesOf(&block) + " " + LinesOf(block.GetEndHeader());
+    for (size_t i = 0; i < block.GetSubBlockCount(); ++i)
+        text += "\n(" + FullDump(*block.GetSubBlock(i)) + ")";
+    return text;
+}
+
 /// A tag parser that takes its texts as they are.
 class TagBench
 {
