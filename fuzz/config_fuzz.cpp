@@ -37,10 +37,11 @@ std::optional<std::string> Bytes(const std::string& path)
     return std::string(std::istreambuf_iterator<char>(file), {});
 }
 
-/// Indentation adds blanks to texts that stand between elements.
-std::string WithoutBlanks(std::string text)
+/// Indentation adds white space to texts that stand between elements, and reading takes away what a text starts with.
+std::string WithoutWhiteSpace(std::string text)
 {
-    text.erase(std::remove_if(text.begin(), text.end(), [](char c) { return c == ' ' || c == '\n'; }), text.end());
+    const auto isWhite = [](char c) { return c == ' ' || c == '\n' || c == '\t' || c == '\r'; };
+    text.erase(std::remove_if(text.begin(), text.end(), isWhite), text.end());
     return text;
 }
 
@@ -94,7 +95,7 @@ void Run(const std::string& input, const TempDirectory& place)
     Require(again.GetSectionNode(wxS("a"), false)->Ok(), "with the sections of all objects");
     CDir elsewhere = place.Dir();
     Require(again.SaveFile(elsewhere, wxS("again.xml"), true), "and saved again");
-    Require(WithoutBlanks(*Bytes(place.Path("again.xml"))) == WithoutBlanks(saved), "with the same content");
+    Require(WithoutWhiteSpace(*Bytes(place.Path("again.xml"))) == WithoutWhiteSpace(saved), "with the same content");
 }
 
 } // namespace
