@@ -144,16 +144,6 @@ void RealmData::Trace(JSTracer* trc)
     }
 }
 
-RealmData& DataOfGlobal(::JSObject* global)
-{
-    return *JS::GetMaybePtrFromReservedSlot<RealmData>(global, kRealmSlot);
-}
-
-::JSObject* GlobalOf(ThreadState& t, const JSContext& cx)
-{
-    return cx.global ? cx.global : t.default_global;
-}
-
 RealmData& DataOf(ThreadState& t, const JSContext& cx)
 {
     return DataOfGlobal(GlobalOf(t, cx));

@@ -65,9 +65,15 @@ struct RealmData
     void Trace(JSTracer* trc);
 };
 
-RealmData& DataOfGlobal(::JSObject* global);
-// The data of the context's global, or of the default one.
+inline RealmData& DataOfGlobal(::JSObject* global)
+{
+    return *JS::GetMaybePtrFromReservedSlot<RealmData>(global, kRealmSlot);
+}
+// The context's global, or the default one.
+inline ::JSObject* GlobalOf(const ThreadState& t, const JSContext& cx)
+{
+    return cx.global ? cx.global : t.default_global;
+}
 RealmData& DataOf(ThreadState& t, const JSContext& cx);
-::JSObject* GlobalOf(ThreadState& t, const JSContext& cx);
 
 } // namespace qxjs

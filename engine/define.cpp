@@ -54,20 +54,19 @@ bool DefineSpecs(Entry& entry, JS::HandleObject obj, const JSPropertySpec* ps)
     return true;
 }
 
-::JSFunction* DefineNative(Entry& entry, JS::HandleObject obj, const char* name, JSNative call, uintN nargs,
-                           uintN attrs)
+::JSFunction* DefineNative(Entry& entry, JS::HandleObject obj, const JSFunctionSpec& fs)
 {
-    JS::RootedFunction fun(entry.Engine(), NewNativeFunction(entry.Thread(), call, nargs, name));
+    JS::RootedFunction fun(entry.Engine(), NewNativeFunction(entry.Thread(), fs.call, fs.nargs, fs.name, fs.number));
     if (!fun)
         return nullptr;
     JS::RootedObject value(entry.Engine(), ::JS_GetFunctionObject(fun));
-    return ::JS_DefineProperty(entry.Engine(), obj, name, value, attrs & kAttributes) ? fun.get() : nullptr;
+    return ::JS_DefineProperty(entry.Engine(), obj, fs.name, value, fs.flags & kAttributes) ? fun.get() : nullptr;
 }
 
 bool DefineSpecs(Entry& entry, JS::HandleObject obj, const JSFunctionSpec* fs)
 {
     for (; fs && fs->name; ++fs) {
-        if (!DefineNative(entry, obj, fs->name, fs->call, fs->nargs, fs->flags))
+        if (!DefineNative(entry, obj, *fs))
             return false;
     }
     return true;
@@ -211,7 +210,7 @@ JSFunction* JS_DefineFunction(JSContext* cx, JSObject* obj, const char* name, JS
     if (!entry)
         return nullptr;
     JS::RootedObject owner(entry.Engine(), Inner(obj));
-    ::JSFunction* fun = DefineNative(entry, owner, name, call, nargs, attrs);
+    ::JSFunction* fun = DefineNative(entry, owner, {name, call, nargs, attrs, 0});
     return reinterpret_cast<JSFunction*>(Kept(entry, fun ? ::JS_GetFunctionObject(fun) : nullptr));
 }
 

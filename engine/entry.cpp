@@ -30,33 +30,36 @@ void StayInDefaultRealm(ThreadState& t)
 
 RealmScope::RealmScope(ThreadState& t, const JSContext& cx) : m_realm(t.engine, GlobalOf(t, cx)) {}
 
-Entry::Entry(JSContext* cx, const char* function, EntryKind kind)
-    : m_thread(Usable(cx, function)), m_cx(cx), m_kind(kind)
+[[gnu::always_inline]] inline void Entry::BeginLimits()
 {
-    if (!m_thread)
-        return;
-    Enter();
-    js::AutoCheckRecursionLimit recursion(Engine());
-    if (!recursion.checkConservative(Engine())) {
-        Fail();
-        Leave();
-        m_thread = nullptr;
-    }
+    if (m_cx->stopped.what != Stop::None)
+        m_cx->stopped = StopCause();
+    m_cx->interrupt_requested.store(false, std::memory_order_relaxed);
+    if (m_cx->limits.AreSet())
+        m_limits.Begin(*m_thread, *m_cx);
 }
 
-Entry::~Entry()
+// A thread outside of all calls stays in the realm of its last one, or changing it would be a tenth of a short call.
+[[gnu::always_inline]] inline void Entry::EnterRealm(::JSObject* global)
 {
-    if (m_thread)
-        Leave();
+    ThreadState& t = *m_thread;
+    if (t.depth == 1 && !t.native) {
+        if (t.outside_global != global)
+            StayInRealm(t, global);
+    } else if (JS::CurrentGlobalOrNull(t.engine) != global)
+        m_realm.emplace(t.engine, global);
 }
 
-void Entry::Enter()
+// Inlined, as Leave is: for a short text, calls from one to the next of its steps would cost as much as they do.
+[[gnu::always_inline]] inline void Entry::Enter()
 {
     ThreadState& t = *m_thread;
     if (t.depth == 0) {
         if (t.has_orders.load(std::memory_order_relaxed))
             RunSafePoint(t);
-        SetStackQuota(t);
+        const auto here = reinterpret_cast<std::uintptr_t>(this);
+        if (here != t.stack_quota_from) // as from a host's loop it is
+            SetStackQuota(t, here);
     }
     StressPoint(t);
     m_context_before = t.current;
@@ -71,24 +74,18 @@ void Entry::Enter()
     else if (::JS_IsExceptionPending(t.engine))
         m_exception_before.emplace(t.engine); // the caller's exception is none of what runs now
     if (m_outermost)
-        m_limits.Begin(t, *m_cx);
+        BeginLimits();
 }
 
-// A thread outside of all calls stays in the realm of its last one, or changing it would be a tenth of a short call.
-void Entry::EnterRealm(::JSObject* global)
+[[gnu::always_inline]] inline void Entry::Leave()
 {
     ThreadState& t = *m_thread;
-    if (t.depth == 1 && !t.native)
-        StayInRealm(t, global);
-    else if (JS::CurrentGlobalOrNull(t.engine) != global)
-        m_realm.emplace(t.engine, global);
-}
-
-void Entry::Leave()
-{
-    ThreadState& t = *m_thread;
-    if (t.depth == 1)
-        RunJobs();
+    if (t.depth == 1) {
+        if (t.may_have_jobs)
+            RunJobs();
+        else
+            ReportStop();
+    }
     if (m_outermost)
         m_limits.End(t, *m_cx);
     m_exception_before.reset();
@@ -108,11 +105,33 @@ void Entry::Leave()
         RunSafePoint(t);
 }
 
-// The limits end before the report, or a reporter that evaluates would be stopped at once.
-bool Entry::ReportStop()
+Entry::Entry(JSContext* cx, const char* function, EntryKind kind)
+    : m_thread(Usable(cx, function)), m_cx(cx), m_kind(kind)
 {
-    if (m_cx->stopped.what == Stop::None)
-        return false;
+    if (!m_thread)
+        return;
+    Enter();
+    js::AutoCheckRecursionLimit recursion(Engine());
+    if (!recursion.checkConservative(Engine()))
+        Refuse();
+}
+
+Entry::~Entry()
+{
+    if (m_thread)
+        Leave();
+}
+
+void Entry::Refuse()
+{
+    Fail();
+    Leave();
+    m_thread = nullptr;
+}
+
+// The limits end before the report, or a reporter that evaluates would be stopped at once.
+void Entry::ReportStopCause()
+{
     const StopCause cause = std::move(m_cx->stopped);
     m_cx->stopped = StopCause();
     m_stopped = true;
@@ -120,7 +139,6 @@ bool Entry::ReportStop()
     ::JS_ClearPendingException(Engine());
     const std::string text = StopMessage(cause.what, m_cx->limits);
     ReportMessage(*m_cx, Utf8ToUtf16(text), cause.has_file ? cause.file.c_str() : nullptr, cause.line);
-    return true;
 }
 
 // The jobs that script's promises queued. Those that are left when a limit stops the script are thrown away: kept, an
@@ -128,10 +146,6 @@ bool Entry::ReportStop()
 void Entry::RunJobs()
 {
     ThreadState& t = *m_thread;
-    if (!t.may_have_jobs) {
-        ReportStop();
-        return;
-    }
     if (!m_stopped) {
         t.running_jobs = true;
         js::RunJobs(t.engine);

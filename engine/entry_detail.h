@@ -39,9 +39,18 @@ public:
 private:
     void Enter();
     void EnterRealm(::JSObject* global);
+    void BeginLimits();
     void Leave();
+    [[gnu::cold]] void Refuse();
     void RunJobs();
-    bool ReportStop();
+    bool ReportStop()
+    {
+        if (m_cx->stopped.what == Stop::None)
+            return false;
+        ReportStopCause();
+        return true;
+    }
+    [[gnu::cold]] void ReportStopCause();
 
     ThreadState* m_thread;
     JSContext* m_cx;

@@ -14,15 +14,20 @@ namespace qxjs
 namespace
 {
 
-bool IsGlobalScope(JSObject* obj)
+// Where a text runs: evaluated on a global, there, be it the context's own or not.
+struct Target
 {
-    return !obj || IsOurGlobal(Inner(obj));
-}
+    ::JSObject* global;
+    bool scoped; // on another object
+};
 
-// A text evaluated on a global runs there, be it the context's own or not.
-::JSObject* GlobalFor(const JSContext& cx, JSObject* obj)
+Target TargetOf(const JSContext& cx, JSObject* obj)
 {
-    return obj && IsOurGlobal(Inner(obj)) ? Inner(obj) : cx.global;
+    ::JSObject* const target = Inner(obj);
+    if (!target || target == cx.global)
+        return {cx.global, false};
+    const bool scoped = !IsOurGlobal(target);
+    return {scoped ? cx.global : target, scoped};
 }
 
 // The objects that names are looked up on, innermost first, without the global, which the engine adds itself.
@@ -81,8 +86,10 @@ private:
     std::u16string_view m_view;
 };
 
-::JSScript* CompileCached(Entry& entry, ScriptCache& cache, std::u16string_view text, const ScriptCache::Place& place)
+::JSScript* CompileCached(Entry& entry, ScriptCache& cache, std::u16string_view text, const char* file, uintN line,
+                          bool scoped)
 {
+    const ScriptCache::Place place{file, line, scoped};
     bool worth_keeping = false;
     ::JSScript* script = cache.Find(text, place, worth_keeping);
     if (script)
@@ -94,21 +101,29 @@ private:
 }
 
 // Converting and hashing a short text costs as much as running it, so one that comes over and over is spared both.
-::JSScript* CompileCached(Entry& entry, ScriptCache& cache, std::wstring_view text, const ScriptCache::Place& place)
+::JSScript* CompileCached(Entry& entry, ScriptCache& cache, std::wstring_view text, const char* file, uintN line,
+                          bool scoped)
 {
-    ::JSScript* latest = cache.FindLatest(text, place);
-    return latest ? latest : CompileCached(entry, cache, Utf16Text(text.data(), text.size()).View(), place);
+    ::JSScript* script = cache.FindLatest(text, file, line, scoped);
+    if (script)
+        return script;
+    script = CompileCached(entry, cache, Utf16Text(text.data(), text.size()).View(), file, line, scoped);
+    cache.NoteLatest(text, script);
+    return script;
 }
 
-bool Execute(Entry& entry, JSObject* obj, JS::HandleScript script, bool scoped, JS::MutableHandleValue result)
+bool ExecuteOn(Entry& entry, JSObject* obj, JS::HandleScript script, JS::MutableHandleValue result)
 {
-    if (!scoped)
-        return ::JS_ExecuteScript(entry.Engine(), script, result);
     JS::RootedObjectVector chain(entry.Engine());
     return FillScopeChain(entry, obj, chain) && ::JS_ExecuteScript(entry.Engine(), chain, script, result);
 }
 
-JSBool Finish(Entry& entry, bool success, JS::HandleValue result, jsval* rval)
+inline bool Execute(Entry& entry, JSObject* obj, JS::HandleScript script, bool scoped, JS::MutableHandleValue result)
+{
+    return scoped ? ExecuteOn(entry, obj, script, result) : ::JS_ExecuteScript(entry.Engine(), script, result);
+}
+
+inline JSBool Finish(Entry& entry, bool success, JS::HandleValue result, jsval* rval)
 {
     if (!success)
         return entry.Fail();
@@ -125,17 +140,16 @@ JSBool Evaluate(JSContext* cx, JSObject* obj, Text text, const char* file, uintN
         return JS_FALSE;
     if (!CheckGlobal(entry))
         return entry.Fail();
-    const bool scoped = !IsGlobalScope(obj);
-    ::JSObject* global = GlobalFor(*cx, obj);
+    const Target target = TargetOf(*cx, obj);
     std::optional<JSAutoRealm> realm;
-    if (global != cx->global)
-        realm.emplace(entry.Engine(), global);
-    ScriptCache& cache = DataOfGlobal(global).cache;
-    JS::RootedScript script(entry.Engine(), CompileCached(entry, cache, text, {file ? file : "", line, scoped}));
+    if (target.global != cx->global)
+        realm.emplace(entry.Engine(), target.global);
+    ScriptCache& cache = DataOfGlobal(target.global).cache;
+    JS::RootedScript script(entry.Engine(), CompileCached(entry, cache, text, file ? file : "", line, target.scoped));
     if (!script)
         return entry.Fail(ReportStyle::Parser);
     JS::RootedValue result(entry.Engine());
-    return Finish(entry, Execute(entry, obj, script, scoped, &result), result, rval);
+    return Finish(entry, Execute(entry, obj, script, target.scoped, &result), result, rval);
 }
 
 JSScript* CompileForHost(JSContext* cx, JSObject* obj, std::u16string_view text, const char* file, uintN line)
@@ -144,12 +158,13 @@ JSScript* CompileForHost(JSContext* cx, JSObject* obj, std::u16string_view text,
     if (!entry)
         return nullptr;
     auto record = std::make_unique<JSScript>();
-    record->scoped = !IsGlobalScope(obj);
+    const Target target = TargetOf(*cx, obj);
+    record->scoped = target.scoped;
     record->filename = file ? file : "";
     record->line = line;
     std::optional<JSAutoRealm> realm;
     if (CheckGlobal(entry)) {
-        realm.emplace(entry.Engine(), GlobalFor(*cx, obj));
+        realm.emplace(entry.Engine(), target.global);
         record->script = Compile(entry, text, {record->filename, line, record->scoped}, false);
     }
     if (!record->script) {
@@ -199,7 +214,7 @@ JSBool JS_ExecuteScript(JSContext* cx, JSObject* obj, JSScript* record, jsval* r
     // A script belongs to the global it was compiled on.
     JSAutoRealm realm(entry.Engine(), script);
     JS::RootedValue result(entry.Engine());
-    if (!record->scoped && !IsGlobalScope(obj)) {
+    if (!record->scoped && TargetOf(*cx, obj).scoped) {
         ::JS_ReportErrorUTF8(entry.Engine(), "a script compiled for the global cannot run on another object");
         return entry.Fail();
     }

@@ -251,11 +251,6 @@ std::string StopMessage(Stop what, const Limits& limits)
 
 void LimitGuard::Begin(ThreadState& t, JSContext& cx)
 {
-    if (cx.stopped.what != Stop::None)
-        cx.stopped = StopCause();
-    cx.interrupt_requested.store(false, std::memory_order_relaxed);
-    if (cx.limits.time_ms == 0 && cx.limits.memory_bytes == 0)
-        return;
     m_active = true;
     m_deadline_before = t.watch.deadline_ns.load();
     m_ceiling_before = t.watch.memory_ceiling.load();
@@ -277,10 +272,8 @@ void LimitGuard::Begin(ThreadState& t, JSContext& cx)
     TheWatchdog().Wake();
 }
 
-void LimitGuard::End(ThreadState& t, JSContext& cx)
+void LimitGuard::GiveBack(ThreadState& t, JSContext& cx)
 {
-    if (!m_active)
-        return;
     m_active = false;
     cx.limits.deadline_ns = 0;
     cx.limits.memory_ceiling = 0;

@@ -12,6 +12,8 @@ struct ThreadState;
 
 struct Limits
 {
+    bool AreSet() const { return time_ms != 0 || memory_bytes != 0; }
+
     long time_ms = 0;
     std::size_t memory_bytes = 0;
     // While the outermost call on the context runs; 0 for no limit.
@@ -43,14 +45,21 @@ struct LimitWatch
     std::atomic<std::size_t> memory_ceiling{0};
 };
 
-// Brings the limits of a context into force for its outermost call, and gives back what was in force before.
+// Brings the limits that are set for a context into force for its outermost call, and gives back what was in force
+// before.
 class LimitGuard
 {
 public:
     void Begin(ThreadState& t, JSContext& cx);
-    void End(ThreadState& t, JSContext& cx);
+    void End(ThreadState& t, JSContext& cx)
+    {
+        if (m_active)
+            GiveBack(t, cx);
+    }
 
 private:
+    void GiveBack(ThreadState& t, JSContext& cx);
+
     bool m_active = false;
     std::int64_t m_deadline_before = 0;
     std::size_t m_ceiling_before = 0;

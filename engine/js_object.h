@@ -59,11 +59,12 @@ struct JSPropertySpec
 /// One native function; `nargs` is its length and the least number of words it may read. Ends with a null name.
 struct JSFunctionSpec
 {
-    const char* name; ///< null at the end of an array
-    JSNative call;    ///< the native
-    uintN nargs;      ///< what script sees as the function's length
-    uintN flags;      ///< JSPROP_..., of the property that holds the function
-    uintN extra;      ///< ignored
+    const char* name;                ///< null at the end of an array
+    JSNative call;                   ///< the native
+    uintN nargs;                     ///< what script sees as the function's length
+    uintN flags;                     ///< JSPROP_..., of the property that holds the function
+    uintN extra;                     ///< ignored
+    JSNumberNative number = nullptr; ///< may save script the native
 };
 
 /// Makes a class known on `obj`, usually the global: the prototype (itself of the class, its private data null), and

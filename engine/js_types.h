@@ -225,6 +225,22 @@ struct JSNumberField
 /// itself, writing what is of the type without conversion. It makes no other call of this interface.
 using JSNumberFieldOp = JSNumberField (*)(void* data, jsval id);
 
+/// A number that is handed over as it is, without a word: those of most numbers have to be kept somewhere.
+struct JSNumber
+{
+    JSNumberField::Type type; ///< which of the two below it is, if any
+    union
+    {
+        jsint whole;   ///< for JSNumberField::Int32
+        jsdouble real; ///< for JSNumberField::Double
+    };
+};
+
+/// Does for a native that returns a number what that does, where it can. `data` is the private pointer of script's
+/// `this`, never null, `argc` and `argv` are the native's own. With JSNumberField::None it has done nothing, and the
+/// native is called.
+using JSNumberNative = JSNumber (*)(void* data, uintN argc, const jsval* argv);
+
 /// A hook of JSClass for enumerating: never called.
 using JSEnumerateOp = JSBool (*)(JSContext* cx, JSObject* obj);
 /// A hook of JSClass for names that are not there: never called.

@@ -24,8 +24,8 @@ public:
     // The scopes begun behind `size` end as well.
     void Truncate(std::size_t size)
     {
-        while (m_scopes > size)
-            EndScope();
+        if (m_scopes > size)
+            EndScopesBehind(size);
         m_size = std::min(m_size, size);
     }
     void KeepNewest(std::size_t count)
@@ -54,6 +54,13 @@ public:
     const jsval* end() const { return m_words.data() + m_size; }
 
 private:
+    // Out of line: it hardly ever is needed where every native ends.
+    [[gnu::noinline]] void EndScopesBehind(std::size_t size)
+    {
+        while (m_scopes > size)
+            EndScope();
+    }
+
     std::vector<jsval> m_words; // all that there is room for
     std::size_t m_size = 0;
     std::size_t m_scopes = 0; // the size behind the word where the innermost scope begins

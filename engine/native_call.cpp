@@ -72,37 +72,44 @@ template <typename Body> bool Guarded(::JSContext* engine, Body body)
     return false;
 }
 
-// `words` has room for callee, this, and all arguments given or declared. Inlined, as are its callers, and nothing here
-// has its address taken: each call less between script and native is a tenth of the whole, and so are words in memory.
-[[gnu::always_inline]] inline JSBool CallWith(jsval* words, const NativeRecord& record, JSContext& cx, JSObject* self,
-                                              const JS::CallArgs& args, jsval* result)
+// The words that a native finds around its `argv`, which is returned. `words` has room for callee, this, and all
+// arguments given or declared. Inlined, as are its callers, and nothing here has its address taken: each call less
+// between script and native is a tenth of the whole, and so are words in memory.
+[[gnu::always_inline]] inline jsval* FillWords(jsval* words, const NativeRecord& record, const JSObject* self,
+                                               const JS::CallArgs& args)
 {
-    ThreadState& t = *record.thread;
     const unsigned given = args.length();
     words[0] = OBJECT_TO_JSVAL(Outer(&args.callee()));
     words[1] = OBJECT_TO_JSVAL(self);
     jsval* const argv = words + 2;
     for (unsigned i = 0; i < given; ++i)
-        argv[i] = ToArgument(t, args[i].get());
+        argv[i] = ToArgument(*record.thread, args[i].get());
     for (unsigned i = given; i < record.nargs; ++i)
         argv[i] = JSVAL_VOID;
-    return record.native(&cx, self, given, argv, result);
+    return argv;
 }
 
 [[gnu::noinline, gnu::cold]] JSBool CallWithMany(const NativeRecord& record, JSContext& cx, JSObject* self,
                                                  unsigned argc, JS::Value* vp, jsval* result)
 {
     const auto words = std::make_unique<jsval[]>(std::max(argc, record.nargs) + 2);
-    return CallWith(words.get(), record, cx, self, JS::CallArgsFromVp(argc, vp), result);
+    jsval* const argv = FillWords(words.get(), record, self, JS::CallArgsFromVp(argc, vp));
+    return record.native(&cx, self, argc, argv, result);
+}
+
+bool HasMany(const NativeRecord& record, const JS::CallArgs& args)
+{
+    return args.length() > kFewArguments || record.nargs > kFewArguments;
 }
 
 [[gnu::always_inline]] inline JSBool Call(const NativeRecord& record, JSContext& cx, JSObject* self,
                                           const JS::CallArgs& args, jsval* result)
 {
-    if (args.length() > kFewArguments || record.nargs > kFewArguments)
+    if (HasMany(record, args))
         return CallWithMany(record, cx, self, args.length(), args.base(), result);
     jsval words[kFewArguments + 2];
-    return CallWith(words, record, cx, self, args, result);
+    jsval* const argv = FillWords(words, record, self, args);
+    return record.native(&cx, self, args.length(), argv, result);
 }
 
 [[gnu::always_inline]] inline bool RunNative(const NativeRecord& record, JSContext& cx, const JS::CallArgs& args)
@@ -112,6 +119,39 @@ template <typename Body> bool Guarded(::JSContext* engine, Body body)
     JSObject* self = ThisObject(t, cx, args);
     jsval result = JSVAL_VOID;
     if (!self || !frame.Conclude(Call(record, cx, self, args, &result)))
+        return false;
+    args.rval().set(ToEngine(result));
+    return true;
+}
+
+[[gnu::noinline]] bool RunPlainNative(const NativeRecord& record, JSContext& cx, unsigned argc, JS::Value* vp)
+{
+    return RunNative(record, cx, JS::CallArgsFromVp(argc, vp));
+}
+
+JS::Value ValueOf(const JSNumber& number)
+{
+    return number.type == JSNumberField::Int32 ? JS::Int32Value(number.whole) : NumberToEngine(number.real);
+}
+
+// The word of a number, and asking for the private pointer, would cost as much as all the rest.
+[[gnu::always_inline]] inline bool RunNumberNative(const NativeRecord& record, JSContext& cx, const JS::CallArgs& args)
+{
+    ::JSObject* const self = args.thisv().isObject() ? &args.thisv().toObject() : nullptr;
+    void* const data = self ? PrivateOf(self) : nullptr;
+    if (!data || HasMany(record, args))
+        return RunPlainNative(record, cx, args.length(), args.base());
+    NativeFrame frame(*record.thread);
+    jsval words[kFewArguments + 2];
+    jsval* const argv = FillWords(words, record, Outer(self), args);
+    const JSNumber number = record.number(data, args.length(), argv);
+    if (number.type != JSNumberField::None) {
+        frame.Conclude(JS_TRUE);
+        args.rval().set(ValueOf(number));
+        return true;
+    }
+    jsval result = JSVAL_VOID;
+    if (!frame.Conclude(record.native(&cx, Outer(self), args.length(), argv, &result)))
         return false;
     args.rval().set(ToEngine(result));
     return true;
@@ -210,7 +250,7 @@ bool SetNumber(::JSContext* engine, unsigned argc, JS::Value* vp)
 bool SameRecord(const NativeRecord& a, const NativeRecord& b)
 {
     return a.native == b.native && a.op == b.op && a.field == b.field && a.id == b.id && a.nargs == b.nargs &&
-           a.is_setter == b.is_setter && a.constructs == b.constructs;
+           a.is_setter == b.is_setter && a.constructs == b.constructs && a.number == b.number;
 }
 
 std::size_t HashRecord(const NativeRecord& record)
@@ -248,10 +288,12 @@ const NativeRecord* FindRecord(ThreadState& t, const NativeRecord& wanted)
     return &t.native_records.back();
 }
 
-::JSFunction* NewNativeFunction(ThreadState& t, JSNative native, unsigned nargs, const char* name)
+::JSFunction* NewNativeFunction(ThreadState& t, JSNative native, unsigned nargs, const char* name,
+                                JSNumberNative number)
 {
-    return NewFunction(t, CallRecord<RunWithEarlyCalls<RunNative>>,
-                       {&t, native, nullptr, nullptr, JSVAL_VOID, nargs, false, nullptr}, 0, name);
+    ::JSNative call =
+        number ? CallRecord<RunWithEarlyCalls<RunNumberNative>> : CallRecord<RunWithEarlyCalls<RunNative>>;
+    return NewFunction(t, call, {&t, native, nullptr, nullptr, JSVAL_VOID, nargs, false, nullptr, number}, 0, name);
 }
 
 ::JSFunction* NewConstructor(ThreadState& t, JSNative native, unsigned nargs, const char* name,

@@ -12,7 +12,8 @@ namespace qxjs
 const NativeRecord* FindRecord(ThreadState& t, const NativeRecord& wanted);
 
 // New engine functions in the current realm; null with an error pending.
-::JSFunction* NewNativeFunction(ThreadState& t, JSNative native, unsigned nargs, const char* name);
+::JSFunction* NewNativeFunction(ThreadState& t, JSNative native, unsigned nargs, const char* name,
+                                JSNumberNative number = nullptr);
 ::JSFunction* NewConstructor(ThreadState& t, JSNative native, unsigned nargs, const char* name,
                              const HostClass* constructs);
 // Accessors are made once a realm and shared: they cannot be told apart by what they do, and making them for each of

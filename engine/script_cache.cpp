@@ -50,16 +50,12 @@ std::uint64_t ScriptCache::Hash(std::u16string_view text, const Place& place)
     return MixWord(HashText(text), rest ^ std::uint64_t{place.file.size()} << 40);
 }
 
-::JSScript* ScriptCache::FindLatest(std::wstring_view text, const Place& place) const
+void ScriptCache::NoteLatest(std::wstring_view text, const ::JSScript* script)
 {
-    if (m_entries.empty())
-        return nullptr;
-    // Equal numbers are equal texts: a code above 0xFFFF equals no unit, and a lone surrogate stays what it is.
-    const Cached& latest = m_entries.front();
-    const auto same = [](wchar_t code, char16_t unit) { return static_cast<char32_t>(code) == unit; };
-    const bool found = latest.text.size() == text.size() &&
-                       std::equal(text.begin(), text.end(), latest.text.begin(), same) && latest.IsAt(place);
-    return found ? latest.script : nullptr;
+    if (m_entries.empty() || m_entries.front().script != script)
+        return;
+    m_latest = &m_entries.front();
+    m_latest_text = text;
 }
 
 ::JSScript* ScriptCache::Find(std::u16string_view text, const Place& place, bool& worth_keeping)
@@ -71,6 +67,7 @@ std::uint64_t ScriptCache::Hash(std::u16string_view text, const Place& place)
     const auto known = m_by_hash.find(hash);
     if (known != m_by_hash.end() && known->second->text == text && known->second->IsAt(place)) {
         m_entries.splice(m_entries.begin(), m_entries, known->second);
+        m_latest = nullptr;
         return known->second->script;
     }
     // A tagged template's array of strings is made once a script, which a second run would show.
@@ -120,6 +117,7 @@ void ScriptCache::Insert(std::u16string_view text, const Place& place, ::JSScrip
     if (m_by_hash.count(hash) > 0)
         return;
     m_entries.push_front({hash, std::u16string(text), std::string(place.file), place.line, place.scoped, script});
+    m_latest = nullptr;
     m_by_hash[hash] = m_entries.begin();
     m_text_units += text.size();
     while (m_entries.size() > kEntries || m_text_units > kTextUnits)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <cstring>
 #include <list>
 #include <string>
 #include <string_view>
@@ -23,8 +24,15 @@ public:
         unsigned line;
         bool scoped;
     };
-    // The script that was found or inserted last, if it is this text's; else null.
-    ::JSScript* FindLatest(std::wstring_view text, const Place& place) const;
+    // The script noted with NoteLatest if it is this text's, and none has been found or inserted since; else null.
+    ::JSScript* FindLatest(std::wstring_view text, const char* file, unsigned line, bool scoped) const
+    {
+        const bool found = m_latest && m_latest->line == line && m_latest->scoped == scoped && m_latest_text == text &&
+                           std::strcmp(m_latest->file.c_str(), file) == 0;
+        return found ? m_latest->script : nullptr;
+    }
+    // Notes the text that a script comes from, if that is the one found or inserted last.
+    void NoteLatest(std::wstring_view text, const ::JSScript* script);
     // The script compiled for this text and place, or null. `worth_keeping` tells whether to Insert what gets compiled.
     ::JSScript* Find(std::u16string_view text, const Place& place, bool& worth_keeping);
     void Insert(std::u16string_view text, const Place& place, ::JSScript* script);
@@ -59,7 +67,9 @@ private:
     static std::uint64_t Hash(std::u16string_view text, const Place& place);
     void DropOldest();
 
-    Entries m_entries; // the most recently used first
+    Entries m_entries;                // the most recently used first
+    const Cached* m_latest = nullptr; // the first of them, if it is the one noted
+    std::wstring m_latest_text;
     std::unordered_map<std::uint64_t, Entries::iterator> m_by_hash;
     std::size_t m_text_units = 0;
     std::vector<std::uint32_t> m_seen; // halves of hashes

@@ -36,11 +36,8 @@ ThreadStack MeasureStack()
     return stack;
 }
 
-void SetStackQuota(ThreadState& t)
+void SetStackQuota(ThreadState& t, std::uintptr_t here)
 {
-    const auto here = reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0));
-    if (here == t.stack_quota_from)
-        return; // as from a host's loop
     t.stack_quota_from = here;
     const ThreadStack& stack = t.stack;
     const std::size_t used = stack.base > here ? stack.base - here : 0;

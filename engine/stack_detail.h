@@ -18,8 +18,8 @@ struct ThreadStack
 // Of the calling thread.
 ThreadStack MeasureStack();
 
-// Gives script its quota of the stack, counted from here: counted from the thread's start, a host that calls from
-// deep inside its own code would find the quota used up. Only with no script running.
-void SetStackQuota(ThreadState& t);
+// Gives script its quota of the stack, counted from the address: counted from the thread's start, a host that calls
+// from deep inside its own code would find the quota used up. Only with no script running.
+void SetStackQuota(ThreadState& t, std::uintptr_t here);
 
 } // namespace qxjs

@@ -154,7 +154,7 @@ bool ThreadState::Start()
     WatchScriptMadeSource(*this);
     WatchRejections(*this);
     stack = MeasureStack();
-    SetStackQuota(*this);
+    SetStackQuota(*this, reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0)));
     HostClass* host_class = FindClass(*this, kDefaultGlobal, true);
     default_global = host_class ? NewGlobalObject(*this, *host_class) : nullptr;
     if (!default_global || !InstallInterrupt(*this)) {

@@ -97,7 +97,8 @@ struct NativeRecord
     jsval id;
     unsigned nargs;
     bool is_setter;
-    const HostClass* constructs; // the class whose instances `new` makes
+    const HostClass* constructs;     // the class whose instances `new` makes
+    JSNumberNative number = nullptr; // asked before `native`
 };
 
 struct SafePointCall

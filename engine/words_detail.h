@@ -88,7 +88,7 @@ inline jsval ToWord(ThreadState& t, const JS::Value& value)
 }
 inline jsval ToArgument(ThreadState& t, JS::Value value)
 {
-    if (value.isInt32() && INT_FITS_IN_JSVAL(value.toInt32()))
+    if (__builtin_expect(value.isInt32() && INT_FITS_IN_JSVAL(value.toInt32()), true))
         return INT_TO_JSVAL(value.toInt32());
     return value.isObject() ? OBJECT_TO_JSVAL(Outer(&value.toObject())) : ToOtherArgument(t, value);
 }

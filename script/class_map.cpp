@@ -60,8 +60,8 @@ JSMapEntry::JSMapEntry(int eventType, const char* handler)
     : name(handler), kind(Event), text(wxString::Format(wxS("%d"), eventType))
 {}
 
-JSMapEntry::JSMapEntry(const char* rowName, JSNative function, unsigned int arguments)
-    : name(rowName), kind(Method), extra(arguments), native(function)
+JSMapEntry::JSMapEntry(const char* rowName, JSNative function, unsigned int arguments, JSNumberNative numberFunction)
+    : name(rowName), kind(Method), extra(arguments), native(function), number(numberFunction)
 {}
 
 JSMapEntry::JSMapEntry(JSNative function, unsigned int arguments)

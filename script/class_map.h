@@ -71,8 +71,9 @@ struct VC_QXPARSER_API JSMapEntry
     JSMapEntry(int eventType, const char* handler);
     ///@}
 
-    /// A method. `arguments` is what script sees as its length; the native checks its own count.
-    JSMapEntry(const char* rowName, JSNative native, unsigned int arguments);
+    /// A method. `arguments` is what script sees as its length; the native checks its own count. `number` may save
+    /// script the native (see JSNumberNative).
+    JSMapEntry(const char* rowName, JSNative native, unsigned int arguments, JSNumberNative number = nullptr);
 
     ///@{
     /// A constructor, and the primary one, which script's `new` runs when there is one.
@@ -91,6 +92,7 @@ struct VC_QXPARSER_API JSMapEntry
     std::uint32_t position = 0; ///< Of fields.
     JSNative native = nullptr;  ///< Of methods and constructors.
     wxString text;              ///< Of events: the event's name, or its type as a decimal number.
+    JSNumberNative number = nullptr; ///< Of methods; may be null.
 };
 
 /// What a scriptable class shows to script: a constant table, one per class.

@@ -75,7 +75,7 @@ bool CJScriptLinkClass::AddRow(JSMapEntry& row)
             m_primaryNative = row.native;
         m_maxArgs = std::max(m_maxArgs, row.extra);
     } else if ((row.kind & KindGroup) == JSMapEntry::Method)
-        AddFuncSpec(row.name, row.native, static_cast<int>(row.extra));
+        AddBeforeEnd(m_functionSpecs, {row.name, row.native, row.extra, 0, 0, row.number});
     else if (row.kind == JSMapEntry::Event) {
         if (EventTypeOf(row.text, type))
             m_events[type] = wxString(row.name, wxConvUTF8);

@@ -126,38 +126,50 @@ bool RefreshPointers(JSContext* cx, const jsval* argv, Tuple& arguments, std::in
     return sizeof...(I) < 2 || (refresh(std::get<I>(arguments), I) && ...);
 }
 
-/// The native object behind `link` as the class that a method belongs to; null, with an error thrown, when it is
-/// another.
-template <typename Class> Class* Target(JSContext* cx, CJScriptLink* link)
+/// Whether the native object behind `link` is of the class that a method belongs to.
+template <typename Class> bool IsOfClass(const CJScriptLink* link)
 {
-    if constexpr (std::is_same_v<Class, CJScriptLink>)
-        return link;
+    if constexpr (std::is_same_v<Class, CJScriptLink> || std::is_void_v<Class>)
+        return true;
     else {
         const CJScriptLinkClass* const cls = link->GetClass();
-        if (cls == &Class::ms_JSClass || (cls && cls->IsKindOf(&Class::ms_JSClass)))
-            return static_cast<Class*>(link->GetRootObject());
-        FailClass(cx, Class::ms_JSClass);
-        return nullptr;
+        return cls == &Class::ms_JSClass || (cls && cls->IsKindOf(&Class::ms_JSClass));
     }
 }
 
-/// Calls the native with the converted arguments and converts its result.
-template <auto Function, typename Class, typename Tuple>
-bool Invoke(JSContext* cx, Class* target, Tuple& arguments, jsval* rval)
+/// The native object behind `link`, which is of that class: for functions that are no members, the link.
+template <typename Class> auto* TargetOf(CJScriptLink* link)
 {
-    using Result = typename FunctionTraits<decltype(Function)>::Result;
-    const auto call = [&](auto&... argument) -> Result {
-        if constexpr (std::is_void_v<typename FunctionTraits<decltype(Function)>::Class>)
+    if constexpr (std::is_same_v<Class, CJScriptLink> || std::is_void_v<Class>)
+        return link;
+    else
+        return static_cast<Class*>(link->GetRootObject());
+}
+
+/// Calls the native with the converted arguments.
+template <auto Function, typename Target, typename Tuple>
+typename FunctionTraits<decltype(Function)>::Result Call(Target* target, Tuple& arguments)
+{
+    using Traits = FunctionTraits<decltype(Function)>;
+    const auto call = [&](auto&... argument) -> typename Traits::Result {
+        if constexpr (std::is_void_v<typename Traits::Class>)
             return Function(argument...);
         else
             return (target->*Function)(argument...);
     };
+    return std::apply(call, arguments);
+}
+
+/// Does that and converts its result.
+template <auto Function, typename Target, typename Tuple>
+void Invoke(JSContext* cx, Target* target, Tuple& arguments, jsval* rval)
+{
+    using Result = typename FunctionTraits<decltype(Function)>::Result;
     if constexpr (std::is_void_v<Result>) {
-        std::apply(call, arguments);
+        Call<Function>(target, arguments);
         *rval = JSVAL_VOID;
     } else
-        *rval = JSConversion<Plain<Result>>::To(cx, std::apply(call, arguments));
-    return true;
+        *rval = JSConversion<Plain<Result>>::To(cx, Call<Function>(target, arguments));
 }
 
 /// What a native does when it is given another number of arguments than it takes.
@@ -199,12 +211,91 @@ JSBool CallNative(JSContext* cx, JSObject* object, uintN argc, jsval* argv, jsva
         if (!link)
             return FailWithoutObject(cx, argv);
     }
-    if constexpr (std::is_void_v<typename Traits::Class>)
-        return Invoke<Function, CJScriptLink>(cx, link, arguments, rval);
-    else {
-        auto* const target = Target<typename Traits::Class>(cx, link);
-        return target && Invoke<Function>(cx, target, arguments, rval);
+    using Class = typename Traits::Class;
+    if constexpr (!std::is_void_v<Class> && !std::is_same_v<Class, CJScriptLink>) {
+        if (!IsOfClass<Class>(link))
+            return FailClass(cx, Class::ms_JSClass);
     }
+    auto* const target = TargetOf<Class>(link);
+    if (!target)
+        return JS_FALSE;
+    Invoke<Function>(cx, target, arguments, rval);
+    return JS_TRUE;
+}
+
+///@{
+/// Reads a word that holds just such a value; false for other words.
+inline bool ReadPlain(jsval v, int& out)
+{
+    if (!JSVAL_IS_INT(v))
+        return false;
+    out = JSVAL_TO_INT(v);
+    return true;
+}
+inline bool ReadPlain(jsval v, double& out)
+{
+    if (!JSVAL_IS_NUMBER(v))
+        return false;
+    out = JSVAL_IS_INT(v) ? JSVAL_TO_INT(v) : *JSVAL_TO_DOUBLE(v);
+    return true;
+}
+inline bool ReadPlain(jsval v, bool& out)
+{
+    if (!JSVAL_IS_BOOLEAN(v))
+        return false;
+    out = JSVAL_TO_BOOLEAN(v);
+    return true;
+}
+///@}
+
+template <typename Type> constexpr bool isNumber = std::is_same_v<Type, int> || std::is_same_v<Type, double>;
+template <typename Tuple> struct ArePlain;
+template <typename... Types> struct ArePlain<std::tuple<Types...>>
+{
+    static constexpr bool value = ((isNumber<Types> || std::is_same_v<Types, bool>)&&...);
+};
+
+inline JSNumber NumberOf(int value)
+{
+    JSNumber number{JSNumberField::Int32, {}};
+    number.whole = value;
+    return number;
+}
+inline JSNumber NumberOf(double value)
+{
+    JSNumber number{JSNumberField::Double, {}};
+    number.real = value;
+    return number;
+}
+
+template <typename Tuple, std::size_t... I>
+bool ReadArguments([[maybe_unused]] const jsval* argv, [[maybe_unused]] Tuple& arguments, std::index_sequence<I...>)
+{
+    return (ReadPlain(argv[I], std::get<I>(arguments)) && ...);
+}
+
+/// What CallNative does when everything is as nearly always: the object and the arguments are what the native takes.
+template <auto Function> JSNumber CallForNumber(void* data, uintN argc, const jsval* argv)
+{
+    using Traits = FunctionTraits<decltype(Function)>;
+    constexpr JSNumber none{JSNumberField::None, {}};
+    auto* const link = static_cast<CJScriptLink*>(data);
+    typename Traits::ArgumentTuple arguments;
+    if (argc != Traits::count || !ReadArguments(argv, arguments, std::make_index_sequence<Traits::count>()) ||
+        !IsOfClass<typename Traits::Class>(link))
+        return none;
+    auto* const target = TargetOf<typename Traits::Class>(link);
+    return target ? NumberOf(Call<Function>(target, arguments)) : none;
+}
+
+/// CallForNumber for functions of numbers and truth values that return a number; null for others.
+template <auto Function> constexpr JSNumberNative NumberNative()
+{
+    using Traits = FunctionTraits<decltype(Function)>;
+    if constexpr (isNumber<Plain<typename Traits::Result>> && ArePlain<typename Traits::ArgumentTuple>::value)
+        return &CallForNumber<Function>;
+    else
+        return nullptr;
 }
 
 /// The native behind a constructor.
@@ -236,14 +327,16 @@ template <typename Class> JSBool ConstructByCount(JSContext* cx, JSObject* objec
 template <auto Function> JSMapEntry JSMethod(const char* name)
 {
     return JSMapEntry(name, &script_detail::CallNative<Function>,
-                      script_detail::FunctionTraits<decltype(Function)>::count);
+                      script_detail::FunctionTraits<decltype(Function)>::count,
+                      script_detail::NumberNative<Function>());
 }
 
 /// A method without arguments that ends the script, without a message, when it is given some.
 template <auto Function> JSMapEntry JSMethodWithoutArguments(const char* name)
 {
     static_assert(script_detail::FunctionTraits<decltype(Function)>::count == 0);
-    return JSMapEntry(name, &script_detail::CallNative<Function, script_detail::WrongCount::EndsScript>, 0);
+    return JSMapEntry(name, &script_detail::CallNative<Function, script_detail::WrongCount::EndsScript>, 0,
+                      script_detail::NumberNative<Function>());
 }
 
 /// A constructor of a scriptable class that takes these arguments.

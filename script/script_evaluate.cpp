@@ -1,3 +1,4 @@
+#include "script/log_detail.h"
 #include "script/script.h"
 #include "script/script_link.h"
 #include "script/value_conversion.h"
@@ -51,15 +52,32 @@ namespace
 
 constexpr const char* EvaluatedFile = "local";
 
+[[gnu::cold]] bool RefuseThread()
+{
+    wxLogError(wxS("CJScript called from another thread than the context's; refused"));
+    return false;
+}
+
+[[gnu::cold]] void Log(const std::vector<wxString>& rejections)
+{
+    for (const wxString& message : rejections)
+        LogWhole(wxLOG_Error, wxS("Unhandled promise rejection: ") + message);
+}
+
 } // namespace
 
 /// The engine would refuse as well, but what is kept here must not be touched either.
-bool CJScript::CheckThread() const
+inline bool CJScript::CheckThread() const
 {
-    if (m_thread == std::this_thread::get_id())
-        return true;
-    wxLogError(wxS("CJScript called from another thread than the context's; refused"));
-    return false;
+    return m_thread == std::this_thread::get_id() || RefuseThread();
+}
+
+/// Not where they are noted, which is inside the engine lock.
+inline void CJScript::LogRejections()
+{
+    CJScript* const attached = FromContext(m_context);
+    if (attached && !attached->m_rejections.empty())
+        Log(std::exchange(attached->m_rejections, {}));
 }
 
 template <typename Convert> bool CJScript::EvaluateWith(const wxString& text, CJScriptLink* link, Convert convert)

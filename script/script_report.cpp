@@ -1,8 +1,6 @@
 #include "script/log_detail.h"
 #include "script/script.h"
 
-#include <utility>
-
 namespace
 {
 
@@ -72,16 +70,6 @@ void CJScript::NoteRejection(JSContext* cx, const wchar_t* message)
 {
     if (CJScript* const script = FromContext(cx))
         script->m_rejections.push_back(message);
-}
-
-/// Not where they are noted, which is inside the engine lock.
-void CJScript::LogRejections()
-{
-    CJScript* const attached = FromContext(m_context);
-    if (!attached || attached->m_rejections.empty())
-        return;
-    for (const wxString& message : std::exchange(attached->m_rejections, {}))
-        LogWhole(wxLOG_Error, wxS("Unhandled promise rejection: ") + message);
 }
 
 JSTrapStatus CJScript::MyJSTrapHandler(JSContext* cx, JSScript*, jsbytecode*, jsval*, void*)

@@ -328,4 +328,82 @@ TEST_F(EngineNumberField, AnObjectWithoutPrivateDataGoesToTheOperations)
     EXPECT_TRUE(numbers.calls.empty());
 }
 
+JSBool Other(JSContext* cx, JSObject* obj, uintN argc, jsval* argv, jsval* rval)
+{
+    if (auto* numbers = static_cast<Numbers*>(JS_GetPrivate(cx, obj)))
+        numbers->calls.push_back("native " + std::to_string(argc));
+    *rval = argc > 0 ? argv[argc - 1] : JSVAL_VOID;
+    return argc < 3;
+}
+
+// Takes one integer; -1 asks for a double.
+JSNumber Quick(void* data, uintN argc, const jsval* argv)
+{
+    auto* numbers = static_cast<Numbers*>(data);
+    if (argc != 1 || !JSVAL_IS_INT(argv[0]))
+        return {JSNumberField::None, {}};
+    EXPECT_TRUE(JSVAL_IS_OBJECT(JS_ARGV_THIS(argv)) && JSVAL_IS_OBJECT(JS_ARGV_CALLEE(argv)));
+    JSNumber number{JSNumberField::Int32, {}};
+    number.whole = numbers->whole + JSVAL_TO_INT(argv[0]);
+    if (JSVAL_TO_INT(argv[0]) == -1) {
+        number.type = JSNumberField::Double;
+        number.real = numbers->real;
+    }
+    return number;
+}
+
+class EngineNumberNative : public EngineTest
+{
+protected:
+    EngineNumberNative()
+    {
+        constexpr JSClass kNumbers = {"Numbers", 0,       nullptr, nullptr, nullptr,
+                                      nullptr,   nullptr, nullptr, nullptr, nullptr};
+        constexpr JSFunctionSpec kNatives[] = {
+            {"add", Other, 1, 0, 0, Quick}, {"long", Other, 9, 0, 0, Quick}, {nullptr, nullptr, 0, 0, 0}};
+        JS_InitClass(cx, JS_GetGlobalObject(cx), nullptr, &kNumbers, nullptr, 0, nullptr, kNatives, nullptr, nullptr);
+        JS_SetPrivate(cx, JS_DefineObject(cx, JS_GetGlobalObject(cx), "o", &kNumbers, nullptr, 0), &numbers);
+    }
+
+    Numbers numbers;
+};
+
+TEST_F(EngineNumberNative, SavesTheNative)
+{
+    EXPECT_EQ(Show("[o.add(3), o.add(-1), o.add(1073741816)]"), "10,2.5,1073741823");
+    numbers.whole = std::numeric_limits<int>::max();
+    numbers.real = -0.0;
+    EXPECT_EQ(Show("[o.add(0), Object.is(o.add(-1), -0)]"), "2147483647,true");
+    EXPECT_TRUE(numbers.calls.empty());
+}
+
+TEST_F(EngineNumberNative, ANaNOfAnyBitsIsNaN)
+{
+    for (const std::uint64_t bits : {0xFFFE000000000008U, 0xFFF8800000000001U, 0x7FF0000000000001U}) {
+        std::memcpy(&numbers.real, &bits, sizeof bits);
+        EXPECT_EQ(Show("typeof o.add(-1) + (o.add(-1) !== o.add(-1))"), "numbertrue");
+    }
+}
+
+TEST_F(EngineNumberNative, WhatItDoesNotTakeGoesToTheNative)
+{
+    EXPECT_EQ(Show("[o.add('a'), o.add(1, 2), o.add(1.5), String(o.add())]"), "a,2,1.5,undefined");
+    EXPECT_EQ(numbers.calls, (std::vector<std::string>{"native 1", "native 2", "native 1", "native 0"}));
+    EXPECT_FALSE(Run("try { o.add(1, 2, 3) } catch (e) {}")) << "it may fail";
+    EXPECT_EQ(numbers.calls.size(), 5u);
+}
+
+TEST_F(EngineNumberNative, ManyArgumentsGoToTheNative)
+{
+    EXPECT_EQ(Show("[o.long(1), o.add(1)]"), "1,8");
+    EXPECT_FALSE(Run("o.add(1, 2, 3, 4, 5, 6, 7, 8, 9, 10)"));
+    EXPECT_EQ(numbers.calls, (std::vector<std::string>{"native 1", "native 10"}));
+}
+
+TEST_F(EngineNumberNative, AnObjectWithoutPrivateDataGoesToTheNative)
+{
+    EXPECT_EQ(Show("[Numbers.add(1), Object.create(o).add(2), o.add.call(5, 3), (0, o.add)(4)]"), "1,2,3,4");
+    EXPECT_TRUE(numbers.calls.empty());
+}
+
 } // namespace

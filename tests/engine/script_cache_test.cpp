@@ -97,24 +97,43 @@ TEST(ScriptCacheTest, ItHoldsNoMoreTextThanItsLimit)
     EXPECT_FALSE(worth_keeping) << "a text that is too long";
 }
 
-TEST(ScriptCacheTest, TheLatestScriptIsFoundByItsWideText)
+TEST(ScriptCacheTest, TheLatestScriptIsFoundByTheWideTextNotedForIt)
 {
     ScriptCache cache;
     const ScriptCache::Place place{"local", 2, true};
-    EXPECT_EQ(cache.FindLatest(L"x", place), nullptr);
+    EXPECT_EQ(cache.FindLatest(L"x", "local", 2, true), nullptr);
     cache.Insert(u"x\xD83D\xDE00", place, Stand(1));
-    EXPECT_EQ(cache.FindLatest(L"x\xD83D\xDE00", place), Stand(1)) << "two halves of a pair";
-    EXPECT_EQ(cache.FindLatest(L"x\x1F600", place), nullptr) << "needs converting";
-    cache.Insert(u"x", place, Stand(2));
-    EXPECT_EQ(cache.FindLatest(L"x", place), Stand(2));
-    EXPECT_EQ(cache.FindLatest(L"\x10078", place), nullptr) << "equal in its lower half only";
-    EXPECT_EQ(cache.FindLatest(L"xy", place), nullptr);
-    EXPECT_EQ(cache.FindLatest(L"x", {"other", 2, true}), nullptr);
-    EXPECT_EQ(cache.FindLatest(L"x", {"local", 3, true}), nullptr);
-    EXPECT_EQ(cache.FindLatest(L"x", {"local", 2, false}), nullptr);
+    EXPECT_EQ(cache.FindLatest(L"x\x1F600", "local", 2, true), nullptr) << "not noted yet";
+    cache.NoteLatest(L"x\x1F600", Stand(1));
+    EXPECT_EQ(cache.FindLatest(L"x\x1F600", "local", 2, true), Stand(1));
+    EXPECT_EQ(cache.FindLatest(L"x", "local", 2, true), nullptr);
+    EXPECT_EQ(cache.FindLatest(L"x\x1F601", "local", 2, true), nullptr);
+    EXPECT_EQ(cache.FindLatest(L"x\x1F600", "other", 2, true), nullptr);
+    EXPECT_EQ(cache.FindLatest(L"x\x1F600", "loca", 2, true), nullptr);
+    EXPECT_EQ(cache.FindLatest(L"x\x1F600", "local", 3, true), nullptr);
+    EXPECT_EQ(cache.FindLatest(L"x\x1F600", "local", 2, false), nullptr);
+}
+
+TEST(ScriptCacheTest, ANotedScriptIsTheLatestUntilAnotherIsFoundOrInserted)
+{
+    ScriptCache cache;
+    const ScriptCache::Place place{"local", 2, true};
+    const auto note_first = [&] {
+        bool worth_keeping = false;
+        EXPECT_EQ(cache.Find(u"x", place, worth_keeping), Stand(1));
+        cache.NoteLatest(L"x", Stand(1));
+        EXPECT_EQ(cache.FindLatest(L"x", "local", 2, true), Stand(1));
+    };
+    cache.Insert(u"x", place, Stand(1));
+    note_first();
+    cache.Insert(u"y", place, Stand(2));
+    EXPECT_EQ(cache.FindLatest(L"x", "local", 2, true), nullptr);
+    cache.NoteLatest(L"x", Stand(1));
+    EXPECT_EQ(cache.FindLatest(L"x", "local", 2, true), nullptr) << "it is not the latest";
+    note_first();
     bool worth_keeping = false;
-    EXPECT_EQ(cache.Find(u"x\xD83D\xDE00", place, worth_keeping), Stand(1));
-    EXPECT_EQ(cache.FindLatest(L"x", place), nullptr) << "the other one is the latest now";
+    EXPECT_EQ(cache.Find(u"y", place, worth_keeping), Stand(2));
+    EXPECT_EQ(cache.FindLatest(L"x", "local", 2, true), nullptr);
 }
 
 } // namespace

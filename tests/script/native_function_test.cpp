@@ -34,6 +34,7 @@ public:
     JSFunction* GiveFunction(JSFunction* v) { return v; }
     void GiveNothing() {}
     static int Twice(int v) { return 2 * v; }
+    int Count(bool v) const { return v ? 1 : 0; }
     wxString Describe(Tool* tool, int) { return tool ? "a tool" : "null"; }
 
     wxString CountLinks(const wxArraypCJScriptLink& links, int)
@@ -81,6 +82,7 @@ JSMapEntry Tool::m_JSMapEntries[] = {
     JSMethod<&Tool::GiveFunction>("GiveFunction"),
     JSMethod<&Tool::GiveNothing>("GiveNothing"),
     JSMethod<&Tool::Twice>("Twice"),
+    JSMethod<&Tool::Count>("Count"),
     JSMethod<&Tool::Describe>("Describe"),
     JSMapEntry(),
 };
@@ -233,6 +235,41 @@ TEST_F(NativeFunctionTest, AMethodOfAnotherClassIsRefused)
 TEST_F(NativeFunctionTest, AStaticFunctionWorksOnEveryScriptableObject)
 {
     EXPECT_EQ(Show("var twice = tool.Twice; twice(4) + '|' + twice.call(new TextFile(), 5)"), "8|10");
+}
+
+TEST_F(NativeFunctionTest, AFunctionOfNumbersIsCheckedLikeAnyOther)
+{
+    EXPECT_EQ(Thrown("tool.GiveInt.call(new TextFile(), 1)"), "true: Object is not of class 'Tool'");
+    EXPECT_EQ(Thrown("tool.GiveInt(1, 2)"), "true: Bad argument count for function 'GiveInt' (2 instead of 1)");
+    EXPECT_EQ(Thrown("tool.GiveDouble.call(new TextFile())"),
+              "true: Bad argument count for function 'GiveDouble' (0 instead of 1)");
+    EXPECT_EQ(Thrown("tool.GiveInt.call(new TextFile(), Object.create(null))"),
+              "true: Argument 1: can not convert to int");
+    EXPECT_EQ(Show("tool.GiveInt.call({}, 1)"), "(failed)");
+    ASSERT_TRUE(script.Evaluate("var kept = tool", nullptr));
+    tool.reset();
+    EXPECT_EQ(Show("try { kept.GiveInt(1) } catch (e) { 'caught' }"), "(failed)");
+    EXPECT_EQ(Reports().back(), "CJScript try { kept.GiveInt(1) } catch (e) { 'caught' }\n"
+                                " Call stack is:\nGiveInt\nlocal (0)\n");
+}
+
+TEST_F(NativeFunctionTest, NumbersPassAsTheyAre)
+{
+    EXPECT_EQ(Show("[2147483647, -2147483648, 1073741824, -1073741824, 0].every(i => tool.GiveInt(i) === i)"), "true");
+    EXPECT_EQ(Show("[0.1, -0, 5, 2147483648, Infinity, NaN].every(d => Object.is(tool.GiveDouble(d), d))"), "true");
+    EXPECT_EQ(Show("[tool.GiveDouble(true), tool.GiveDouble(null), tool.GiveInt(true), tool.Twice(1.5)].join()"),
+              "1,0,1,2");
+    EXPECT_EQ(Show("[tool.Count(true), tool.Count(false), tool.Count('x'), tool.Count(0)].join()"), "1,0,1,0");
+}
+
+TEST_F(NativeFunctionTest, CalledByAHostANativeGivesTheWordOfItsNumber)
+{
+    const JSMapEntry row = JSMethod<&Tool::GiveInt>("GiveInt");
+    jsval words[] = {JSVAL_NULL, JSVAL_NULL, INT_TO_JSVAL(5)};
+    jsval result = JSVAL_VOID;
+    ASSERT_TRUE(row.native(Context(), tool->GetJSLink()->GetJSObject(), 1, words + 2, &result));
+    ASSERT_TRUE(JSVAL_IS_DOUBLE(result));
+    EXPECT_EQ(*JSVAL_TO_DOUBLE(result), 5);
 }
 
 TEST_F(NativeFunctionTest, TheCountIsCheckedBeforeTheClass)
