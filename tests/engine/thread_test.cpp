@@ -107,27 +107,79 @@ TEST_F(EngineThread, TheEndOfAThreadFinalizesItsObjectsAndItsContextRefusesCalls
     JS_DestroyContext(left);
 }
 
-TEST_F(EngineThread, OnASmallStackTooDeepARecursionIsStillAnError)
+// Runs the body on a thread with so much stack, to its end.
+void RunOnStack(std::size_t bytes, void (*body)(std::size_t& result), std::size_t& result)
 {
+    struct Task
+    {
+        void (*body)(std::size_t& result);
+        std::size_t& result;
+    } task{body, result};
     pthread_attr_t attributes;
     pthread_attr_init(&attributes);
-    pthread_attr_setstacksize(&attributes, 512 * 1024);
+    pthread_attr_setstacksize(&attributes, bytes);
     pthread_t thread;
-    const auto body = [](void*) -> void* {
+    const auto start = [](void* data) -> void* {
+        auto& todo = *static_cast<Task*>(data);
+        todo.body(todo.result);
+        return nullptr;
+    };
+    ASSERT_EQ(pthread_create(&thread, &attributes, start, &task), 0);
+    pthread_join(thread, nullptr);
+    pthread_attr_destroy(&attributes);
+}
+
+// What of a thread's stack is taken when its code starts: its thread-local data, of which sanitizers have much.
+std::size_t TakenAtStart()
+{
+    std::size_t taken = 0;
+    const auto measure = [](std::size_t& result) {
+        pthread_attr_t attributes;
+        void* lowest = nullptr;
+        std::size_t size = 0;
+        ASSERT_EQ(pthread_getattr_np(pthread_self(), &attributes), 0);
+        ASSERT_EQ(pthread_attr_getstack(&attributes, &lowest, &size), 0);
+        pthread_attr_destroy(&attributes);
+        result = static_cast<std::size_t>(static_cast<char*>(lowest) + size -
+                                          static_cast<char*>(__builtin_frame_address(0)));
+    };
+    RunOnStack(8 * 1024 * 1024, measure, taken);
+    return taken;
+}
+
+// How deep script gets on a thread that has so much stack left; 0 when it does not end with the error for that.
+std::size_t DepthOfRecursion(std::size_t stack_left)
+{
+    std::size_t depth = 0;
+    const auto recurse = [](std::size_t& result) {
         JSContext* context = JS_NewContext(nullptr, 8192);
         constexpr JSClass kGlobal = {"G", 0, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr};
         JS_SetGlobalObject(context, JS_NewGlobal(context, &kGlobal));
         jsval v = JSVAL_VOID;
-        const std::u16string text = u"var n = 0; function f() { n++; f() } try { f() } catch (e) {} n > 100";
+        const std::u16string text = u"var n = 0, end = ''; function f() { n++; f() }"
+                                    "try { f() } catch (e) { end = String(e) }"
+                                    "end === 'InternalError: too much recursion' ? n : 0";
         JS_EvaluateUCScript(context, nullptr, text.data(), static_cast<uintN>(text.size()), "t", 0, &v);
+        result = JSVAL_IS_INT(v) ? static_cast<std::size_t>(JSVAL_TO_INT(v)) : 0;
         JS_DestroyContext(context);
-        return v == JSVAL_TRUE ? context : nullptr;
     };
-    ASSERT_EQ(pthread_create(&thread, &attributes, body, nullptr), 0);
-    void* result = nullptr;
-    pthread_join(thread, &result);
-    pthread_attr_destroy(&attributes);
-    EXPECT_NE(result, nullptr);
+    RunOnStack(TakenAtStart() + stack_left, recurse, depth);
+    return depth;
+}
+
+TEST_F(EngineThread, OnASmallStackTooDeepARecursionIsStillAnError)
+{
+    // A quarter of a megabyte stays free for natives. A call takes some hundred bytes, and the frames that it ends
+    // in take more where they are instrumented.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    constexpr std::size_t kMostBytesOfACall = 16 * 1024;
+#else
+    constexpr std::size_t kMostBytesOfACall = 2 * 1024;
+#endif
+    constexpr std::size_t kSmall = 512 * 1024;
+    const std::size_t depth = DepthOfRecursion(kSmall);
+    EXPECT_GE(depth, (kSmall - 256 * 1024) / kMostBytesOfACall);
+    EXPECT_GT(DepthOfRecursion(kSmall + 192 * 1024), depth) << "it follows the stack";
 }
 
 TEST_F(EngineThread, FinishingARuntimeLeavesItsContextsUsable)
