@@ -143,10 +143,8 @@ void TagsRun::MarkLines(size_t start, size_t begin)
 bool TagsRun::WriteResult(wxOutputStream& stream)
 {
     const auto& text = dynamic_cast<const CTagBlock&>(*m_parser.GetLastBlock(0));
-    if (!m_options.content && !m_options.options) {
-        text.AppendHierarchies(m_text);
-        return stream.WriteAll(m_text.data(), m_text.size());
-    }
+    if (!m_options.content && !m_options.options)
+        return text.WriteHierarchies(stream);
     if (m_options.content && !WriteContent(text, 0, stream))
         return false;
     for (size_t i = 0; i < text.GetSubBlockCount(); ++i) {

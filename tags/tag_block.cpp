@@ -9,6 +9,8 @@
 #include "tags/tag_parser.h"
 #include "tags/tag_text_detail.h"
 
+#include <wx/stream.h>
+
 #include <utility>
 
 using tag_text_detail::ToWide;
@@ -21,33 +23,60 @@ namespace
 
 const wxString NoTag;
 
-void Append(wxString& out, const wxString& text)
+/// UTF-8 on its way into a stream.
+class Utf8Pieces
 {
-    out.append(text);
-}
+public:
+    explicit Utf8Pieces(wxOutputStream& stream) : m_stream(stream) {}
 
-void Append(wxString& out, std::string_view text)
-{
-    vcq::detail::AppendUtf8(out, text.data(), text.length());
-}
+    void Append(size_t count, char character) { m_text.append(count, character); }
+    void Append(std::string_view text) { m_text.append(text); }
+    void Append(const wxString& text) { m_text.append(ToUtf8(text)); }
 
-void Append(std::string& out, const wxString& text)
-{
-    out.append(ToUtf8(text));
-}
+    void EndLine()
+    {
+        m_text += '\n';
+        if (m_text.length() >= PieceSize)
+            Flush();
+    }
 
-void Append(std::string& out, std::string_view text)
+    /// False when anything was not written, now or before.
+    bool Flush()
+    {
+        m_isWritten = m_isWritten && m_stream.WriteAll(m_text.data(), m_text.length());
+        m_text.clear();
+        return m_isWritten;
+    }
+
+private:
+    static constexpr size_t PieceSize = 64 * 1024;
+
+    wxOutputStream& m_stream;
+    std::string m_text;
+    bool m_isWritten = true;
+};
+
+/// The same as one text.
+class WideText
 {
-    out.append(text);
-}
+public:
+    void Append(size_t count, char character) { m_text.append(count, wxUniChar(character)); }
+    void Append(std::string_view text) { vcq::detail::AppendUtf8(m_text, text.data(), text.length()); }
+    void Append(const wxString& text) { m_text.append(text); }
+    void EndLine() { m_text.append(1, wxUniChar(L'\n')); }
+    const wxString& WithoutLastEnd() { return m_text.RemoveLast(); }
+
+private:
+    wxString m_text;
+};
 
 template <typename Out, typename Text> void AppendTitle(Out& out, size_t level, const Text& type, const Text& name)
 {
-    out.append(level, '\t');
-    Append(out, type);
-    out.append(1, '=');
-    Append(out, name);
-    out.append(1, '\n');
+    out.Append(level, '\t');
+    out.Append(type);
+    out.Append(1, '=');
+    out.Append(name);
+    out.EndLine();
 }
 
 void Adopt(std::optional<CTagHeaderBlock>& header, CTagBlock* parent)
@@ -193,14 +222,16 @@ void CTagBlock::NoteOptions(std::string_view text)
 
 wxString CTagBlock::GetHierarchy(int level) const
 {
-    wxString hierarchy;
+    WideText hierarchy;
     AppendHierarchy(hierarchy, static_cast<size_t>(level));
-    return hierarchy.RemoveLast();
+    return hierarchy.WithoutLastEnd();
 }
 
-void CTagBlock::AppendHierarchies(std::string& bytes) const
+bool CTagBlock::WriteHierarchies(wxOutputStream& stream) const
 {
-    AppendSubHierarchies(bytes, 0);
+    Utf8Pieces pieces(stream);
+    AppendSubHierarchies(pieces, 0);
+    return pieces.Flush();
 }
 
 template <typename Out> void CTagBlock::AppendHierarchy(Out& out, size_t level) const

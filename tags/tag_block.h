@@ -16,6 +16,7 @@
 #include <vector>
 
 class CTagParser;
+class wxOutputStream;
 ///@{
 /// For the reading of tags alone: what stands at the start of a tag, what tags begin and end with, and the tags of a
 /// text of which no blocks are made yet.
@@ -100,9 +101,10 @@ public:
     /// at the end.
     wxString GetHierarchy(int level) const;
 
-    /// Appends what GetHierarchy(0) gives for each sub-block, each with a line feed at the end, as ToUtf8 gives it. For
-    /// large texts: it makes no blocks of their tags.
-    void AppendHierarchies(std::string& bytes) const;
+    /// Writes what GetHierarchy(0) gives for each sub-block, each with a line feed at the end, as ToUtf8 gives it. For
+    /// large texts: it makes no blocks of their tags, and writes in pieces.
+    /// @return false when the stream has failed.
+    bool WriteHierarchies(wxOutputStream& stream) const;
 
     ///@{
     /// The type, empty until the opening tag is read, and the name.

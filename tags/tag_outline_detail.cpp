@@ -1,5 +1,6 @@
 #include "tags/tag_outline_detail.h"
 
+#include "base/posix_detail.h"
 #include "tags/tag_block.h"
 #include "tags/tag_parser.h"
 
@@ -37,8 +38,10 @@ TagOutline::Found TagOutline::ReadBlock(CArrayParserUnit& units, int& unit)
     if (first != Found::block)
         return first;
     // Costs no memory before it is written to, and growing would write everything several times.
-    if (count == 0)
+    if (count == 0) {
         m_entries.reserve(units.GetCount() - slot);
+        vcq::detail::PreferLargePages(m_entries.data(), m_entries.capacity() * sizeof(Entry));
+    }
     m_openTags.clear();
     while (ReadTag(units, slot, at)) {
         ++slot;

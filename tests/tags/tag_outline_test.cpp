@@ -35,6 +35,16 @@ public:
     int made = 0;
 };
 
+class FullStream : public wxOutputStream
+{
+protected:
+    size_t OnSysWrite(const void*, size_t) override
+    {
+        m_lasterror = wxSTREAM_WRITE_ERROR;
+        return 0;
+    }
+};
+
 /// Which slots of a block hold something.
 std::string SlotsOf(const CParserBlock& block)
 {
@@ -62,24 +72,37 @@ TEST_F(TagOutlineTest, AHierarchyNeedsNoBlocks)
 {
     Read(Plain);
     EXPECT_EQ("=\n\ta=x\n\t\tb=\n\t\t\tc=\n\td=", Text().GetHierarchy(0));
-    std::string bytes = "there: ";
-    Text().AppendHierarchies(bytes);
-    EXPECT_EQ("there: a=x\n\tb=\n\t\tc=\nd=\n", bytes);
+    EXPECT_EQ("a=x\n\tb=\n\t\tc=\nd=\n", HierarchiesOf(Text()));
 }
 
 TEST_F(TagOutlineTest, TheHierarchiesOfABlockWithoutSubBlocksAreEmpty)
 {
-    std::string bytes;
-    Load("text").AppendHierarchies(bytes);
-    EXPECT_EQ("", bytes);
+    EXPECT_EQ("", HierarchiesOf(Load("text")));
+}
+
+TEST_F(TagOutlineTest, HierarchiesOfALargeTextAreWrittenInPieces)
+{
+    wxString text;
+    std::string expected;
+    for (int i = 0; i < 20000; ++i) {
+        text += wxString::Format("<a='%d'/>\n", i);
+        expected += "a=" + std::to_string(i) + "\n";
+    }
+    Read(text);
+    EXPECT_EQ(expected, HierarchiesOf(Text()));
+}
+
+TEST_F(TagOutlineTest, AStreamThatFailsIsReported)
+{
+    Read("<a/>\n");
+    FullStream stream;
+    EXPECT_FALSE(Text().WriteHierarchies(stream));
 }
 
 TEST_F(TagOutlineTest, AHierarchyTellsOfNamesInOtherScripts)
 {
     Read(wxString::FromUTF8("<a='\u00e9\U0001f600'/>\n<b\n name='\u4e2d'/>\n"));
-    std::string bytes;
-    Text().AppendHierarchies(bytes);
-    EXPECT_EQ("a=\u00e9\U0001f600\nb=\n", bytes);
+    EXPECT_EQ("a=\u00e9\U0001f600\nb=\n", HierarchiesOf(Text()));
     EXPECT_EQ(wxString::FromUTF8("=\n\ta=\u00e9\U0001f600\n\tb="), Text().GetHierarchy(0));
 }
 
@@ -87,9 +110,7 @@ TEST_F(TagOutlineTest, AHierarchyTellsOfNewNames)
 {
     Read(Plain);
     Outermost().GetSubBlock(0)->SetName(wxString::FromUTF8("\u00e9"));
-    std::string bytes;
-    Text().AppendHierarchies(bytes);
-    EXPECT_EQ("a=x\n\tb=\u00e9\n\t\tc=\nd=\n", bytes);
+    EXPECT_EQ("a=x\n\tb=\u00e9\n\t\tc=\nd=\n", HierarchiesOf(Text()));
 }
 
 TEST_F(TagOutlineTest, ABlockStaysTheSameOnceItIsMade)
@@ -113,9 +134,7 @@ TEST_F(TagOutlineTest, TagsOfAllFormsKeepTheirOrder)
         "</h>\n<j>\n</j>\n";
     EXPECT_EQ("a=\nIGNORE=\nb=\n\tc=\nd=\ne=\nf=\ng=\nh=\n\tIGNORE=\nj=", Read(text));
     Read(text);
-    std::string bytes;
-    Text().AppendHierarchies(bytes);
-    EXPECT_EQ("a=\nIGNORE=\nb=\n\tc=\nd=\ne=\nf=\ng=\nh=\n\tIGNORE=\nj=\n", bytes);
+    EXPECT_EQ("a=\nIGNORE=\nb=\n\tc=\nd=\ne=\nf=\ng=\nh=\n\tIGNORE=\nj=\n", HierarchiesOf(Text()));
     EXPECT_EQ("k=1", OptionsOf(Outermost(3)));
     EXPECT_EQ("9:<x>|", LinesOf(&Outermost(4)));
     EXPECT_EQ(&Text(), Outermost(8).GetParent());

@@ -180,17 +180,14 @@ RC_GTEST_PROP(TagPropertiesTest, AHierarchyIsTheSameBeforeAndAfterItsBlocksAreMa
     bench.Read(wxString::FromUTF8(writer.Text()));
     const CTagBlock& text = bench.Text();
     const wxString before = text.GetHierarchy(1);
-    std::string bytes;
-    text.AppendHierarchies(bytes);
+    const std::string bytes = HierarchiesOf(text);
     std::string expected;
     for (size_t i = 0; i < text.GetSubBlockCount(); ++i)
         expected += text.GetSubBlock(i)->GetHierarchy(0).utf8_string() + "\n";
     RC_ASSERT(bytes == expected);
     FullDump(text);
     RC_ASSERT(text.GetHierarchy(1) == before);
-    bytes.clear();
-    text.AppendHierarchies(bytes);
-    RC_ASSERT(bytes == expected);
+    RC_ASSERT(HierarchiesOf(text) == expected);
 }
 
 RC_GTEST_PROP(TagPropertiesTest, LinesOfATextAreReadLikeUnits, ())

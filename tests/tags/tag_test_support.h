@@ -6,6 +6,7 @@
 #include "tests/support/preprocess_bench.h"
 
 #include <gtest/gtest.h>
+#include <wx/mstream.h>
 
 #include <string>
 #include <vector>
@@ -47,6 +48,16 @@ inline std::string FullDump(const CTagBlock& block)
     for (size_t i = 0; i < block.GetSubBlockCount(); ++i)
         text += "\n(" + FullDump(*block.GetSubBlock(i)) + ")";
     return text;
+}
+
+/// What a block writes about its sub-blocks.
+inline std::string HierarchiesOf(const CTagBlock& block)
+{
+    wxMemoryOutputStream stream;
+    EXPECT_TRUE(block.WriteHierarchies(stream));
+    std::string bytes(stream.GetSize(), ' ');
+    stream.CopyTo(bytes.data(), bytes.size());
+    return bytes;
 }
 
 /// A tag parser that takes its texts as they are.
