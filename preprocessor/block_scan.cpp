@@ -15,6 +15,19 @@
 
 using namespace line_scan_detail;
 
+namespace
+{
+
+size_t Utf8Length(const wchar_t* text, size_t length)
+{
+    size_t bytes = length;
+    for (size_t i = 0; i < length; ++i)
+        bytes += (text[i] >= 0x80) + (text[i] >= 0x800) + (text[i] >= 0x10000);
+    return bytes;
+}
+
+} // namespace
+
 /// One walk over a block: the state that lives from line to line.
 ///
 /// Lines that are no units yet are scanned as they are, and what is left of one is mostly a part of it: nothing is
@@ -24,8 +37,15 @@ class CBlockScan
 public:
     CBlockScan(CPreprocessor& pp, CParserBlock* block)
         : m_pp(pp), m_lines(CBlockLines(*block).Units()), m_position{block, 0, nullptr, false},
-          m_buffers(pp.m_freeBuffers), m_kept(m_buffers->kept), m_output(m_buffers->output)
-    {}
+          m_buffers(pp.m_freeBuffers), m_kept(m_buffers->kept), m_output(m_buffers->output),
+          m_isNested(pp.m_openScans++ != 0)
+    {
+        if (!m_isNested)
+            pp.m_addedBytes = 0;
+    }
+    ~CBlockScan() { --m_pp.m_openScans; }
+    CBlockScan(const CBlockScan&) = delete;
+    CBlockScan& operator=(const CBlockScan&) = delete;
 
     long Run();
 
@@ -46,6 +66,8 @@ private:
     bool IsAtLine() const;
     void SetText(const wchar_t* text, size_t length);
     long Remove();
+    size_t BytesLonger(const wchar_t* text, size_t length) const;
+    long NoteAdded(size_t bytes);
 
     CPreprocessor& m_pp;
     CArrayParserUnit& m_lines;
@@ -53,6 +75,7 @@ private:
     CScanBuffersUse m_buffers;
     CKeptText& m_kept;
     wxString& m_output;
+    const bool m_isNested;       ///< A directive has added this text to another one.
     bool m_hasDirective = false; ///< The scan of a line has met a "#".
     bool m_hasString = false;    ///< It has met a string.
 
@@ -235,6 +258,8 @@ long CBlockScan::StoreLine()
     if (m_pp.m_trim && begin == end)
         return Remove();
     const std::string_view text(begin, static_cast<size_t>(end - begin));
+    if (m_isNested && NoteAdded(text.size()) != 0)
+        return -1;
     if (m_hasString && HasAdjacentQuotes(begin, end)) {
         m_output.clear();
         vcq::detail::AppendUtf8(m_output, begin, text.size());
@@ -262,7 +287,11 @@ long CBlockScan::StoreOutput()
         begin = m_output.wx_str();
         end = begin + m_output.length();
     }
-    SetText(begin, end - begin);
+    const auto length = static_cast<size_t>(end - begin);
+    const size_t added = m_isNested ? Utf8Length(begin, length) : BytesLonger(begin, length);
+    if ((m_isNested || added != 0) && NoteAdded(added) != 0)
+        return -1;
+    SetText(begin, length);
     ++m_position.m_index;
     return 0;
 }
@@ -278,8 +307,30 @@ long CBlockScan::StorePlainUnit(CParserUnit& unit)
         if (unit.m_text.empty())
             return Remove();
     }
+    if (m_isNested && NoteAdded(Utf8Length(unit.m_text.wx_str(), unit.m_text.length())) != 0)
+        return -1;
     ++m_position.m_index;
     return 0;
+}
+
+/// How many bytes a text has more than the line that it was made of.
+size_t CBlockScan::BytesLonger(const wchar_t* text, size_t length) const
+{
+    const CWideLine& source = m_buffers->source;
+    const size_t before = Utf8Length(source.Begin(), source.Length());
+    const size_t bytes = Utf8Length(text, length);
+    return bytes > before ? bytes - before : 0;
+}
+
+/// Counts the bytes that the current line adds.
+long CBlockScan::NoteAdded(size_t bytes)
+{
+    m_pp.m_addedBytes += bytes + (m_isNested ? CPreprocessorLimits::LineBytes : 0);
+    if (m_pp.m_addedBytes <= m_pp.m_limits.addedBytes)
+        return 0;
+    return m_pp.Fail(wxString::Format(wxS("More than %lu bytes added by directives !"),
+                                      static_cast<unsigned long>(m_pp.m_limits.addedBytes)),
+                     m_position.m_unit);
 }
 
 /// Whether the current slot is a line that nobody has asked the unit of.

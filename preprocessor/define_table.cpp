@@ -30,41 +30,34 @@ size_t CMapStringToDefineInfo::SlotOf(std::uint64_t hash, std::wstring_view name
     return slot;
 }
 
-_DefineInfo* CMapStringToDefineInfo::Find(std::wstring_view name)
+const _DefineInfo* CMapStringToDefineInfo::Find(std::wstring_view name) const
 {
     if (m_slots.empty())
         return nullptr;
-    Place* const place = m_slots[SlotOf(HashOfName(name), name)].place;
+    const Place* const place = m_slots[SlotOf(HashOfName(name), name)].place;
     return place ? &(*place)->define : nullptr;
 }
 
-const _DefineInfo* CMapStringToDefineInfo::Find(std::wstring_view name) const
+void CMapStringToDefineInfo::Set(const wxString& name, _DefineInfo& define)
 {
-    return const_cast<CMapStringToDefineInfo*>(this)->Find(name);
+    const std::uint64_t hash = HashOfName(View(name));
+    Place* const known = m_slots.empty() ? nullptr : m_slots[SlotOf(hash, View(name))].place;
+    Entry& entry = known ? **known : Add(hash, name);
+    m_valuesLength += define.value.length() - entry.define.value.length();
+    entry.define.Swap(define);
 }
 
-_DefineInfo& CMapStringToDefineInfo::operator[](std::wstring_view name)
-{
-    if (_DefineInfo* const found = Find(name))
-        return *found;
-    _DefineInfo empty;
-    return Add(wxString(name.data(), name.size()), empty);
-}
-
-_DefineInfo& CMapStringToDefineInfo::Add(const wxString& name, _DefineInfo& define)
+CMapStringToDefineInfo::Entry& CMapStringToDefineInfo::Add(std::uint64_t hash, const wxString& name)
 {
     // Above three quarters, the runs of slots that are taken become long.
     if ((m_count + 1) * 4 > m_slots.size() * 3)
         Grow();
-    const std::uint64_t hash = HashOfName(View(name));
-    const size_t slot = SlotOf(hash, View(name));
     Place* const place = FreePlace();
     Entry& entry = place->emplace();
     entry.name = name;
-    entry.define.Swap(define);
-    m_slots[slot] = {hash, place};
+    m_slots[SlotOf(hash, View(name))] = {hash, place};
     ++m_count;
-    return entry.define;
+    return entry;
 }
 
 CMapStringToDefineInfo::Place* CMapStringToDefineInfo::FreePlace()
@@ -94,6 +87,7 @@ bool CMapStringToDefineInfo::Erase(std::wstring_view name)
     Place* const erased = m_slots[hole].place;
     if (!erased)
         return false;
+    m_valuesLength -= (*erased)->define.value.length();
     erased->reset();
     m_free.push_back(erased);
     --m_count;
@@ -114,6 +108,7 @@ void CMapStringToDefineInfo::Clear()
 {
     m_slots.clear();
     m_count = 0;
+    m_valuesLength = 0;
     m_places.clear();
     m_free.clear();
 }

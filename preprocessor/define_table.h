@@ -41,23 +41,20 @@ public:
     CMapStringToDefineInfo(const CMapStringToDefineInfo&) = delete;
     CMapStringToDefineInfo& operator=(const CMapStringToDefineInfo&) = delete;
 
-    ///@{
     /// Null when there is no such define. A define stays where it is until it is erased.
-    _DefineInfo* Find(std::wstring_view name);
     const _DefineInfo* Find(std::wstring_view name) const;
-    ///@}
 
-    /// The define of this name; an empty one is made when there is none.
-    _DefineInfo& operator[](std::wstring_view name);
-
-    /// Adds a define of a name that has none. What it stands for is taken out of `define`.
-    _DefineInfo& Add(const wxString& name, _DefineInfo& define);
+    /// Makes the define of this name what `define` is, and `define` what it was before: empty when there was none.
+    void Set(const wxString& name, _DefineInfo& define);
 
     /// Removes a define.
     /// @return whether there was one.
     bool Erase(std::wstring_view name);
     /// Removes all.
     void Clear();
+
+    /// The characters of all values together.
+    size_t ValuesLength() const { return m_valuesLength; }
 
     /// Calls `visit` with every entry, in the order in which they were added; but one that was added after another was
     /// removed may come in that one's place.
@@ -80,11 +77,13 @@ private:
 
     size_t SlotOf(std::uint64_t hash, std::wstring_view name) const;
     size_t Following(size_t slot) const { return (slot + 1) & (m_slots.size() - 1); }
+    Entry& Add(std::uint64_t hash, const wxString& name);
     Place* FreePlace();
     void Grow();
 
     std::vector<Slot> m_slots; ///< A power of two of them, or none. A define stands in or behind the slot of its hash.
     size_t m_count = 0;
+    size_t m_valuesLength = 0;
     std::deque<Place> m_places; ///< In the order in which they were made, in which memory gives them back best.
     std::vector<Place*> m_free; ///< Those of them that hold nothing.
 };

@@ -51,7 +51,7 @@ void CPreprocessor::AddDefine(const wxString& name, const wxString& value, wxArr
     const _DefineInfo* const known = m_defines.Find(Name(name));
     if (!known) {
         _DefineInfo define{params, value, wxString()};
-        m_defines.Add(name, define);
+        m_defines.Set(name, define);
     } else if (known->value != value)
         Fail(wxString::Format(wxS("\"%s\" already defined in %s (%s was %s)!"), name, known->origin, value,
                               known->value),
@@ -138,6 +138,19 @@ void CPreprocessor::KeepDefine(CDirectiveLine& line, const wxString& name, const
     m_wasPartial = true;
 }
 
+long CPreprocessor::StoreDefine(CDirectiveLine& line, const wxString& name, _DefineInfo& define)
+{
+    const _DefineInfo* const known = m_defines.Find(Name(name));
+    const size_t before = known ? known->value.length() : 0;
+    const size_t length = define.value.length();
+    if (length > before && m_defines.ValuesLength() - before + length > m_limits.definesLength)
+        return Fail(wxString::Format(wxS("\"%s\" : More than %lu characters in the values of all defines !"), name,
+                                     static_cast<unsigned long>(m_limits.definesLength)),
+                    line.position.m_unit);
+    m_defines.Set(name, define);
+    return 0;
+}
+
 long CPreprocessor::DirectiveDefine(CDirectiveLine& line)
 {
     wxString name;
@@ -151,8 +164,8 @@ long CPreprocessor::DirectiveDefine(CDirectiveLine& line)
     }
     const _DefineInfo* const known = m_defines.Find(Name(name));
     if (!known)
-        m_defines.Add(name, define);
-    else if (known->value != define.value)
+        return StoreDefine(line, name, define);
+    if (known->value != define.value)
         return Fail(wxString::Format(wxS("\"%s\" already defined in %s (%s was %s) !"), name, known->origin,
                                      define.value, known->value),
                     line.position.m_unit);
@@ -175,13 +188,11 @@ long CPreprocessor::DirectiveRedefine(CDirectiveLine& line)
     const long result = ReadDefine(line, name, define);
     if (result < 0)
         return result;
-    _DefineInfo* const known = m_defines.Find(Name(name));
-    if (!known)
+    if (!m_defines.Find(Name(name)))
         return FailNotDefined(line, name);
-    if (result == 1)
-        KeepDefine(line, name, define);
-    else
-        known->Swap(define);
+    if (result == 0)
+        return StoreDefine(line, name, define);
+    KeepDefine(line, name, define);
     return 0;
 }
 

@@ -219,17 +219,17 @@ long CPreprocessor::RunLoop(const wxString& name, const CLoopBounds& bounds, con
 {
     const CNestedText nested(m_sections.size(), m_sectionBase, m_loopNesting);
     long result = 0;
-    const std::wstring_view variableName(name.wx_str(), name.length());
     const _DefineInfo initial{wxArrayString(), wxString(), directive->GetContext()};
+    _DefineInfo variable = initial;
     for (long long value = bounds.start; value <= bounds.end && result == 0; value += bounds.step) {
-        _DefineInfo& variable = m_defines[variableName];
-        // The body may have made something else of it.
+        // It is what the variable was two passes before, if the body has not made something else of it.
         if (!variable.params.empty() || variable.origin != initial.origin)
             variable = initial;
         variable.value.clear();
         vcq::detail::AppendNumber(variable.value, value);
+        m_defines.Set(name, variable);
         result = nested.InsertLines(*m_parser, lines, position);
     }
-    m_defines.Erase(variableName);
+    RemoveDefine(name);
     return result;
 }

@@ -92,8 +92,13 @@ struct CPreprocessorLimits
     unsigned int argumentNesting = 200; ///< Defines inside arguments of defines; conditional texts inside each other.
     unsigned long loopPasses = 0;       ///< Passes of one loop; 0: no limit.
     size_t expandedLength = 256 * 1024 * 1024; ///< Characters of a line, value or condition with its defines replaced.
-    long scriptMilliseconds = 0;               ///< Time for each script, see CJScript::SetTimeLimit; 0: no limit.
-    size_t scriptBytes = 0;                    ///< Memory for each script, see CJScript::SetMemoryLimit; 0: no limit.
+    size_t definesLength = 512 * 1024 * 1024;  ///< Characters of the values of all defines together.
+    /// Memory that directives may add to a text: for the lines of loops and includes their bytes in UTF-8 and LineBytes
+    /// each, for lines that defines and scripts have made longer the difference.
+    size_t addedBytes = size_t{4} * 1024 * 1024 * 1024;
+    static constexpr size_t LineBytes = 24; ///< What a line takes beside its text.
+    long scriptMilliseconds = 0;            ///< Time for each script, see CJScript::SetTimeLimit; 0: no limit.
+    size_t scriptBytes = 0;                 ///< Memory for each script, see CJScript::SetMemoryLimit; 0: no limit.
 };
 
 /// Rewrites the units of a block in place: drops comments, keeps string literals, applies the directives introduced by
@@ -327,6 +332,7 @@ private:
     long ReadDefine(CDirectiveLine& line, wxString& name, _DefineInfo& define);
     void KeepDefine(CDirectiveLine& line, const wxString& name, const _DefineInfo& define);
     long FailNotDefined(CDirectiveLine& line, const wxString& name);
+    long StoreDefine(CDirectiveLine& line, const wxString& name, _DefineInfo& define);
     long SplitArguments(const wxString& name, const wchar_t*& at, const wchar_t* end, wxArrayString& arguments,
                         const _BlockPosition* position);
     long ReplaceDefines(const wchar_t* at, const wchar_t* end, wxString& result, const _BlockPosition& position,
@@ -375,6 +381,8 @@ private:
     unsigned int m_includeDepth = 0;
     unsigned int m_loopNesting = 0;
     unsigned int m_argumentNesting = 0;
+    unsigned int m_openScans = 0; ///< The scan of a text, and those of the texts that its directives have parsed.
+    size_t m_addedBytes = 0;      ///< In the outermost of them, see CPreprocessorLimits.
     std::vector<std::unique_ptr<CScanBuffers>> m_freeBuffers; ///< Those that no scan uses.
     std::vector<std::wstring_view> m_argumentPlaces;          ///< What SplitArguments finds, kept for its memory.
     const CNameList* m_leftAlone = nullptr; ///< The names that the replacement in progress leaves alone.

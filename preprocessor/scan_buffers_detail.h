@@ -62,6 +62,7 @@ public:
 
     const wchar_t* Begin() const { return m_text.get(); }
     const wchar_t* End() const { return m_text.get() + m_length; }
+    size_t Length() const { return m_length; }
     size_t Capacity() const { return m_capacity; }
 
 private:

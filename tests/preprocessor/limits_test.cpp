@@ -62,6 +62,8 @@ TEST_F(LimitsTest, TheDefaultsAreGenerousAndLoopsAreFree)
     EXPECT_EQ(200u, defaults.argumentNesting);
     EXPECT_EQ(0u, defaults.loopPasses);
     EXPECT_EQ(256u * 1024 * 1024, defaults.expandedLength);
+    EXPECT_EQ(512u * 1024 * 1024, defaults.definesLength);
+    EXPECT_EQ(size_t{4} << 30, defaults.addedBytes);
     EXPECT_EQ(0, defaults.scriptMilliseconds);
     EXPECT_EQ(0u, defaults.scriptBytes);
 }
@@ -277,6 +279,93 @@ TEST_F(LimitsTest, ATextThatGrowsBeyondTheLimitIsRefused)
               Run("#define F(a) <#a>\n#F(123456789)"));
     EXPECT_EQ(Failure("\"G\" : More than 10 characters after replacing defines !", 2),
               Run("#define G(a) #a#a#a#a\n#G(123)"));
+}
+
+TEST_F(LimitsTest, DirectivesMayAddUpToTheLimit)
+{
+    place.Put("two.txt", "12345\n678\n");
+    place.Put("umlauts.txt", "\u00e4\u00f6\u20ac\U0001F600\n");
+    place.Put("surrogate.txt", "\xed\xa0\x80\nplain");
+    limits.loopPasses = 0;
+    const struct
+    {
+        const char* text;
+        size_t lines; ///< Of loops and includes.
+        size_t bytes; ///< In them, and added to others.
+        const char* file;
+        unsigned long line;
+    } cases[] = {
+        {"#for i 1;5;1\nx\n#endfor", 5, 5, "main.txt (LOOP l.1)", 1},
+        {"#for i 1;5;1\n  x // a note\n#endfor", 5, 5, "main.txt (LOOP l.1)", 1},
+        {"#for i 1;5;1\n#i\n#endfor", 5, 5, "main.txt (LOOP l.1)", 1},
+        {"#for i 1;2;1\n#for j 1;1;1\n1234\n#endfor\n#endfor", 2, 8, "main.txt (LOOP l.1) (LOOP l.1)", 1},
+        {"#include \"two.txt\"", 2, 8, "two.txt", 2},
+        {"#include \"umlauts.txt\"", 1, 11, "umlauts.txt", 1},
+        {"#include \"surrogate.txt\"", 2, 8, "surrogate.txt", 2},
+        {"#define A 123456789012\nx\n#A", 0, 10, "main.txt", 3},
+        {"#{'\u00e41234567' + '890123456'}", 0, 0, "main.txt", 0},
+        {"#define A(x) #x#x\n#A(\u00e4\u00f6\u20ac)", 0, 3, "main.txt", 2},
+        {"#define A 1\nas long as any\n#A\n#ifdef A\nand longer\n#endif", 0, 0, "main.txt", 0},
+    };
+    for (const auto& [text, lines, bytes, file, line] : cases) {
+        limits.addedBytes = lines * CPreprocessorLimits::LineBytes + bytes;
+        pp.SetLimits(limits);
+        pp.Clean();
+        Run(wxString::FromUTF8(text));
+        EXPECT_EQ("", Message()) << text;
+        if (limits.addedBytes-- == 0)
+            continue;
+        pp.SetLimits(limits);
+        const wxString message = wxString::Format("More than %zu bytes added by directives !", limits.addedBytes);
+        EXPECT_EQ(Failure(message.utf8_string(), line, file), Run(wxString::FromUTF8(text)));
+    }
+}
+
+TEST_F(LimitsTest, LinesThatAreEmptyCountWhatTheyAdd)
+{
+    limits.addedBytes = 3 * CPreprocessorLimits::LineBytes;
+    limits.loopPasses = 0;
+    pp.SetLimits(limits);
+    pp.SetTrim(false);
+    parser.KeepEmptyLines();
+    EXPECT_EQ("\n\n\n\n", Run("#for i 1;3;1\n\n#endfor"));
+    for (const char* const line : {"", "//", "#{''}"})
+        EXPECT_EQ(Failure("More than 72 bytes added by directives !", 1, "main.txt (LOOP l.1)"),
+                  Run(wxString::Format("#for i 1;4;1\n%s\n#endfor", line)))
+            << line;
+}
+
+TEST_F(LimitsTest, WhatIsAddedIsCountedForEachTextAnew)
+{
+    limits.addedBytes = 75;
+    pp.SetLimits(limits);
+    const wxString text = "#for i 1;3;1\nx\n#endfor";
+    EXPECT_EQ("x\nx\nx\n", Run(text));
+    EXPECT_EQ("x\nx\nx\n", Run(text));
+    EXPECT_EQ(Failure("More than 75 bytes added by directives !", 1, "main.txt (LOOP l.4)"), Run(text + "\n" + text));
+    EXPECT_EQ("x\nx\nx\n", Run(text));
+}
+
+TEST_F(LimitsTest, AllValuesTogetherMayBeAsLongAsTheLimit)
+{
+    limits.definesLength = 10;
+    pp.SetLimits(limits);
+    EXPECT_EQ("", Run("#define A 12345\n#define B 67890\n#define C"));
+    EXPECT_EQ(Failure("\"D\" : More than 10 characters in the values of all defines !", 2), Run("x\n#define D 1"));
+    EXPECT_FALSE(pp.HasDefine("D"));
+    EXPECT_EQ(Failure("\"A\" : More than 10 characters in the values of all defines !", 1), Run("#redefine A 123456"));
+    EXPECT_EQ("12345\n", Run("#A"));
+}
+
+TEST_F(LimitsTest, ValuesThatAreGivenUpCountNoMore)
+{
+    limits.definesLength = 10;
+    limits.loopPasses = 0;
+    pp.SetLimits(limits);
+    EXPECT_EQ("", Run("#define A 1234567890\n#redefine A 12345\n#define B 12345\n#undef A\n#define A 12345"));
+    EXPECT_EQ("", Run("#undef A\n#for i 1;100;1\n#redefine B #i\n#endfor\n#redefine B 12345\n#define A 12345"));
+    pp.Clean();
+    EXPECT_EQ("", Run("#define C 1234567890"));
 }
 
 TEST_F(LimitsTest, AScriptStopsAtItsTimeLimit)
