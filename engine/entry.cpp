@@ -2,6 +2,7 @@
 
 #include "engine/class_detail.h"
 #include "engine/jobs_detail.h"
+#include "engine/native_frame_detail.h"
 #include "engine/stack_detail.h"
 #include "engine/text_detail.h"
 
@@ -32,8 +33,6 @@ RealmScope::RealmScope(ThreadState& t, const JSContext& cx) : m_realm(t.engine, 
 
 [[gnu::always_inline]] inline void Entry::BeginLimits()
 {
-    if (m_cx->stopped.what != Stop::None)
-        m_cx->stopped = StopCause();
     m_cx->interrupt_requested.store(false, std::memory_order_relaxed);
     if (m_cx->limits.AreSet())
         m_limits.Begin(*m_thread, *m_cx);
@@ -66,6 +65,7 @@ RealmScope::RealmScope(ThreadState& t, const JSContext& cx) : m_realm(t.engine, 
     m_previous = t.innermost;
     t.current = m_cx;
     t.innermost = this;
+    t.ended_silently = false;
     ++t.depth;
     m_outermost = m_cx->depth++ == 0;
     EnterRealm(GlobalOf(t, *m_cx));
@@ -77,15 +77,21 @@ RealmScope::RealmScope(ThreadState& t, const JSContext& cx) : m_realm(t.engine, 
         BeginLimits();
 }
 
+// While script is being stopped the natives below it go on, and some have much to convert. What they call for may be
+// done, but no script on the way.
+bool Entry::MayGoOn()
+{
+    ::JS_RequestInterruptCallback(Engine());
+    return m_kind == EntryKind::Access;
+}
+
 [[gnu::always_inline]] inline void Entry::Leave()
 {
     ThreadState& t = *m_thread;
-    if (t.depth == 1) {
-        if (t.may_have_jobs)
-            RunJobs();
-        else
-            ReportStop();
-    }
+    if (t.depth == 1 && t.may_have_jobs)
+        RunJobs();
+    else if (m_outermost)
+        ReportStop();
     if (m_outermost)
         m_limits.End(t, *m_cx);
     m_exception_before.reset();
@@ -112,7 +118,7 @@ Entry::Entry(JSContext* cx, const char* function, EntryKind kind)
         return;
     Enter();
     js::AutoCheckRecursionLimit recursion(Engine());
-    if (!recursion.checkConservative(Engine()))
+    if ((m_thread->stops != 0 && !MayGoOn()) || !recursion.checkConservative(Engine()))
         Refuse();
 }
 
@@ -132,8 +138,7 @@ void Entry::Refuse()
 // The limits end before the report, or a reporter that evaluates would be stopped at once.
 void Entry::ReportStopCause()
 {
-    const StopCause cause = std::move(m_cx->stopped);
-    m_cx->stopped = StopCause();
+    const StopCause cause = TakeStop(*m_thread, *m_cx);
     m_stopped = true;
     m_limits.End(*m_thread, *m_cx);
     ::JS_ClearPendingException(Engine());
@@ -146,29 +151,42 @@ void Entry::ReportStopCause()
 void Entry::RunJobs()
 {
     ThreadState& t = *m_thread;
+    ReportStop();
     if (!m_stopped) {
         t.running_jobs = true;
         js::RunJobs(t.engine);
         t.running_jobs = false;
         ReportStop();
     }
-    if (m_stopped) {
-        t.discarding_jobs = true;
-        ::JS_RequestInterruptCallback(t.engine);
-        js::RunJobs(t.engine);
-        t.discarding_jobs = false;
-    }
+    if (m_stopped)
+        DiscardJobs();
     ::JS_ClearPendingException(t.engine);
+    // Describing them may run script, which has what is left of the time, or none.
     if (!t.rejected.empty())
         ShowRejections(t, *m_cx);
+    if (ReportStop())
+        DiscardJobs();
+    t.discarding_jobs = false;
+}
+
+// From here on, until the end of the call, script is stopped at once.
+void Entry::DiscardJobs()
+{
+    m_thread->discarding_jobs = true;
+    ::JS_RequestInterruptCallback(Engine());
+    js::RunJobs(Engine());
 }
 
 JSBool Entry::Fail(ReportStyle style)
 {
     if (m_outermost && ReportStop())
         return JS_FALSE;
-    if (!::JS_IsExceptionPending(Engine()))
+    if (!::JS_IsExceptionPending(Engine())) {
+        // Nobody reports what ran on the way of an access, so it ends with the script that it was made for.
+        if (!m_outermost && m_kind == EntryKind::Access && m_thread->ended_silently && m_thread->native)
+            m_thread->native->EndScript();
         return JS_FALSE;
+    }
     CallThrowHook(*m_cx, Engine());
     if (m_outermost)
         ReportPending(*m_cx, Engine(), style);

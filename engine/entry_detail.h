@@ -38,11 +38,13 @@ public:
 
 private:
     void Enter();
+    [[gnu::cold]] bool MayGoOn();
     void EnterRealm(::JSObject* global);
     void BeginLimits();
     void Leave();
     [[gnu::cold]] void Refuse();
     void RunJobs();
+    void DiscardJobs();
     bool ReportStop()
     {
         if (m_cx->stopped.what == Stop::None)

@@ -100,7 +100,8 @@ void ReportPending(JSContext& cx, ::JSContext* engine, ReportStyle style)
     ReportStorage storage;
     if (!Fill(engine, storage, exception, style))
         FillMessage(storage, u"uncaught exception", u"uncaught exception");
-    CallReporter(cx, storage);
+    if (cx.stopped.what == Stop::None) // while describing the exception; else that is reported
+        CallReporter(cx, storage);
     ::JS_ClearPendingException(engine);
 }
 

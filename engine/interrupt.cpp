@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <mutex>
 #include <thread>
+#include <utility>
 
 #include <fcntl.h>
 #include <malloc.h>
@@ -177,12 +178,13 @@ Stop FindStop(ThreadState& t, JSContext& cx)
     return OverMemory(t, cx) ? Stop::Memory : Stop::None;
 }
 
-void RememberStop(::JSContext* engine, JSContext& cx, Stop what)
+void RememberStop(ThreadState& t, JSContext& cx, Stop what)
 {
+    ++t.stops;
     cx.stopped.what = what;
     JS::AutoFilename file;
     unsigned line = 0;
-    if (JS::DescribeScriptedCaller(engine, &file, &line)) {
+    if (JS::DescribeScriptedCaller(t.engine, &file, &line)) {
         cx.stopped.has_file = file.get() != nullptr;
         cx.stopped.file = file.get() ? file.get() : "";
         cx.stopped.line = line;
@@ -199,16 +201,15 @@ bool OnInterrupt(::JSContext* engine)
         ::JS_RequestInterruptCallback(engine); // for the next job
         return false;
     }
-    bool stop = false;
     for (const Entry* entry = t->innermost; entry; entry = entry->Previous()) {
-        if (!entry->IsOutermostOnContext())
+        JSContext& cx = entry->Context();
+        if (!entry->IsOutermostOnContext() || cx.stopped.what != Stop::None)
             continue;
-        const Stop what = FindStop(*t, entry->Context());
-        if (what == Stop::None)
-            continue;
-        RememberStop(engine, entry->Context(), what);
-        stop = true;
+        const Stop what = FindStop(*t, cx);
+        if (what != Stop::None)
+            RememberStop(*t, cx, what);
     }
+    const bool stop = t->stops != 0;
     // A false alone ends the running job; an endless chain of them would go on with the next. With no job running the
     // engine would keep this in mind and never run one again.
     if (stop && t->running_jobs)
@@ -235,6 +236,12 @@ void EndWatchdog()
 {
     if (g_watchdog_used)
         TheWatchdog().End();
+}
+
+StopCause TakeStop(ThreadState& t, JSContext& cx)
+{
+    --t.stops;
+    return std::exchange(cx.stopped, {});
 }
 
 std::string StopMessage(Stop what, const Limits& limits)

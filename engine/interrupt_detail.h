@@ -71,6 +71,8 @@ void StopWatching(ThreadState& t);
 void EndWatchdog();
 
 bool InstallInterrupt(ThreadState& t);
+// Ends the stop that the context's script is in.
+StopCause TakeStop(ThreadState& t, JSContext& cx);
 std::string StopMessage(Stop what, const Limits& limits);
 
 } // namespace qxjs

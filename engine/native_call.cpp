@@ -58,17 +58,19 @@ JSObject* ThisObject(ThreadState& t, JSContext& cx, const JS::CallArgs& args)
 }
 
 // The engine's frames cannot be unwound by a C++ exception, so none gets past here.
-template <typename Body> bool Guarded(::JSContext* engine, Body body)
+template <typename Body> bool Guarded(const ThreadState& t, Body body)
 {
     try {
         return body();
     } catch (const std::bad_alloc&) {
-        ::JS_ReportOutOfMemory(engine);
+        ::JS_ReportOutOfMemory(t.engine);
     } catch (const std::exception& error) {
-        ::JS_ReportErrorUTF8(engine, "native function failed: %s", error.what());
+        ::JS_ReportErrorUTF8(t.engine, "native function failed: %s", error.what());
     } catch (...) {
-        ::JS_ReportErrorUTF8(engine, "native function failed");
+        ::JS_ReportErrorUTF8(t.engine, "native function failed");
     }
+    if (t.stops != 0)
+        ::JS_ClearPendingException(t.engine); // script could catch it
     return false;
 }
 
@@ -204,12 +206,12 @@ template <Runner* Run> bool RunWithEarlyCalls(const NativeRecord& record, JSCont
 }
 
 // What the engine calls.
-template <Runner* Run> bool CallRecord(::JSContext* engine, unsigned argc, JS::Value* vp)
+template <Runner* Run> bool CallRecord(::JSContext*, unsigned argc, JS::Value* vp)
 {
     const JS::CallArgs args = JS::CallArgsFromVp(argc, vp);
     const NativeRecord& record = RecordOf(args);
     JSContext* cx = record.thread->current;
-    return cx && Guarded(engine, [&] { return Run(record, *cx, args); });
+    return cx && Guarded(*record.thread, [&] { return Run(record, *cx, args); });
 }
 
 JSNumberField NumberField(const NativeRecord& record, const JS::CallArgs& args)

@@ -30,13 +30,13 @@ bool RunEarlyCalls(ThreadState& t)
 {
     JSContext& cx = *t.current;
     NativeFrame frame(t); // so that they are not entered again
-    while (!t.safe_point_calls.IsEmpty() && t.safe_point_calls.Front().early && cx.stopped.what == Stop::None) {
+    while (!t.safe_point_calls.IsEmpty() && t.safe_point_calls.Front().early && t.stops == 0) {
         t.safe_point_calls.Pop()();
         if (::JS_IsExceptionPending(t.engine))
             ReportPending(cx, t.engine, ReportStyle::Exception);
         frame.DropLocals();
     }
-    return cx.stopped.what == Stop::None;
+    return t.stops == 0;
 }
 
 static void CallLater(JSContext* cx, const SafePointCall& call, JSCallTicket* ticket, const char* function)

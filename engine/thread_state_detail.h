@@ -153,8 +153,10 @@ struct ThreadState final : DoublePool::Marker
     JSContext* current = nullptr;
     Entry* innermost = nullptr;
     unsigned depth = 0;
-    const NativeFrame* native = nullptr; // the innermost on the stack
-    std::size_t uses = 0;                // calls that could have left an exception pending
+    NativeFrame* native = nullptr; // the innermost on the stack
+    std::size_t uses = 0;          // calls that could have left an exception pending
+    unsigned stops = 0;            // contexts whose script is being stopped: nothing but natives may run
+    bool ended_silently = false;   // script that ran last was ended by a native, without an exception
     bool collecting = false;
     std::atomic<bool> has_orders{false};
     std::vector<JSContext*> orders; // put aside by JS_DestroyContext; under the registry's lock

@@ -1,6 +1,9 @@
+#include "script/script_class.h"
+#include "script/value_conversion.h"
 #include "tests/script/script_fixture.h"
 
 #include <chrono>
+#include <new>
 #include <string>
 
 namespace
@@ -80,6 +83,77 @@ TEST_F(ScriptLimitsTest, AnEndlessLoopInsideANativeStopsTheOuterScriptToo)
     EXPECT_EQ(Show("x"), "1");
 }
 
+// Natives that make light of what went wrong below them.
+
+struct Swallowing
+{
+    const char* name;
+    const char* text;
+};
+
+class ScriptStopTest : public ScriptLimitsTest, public ::testing::WithParamInterface<Swallowing>
+{};
+
+TEST_P(ScriptStopTest, ReachesTheOutermostRun)
+{
+    Define("evaluate", [&](JSContext*, uintN, jsval*, jsval*) {
+        script.Evaluate("for (;;);", nullptr);
+        return JS_TRUE;
+    });
+    Define("call", [&](JSContext*, uintN, jsval*, jsval*) {
+        script.Call("endless", Global());
+        return JS_TRUE;
+    });
+    Define("find", [&](JSContext*, uintN, jsval*, jsval*) {
+        script.HasFunction("property", Global());
+        return JS_TRUE;
+    });
+    Define("declare", [&](JSContext* cx, uintN, jsval* argv, jsval*) {
+        wxString text;
+        jsval_to_wxString(cx, argv[0], text);
+        CJScriptLinkClass::DeclareError(cx, "declared");
+        return JS_FALSE;
+    });
+    Define("raise", [&](JSContext* cx, uintN, jsval* argv, jsval*) -> JSBool {
+        wxString text;
+        jsval_to_wxString(cx, argv[0], text);
+        throw std::bad_alloc();
+    });
+    Define("end", [&](JSContext* cx, uintN, jsval*, jsval*) {
+        qxjsMinimal native;
+        native.GetJSLink()->CreateObjectDynamic(cx);
+        native.GetJSLink()->JS_RegisterCallOnDestroy(Global()->GetJSFunction("endless"));
+        return JS_TRUE;
+    });
+    ASSERT_TRUE(script.Evaluate("var n = 0; var o = {toString: endless, valueOf: endless};"
+                                "function endless() { for (;;); }"
+                                "Object.defineProperty(this, 'property', {get: endless});",
+                                nullptr));
+    script.SetTimeLimit(100);
+    EXPECT_FALSE(script.Evaluate(GetParam().text, nullptr));
+    ASSERT_EQ(script.GetErrorCount(), 1);
+    EXPECT_EQ(script.GetError(0)->msg, "script time limit of 100 ms exceeded");
+    EXPECT_EQ(Show("n"), "0");
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Of, ScriptStopTest,
+    ::testing::Values(Swallowing{"Texts", "for (;;) StrToUpper(o)"}, Swallowing{"OneText", "StrToUpper(o); n = 1"},
+                      Swallowing{"Arguments", "for (;;) { try { new size_t(o) } catch (e) {} }"},
+                      Swallowing{"OneArgument", "try { new size_t(o) } catch (e) { n = 1 } n = 2"},
+                      Swallowing{"ElementsOfArrays", "for (;;) { try { FormatStringA('', [o]) } catch (e) {} }"},
+                      Swallowing{"ManyTexts", "FormatString.apply(null, Array(100000).fill(o)); n = 1"},
+                      Swallowing{"NestedTexts", "StrToUpper({toString: function () { StrToUpper(o); n = 1 }})"},
+                      Swallowing{"Evaluations", "for (;;) evaluate()"}, Swallowing{"Calls", "for (;;) call()"},
+                      Swallowing{"Questions", "for (;;) find()"},
+                      Swallowing{"Declarations", "for (;;) { try { declare(o) } catch (e) { n = 1 } }"},
+                      Swallowing{"Exceptions", "for (;;) { try { raise(o) } catch (e) { n = 1 } }"},
+                      Swallowing{"OnDestroyFunctions", "for (;;) end()"}, Swallowing{"ThrownObjects", "throw o"},
+                      Swallowing{"PromiseJobs", "Promise.resolve().then(function () { for (;;) StrToUpper(o) })"},
+                      Swallowing{"Rejections", "Promise.reject(o)"},
+                      Swallowing{"RejectionsOfStoppedScripts", "Promise.reject(o); for (;;);"}),
+    NameOfRow<Swallowing>);
+
 TEST_F(ScriptLimitsTest, ATimeLimitOfZeroIsNone)
 {
     script.SetTimeLimit(20);
@@ -115,6 +189,18 @@ TEST_F(ScriptLimitsTest, AScriptCannotCatchItsMemoryLimit)
     EXPECT_FALSE(script.Evaluate(wxString("var seen = ''; try { ") + GrowingText + " } catch (e) { seen = 'caught'; }",
                                  nullptr));
     EXPECT_EQ(Show("kept = null; 'seen ' + seen"), "seen ");
+}
+
+TEST_F(ScriptLimitsTest, AScriptCannotHideItsMemoryLimitInAConversion)
+{
+    script.SetMemoryLimit(32 * Megabyte);
+    script.SetTimeLimit(20000);
+    EXPECT_FALSE(script.Evaluate(wxString("var n = 0; for (;;) { StrToUpper({toString: function () { ") + GrowingText +
+                                     " }}); n = 1; }",
+                                 nullptr));
+    ASSERT_EQ(script.GetErrorCount(), 1);
+    EXPECT_EQ(script.GetError(0)->msg, wxString::Format("script memory limit of %lu bytes exceeded", 32 * Megabyte));
+    EXPECT_EQ(Show("n"), "0");
 }
 
 TEST_F(ScriptLimitsTest, TheContextIsUsableAfterAMemoryLimit)
