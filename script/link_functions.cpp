@@ -115,12 +115,12 @@ void CJScriptLink::CallJS_OnDestroy()
     const wxWeakRef<CJScriptLink> self(this);
     // What is registered from here on comes too late: a function that registers itself would be called for ever.
     for (std::size_t left = m_functions->onDestroy.size(); left > 0; --left) {
-        if (!m_functions || m_functions->onDestroy.empty() || m_functions->script->HasOutlivedItsEnd())
+        if (!m_functions || m_functions->onDestroy.empty())
             return;
         JSFunction* const function = m_functions->onDestroy.front();
         m_functions->onDestroy.erase(m_functions->onDestroy.begin());
         // Behind the script object, `this` is the global object.
-        m_functions->script->CallWithRet(function, m_jsObject ? this : nullptr, nullptr, 0, nullptr);
+        m_functions->script->CallOnDestroy(function, m_jsObject ? this : nullptr);
         if (!self)
             return;
         RemoveFunction(function);

@@ -214,7 +214,7 @@ void CJScript::CallOnDestroyFunctions()
     std::vector<CJScriptLink*> ending;
     std::copy_if(m_functionKeepers.begin(), m_functionKeepers.end(), std::back_inserter(ending),
                  [](const CJScriptLink* link) { return link->IsDynamic(); });
-    m_end = std::chrono::steady_clock::now();
+    m_onDestroyTime = {};
     for (CJScriptLink* link : ending) {
         // A function called before may have ended this one.
         if (m_functionKeepers.count(link) > 0)
@@ -222,9 +222,16 @@ void CJScript::CallOnDestroyFunctions()
     }
 }
 
-bool CJScript::HasOutlivedItsEnd() const
+void CJScript::CallOnDestroy(JSFunction* function, CJScriptLink* link)
 {
-    return m_end && m_timeLimit.count() > 0 && std::chrono::steady_clock::now() - *m_end > m_timeLimit;
+    if (m_timeLimit.count() > 0 && m_onDestroyTime >= m_timeLimit)
+        return;
+    const auto start = std::chrono::steady_clock::now();
+    const bool isInner = std::exchange(m_callsOnDestroy, true);
+    CallWithRet(function, link, nullptr, 0, nullptr);
+    m_callsOnDestroy = isInner;
+    if (!isInner)
+        m_onDestroyTime += std::chrono::steady_clock::now() - start;
 }
 
 void CJScript::ForgetKeptFunctions()

@@ -10,7 +10,6 @@
 
 #include <chrono>
 #include <cstddef>
-#include <optional>
 #include <thread>
 #include <unordered_set>
 #include <vector>
@@ -186,9 +185,10 @@ public:
     /// Notes whether a link keeps functions of this context alive, so that it hears of the context's end.
     void KeepsFunctions(CJScriptLink* link, bool keeps);
 
-    /// Whether the on-destroy functions that the end of the context calls have used up the time limit of one call: each
-    /// has its own, so many of them could take for ever.
-    bool HasOutlivedItsEnd() const;
+    /// Calls an on-destroy function. Those that come with one operation of the host, behind it or with the end of the
+    /// context have the time limit once together, as each has its own and many of them could take for ever; nothing is
+    /// called once it is used up.
+    void CallOnDestroy(JSFunction* function, CJScriptLink* link);
 
     /// Has every handle give up `link` as its global. For links that end.
     static void ForgetGlobal(const CJScriptLink* link);
@@ -229,7 +229,8 @@ private:
     std::thread::id m_thread = std::this_thread::get_id();
     bool m_ownsGlobal = false;
     std::chrono::milliseconds m_timeLimit{0};
-    std::optional<std::chrono::steady_clock::time_point> m_end; ///< When the end of the context began.
+    std::chrono::steady_clock::duration m_onDestroyTime{0}; ///< That on-destroy functions have taken.
+    bool m_callsOnDestroy = false;
     void* m_previousPrivate = nullptr;
     std::unordered_set<CJScriptLink*> m_functionKeepers;
 

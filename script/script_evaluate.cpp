@@ -14,6 +14,8 @@ public:
     explicit ScopeLevel(CJScript& script) : m_script(script)
     {
         if (CJScript* const attached = Attached()) {
+            if (!attached->m_runner && !attached->m_callsOnDestroy)
+                attached->m_onDestroyTime = {};
             m_reportedBefore = std::exchange(attached->m_reported, false);
             m_runnerBefore = std::exchange(attached->m_runner, &script);
         }

@@ -154,6 +154,29 @@ INSTANTIATE_TEST_SUITE_P(
                       Swallowing{"RejectionsOfStoppedScripts", "Promise.reject(o); for (;;);"}),
     NameOfRow<Swallowing>);
 
+TEST_F(ScriptLimitsTest, OnDestroyFunctionsOfDroppedObjectsHaveTheTimeLimitOnceTogether)
+{
+    script.SetTimeLimit(50);
+    for (int round = 1; round <= 2; ++round) {
+        EXPECT_TRUE(script.Evaluate("(function () { for (var i = 0; i < 500; ++i)"
+                                    " new size_t(1).CallOnDestroy(function () { for (;;); }); })()",
+                                    nullptr));
+        JS_GC(Context());
+        EXPECT_EQ(Reports(), Texts(round, "CJScript ==> script time limit of 50 ms exceeded\n"));
+    }
+}
+
+TEST_F(ScriptLimitsTest, OnDestroyFunctionsThatMakeOthersEndWithTheTimeLimit)
+{
+    script.SetTimeLimit(50);
+    EXPECT_TRUE(script.Evaluate("function more() { for (var i = 0; i < 200; ++i) new size_t(1).CallOnDestroy(more);"
+                                " for (i = 0; i < 200; ++i) new Array(100000).fill(0.5); }"
+                                "(function () { new size_t(1).CallOnDestroy(more); })()",
+                                nullptr));
+    JS_GC(Context());
+    EXPECT_EQ(Show("'usable'"), "usable");
+}
+
 TEST_F(ScriptLimitsTest, ATimeLimitOfZeroIsNone)
 {
     script.SetTimeLimit(20);
