@@ -46,7 +46,8 @@ CJScript::CJScript(JSContext* cx) : m_context(cx), m_ownsContext(cx == nullptr)
 
 CJScript::CJScript(const CJScript& other)
     : wxObject(other), m_context(other.m_context), m_global(other.m_global), m_hideError(other.m_hideError),
-      m_errors(other.m_errors), m_callStack(other.m_callStack), m_ownsContext(false), m_thread(other.m_thread)
+      m_errors(other.m_errors), m_callStack(other.m_callStack), m_silentFailure(other.m_silentFailure),
+      m_ownsContext(false), m_thread(other.m_thread)
 {
     const wxThreadCriticalSectionLocker lock(m_ThreadCriticalSection);
     Handles().push_back(this);
@@ -71,6 +72,7 @@ CJScript& CJScript::operator=(const CJScript& other)
     m_hideError = other.m_hideError;
     m_errors = other.m_errors;
     m_callStack = other.m_callStack;
+    m_silentFailure = other.m_silentFailure;
     return *this;
 }
 

@@ -128,11 +128,16 @@ public:
     /// The error `i`, counted from 0, below GetErrorCount(). Valid until the next operation.
     CJScriptError* GetError(int i) { return &m_errors[i]; }
     /// Forgets the recorded errors.
-    void CleanError() { m_errors.clear(); }
+    void CleanError()
+    {
+        m_errors.clear();
+        m_silentFailure.clear();
+    }
     /// Text that follows the next formatted report, under " Call stack is:".
     void SetCallStack(const wxString& callStack) { m_callStack = callStack; }
-    /// For natives that fail without a message: puts `what` failed, and where script stands ("FILE (LINE)", innermost
-    /// first), into the call stack of the report that will follow, unless there is one already.
+    /// For natives that fail without a message: notes what failed and where script stands ("FILE (LINE)", innermost
+    /// first). That is the call stack of a report that has no error to tell of, unless SetCallStack has given it one.
+    /// The first note of an operation counts.
     static void NoteSilentFailure(JSContext* cx, const wxString& what);
 
     /// The text that script makes of a value, as jsval_to_wxString.
@@ -221,6 +226,7 @@ private:
     bool m_reported = false; ///< The engine has reported an error of an outermost operation.
     std::vector<CJScriptError> m_errors;
     wxString m_callStack;
+    wxString m_silentFailure; ///< See NoteSilentFailure.
     bool m_ownsContext;
     JSRuntime* m_runtime = nullptr;
     int m_scopeLevel = 0;

@@ -133,6 +133,9 @@ void CJScript::CommonReportError(CJScriptLink* WXUNUSED(link), const wxString& s
             report << FormatSourceLine(source, error);
         report << wxS("==> ") << error.msg << wxS("\n");
     }
+    if (m_callStack.empty() && m_errors.empty())
+        m_callStack = m_silentFailure;
+    m_silentFailure.clear();
     if (!m_callStack.empty()) {
         report << wxS(" Call stack is:\n") << m_callStack;
         m_callStack.clear();
@@ -144,8 +147,9 @@ void CJScript::CommonReportError(CJScriptLink* WXUNUSED(link), const wxString& s
 
 void CJScript::NoteSilentFailure(JSContext* cx, const wxString& what)
 {
-    CJScript* const script = FromContext(cx);
-    if (!script || !script->m_callStack.empty())
+    CJScript* const attached = FromContext(cx);
+    CJScript* const script = attached && attached->m_runner ? attached->m_runner : attached;
+    if (!script || !script->m_silentFailure.empty())
         return;
     wxString places;
     JSStackFrame* frame = nullptr;
@@ -154,9 +158,8 @@ void CJScript::NoteSilentFailure(JSContext* cx, const wxString& what)
         if (jsbytecode* const pc = code ? JS_GetFramePC(cx, frame) : nullptr)
             places << FormatPlace(cx, code, pc) << wxS("\n");
     }
-    // Without script there is no report to come.
     if (!places.empty())
-        (script->m_runner ? script->m_runner : script)->m_callStack = what + wxS("\n") + places;
+        script->m_silentFailure = what + wxS("\n") + places;
 }
 
 bool CJScript::GetCurrentLineInfo(int* line, wxString* file)

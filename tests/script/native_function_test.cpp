@@ -374,6 +374,52 @@ TEST_F(NativeFunctionTest, FunctionsTellTheirNameAndNumberOfArguments)
               "Take3,3,0,function");
 }
 
+TEST_F(NativeFunctionTest, ASilentFailureEndsTheScriptThroughConversionsToo)
+{
+    const wxString silent = " Call stack is:\nTake0\nlocal (0)\nlocal (0)\n";
+    ASSERT_TRUE(script.Evaluate("var n = 0; function fail() { tool.Take0.call({}) }"
+                                "var o = {toString: fail, valueOf: fail};",
+                                nullptr));
+    for (const char* text : {"StrToUpper(o); n = 1", "try { tool.Take1(o) } catch (e) { n = 1 } n = 2",
+                             "try { new size_t(o) } catch (e) { n = 1 } n = 2",
+                             "try { tool.GiveTexts([o]) } catch (e) { n = 1 } n = 2", "tool.number = o; n = 1"}) {
+        EXPECT_FALSE(script.Evaluate(text, nullptr)) << text;
+        EXPECT_EQ(Reports().back(), wxString("CJScript ") + text + "\n" + silent);
+        EXPECT_EQ(Show("n"), "0") << text;
+    }
+    EXPECT_FALSE(script.Evaluate("StrToUpper({toString: function () { StrToLower(o); n = 1 }}); n = 2", nullptr));
+    EXPECT_EQ(Show("n"), "0");
+}
+
+TEST_F(NativeFunctionTest, ASilentFailureOfWhatANativeEvaluatesIsItsOwn)
+{
+    Define("evaluate", [&](JSContext*, uintN, jsval*, jsval*) {
+        EXPECT_FALSE(script.Evaluate("tool.Take0.call({})", nullptr));
+        return JS_TRUE;
+    });
+    EXPECT_EQ(Show("evaluate(); 'went on'"), "went on");
+    EXPECT_EQ(Reports(), Texts{"CJScript local (0): \n Call stack is:\nTake0\nlocal (0)\nlocal (0)\n"});
+    EXPECT_FALSE(script.Evaluate("evaluate(); tool.Take1.call({})", nullptr));
+    EXPECT_EQ(Reports().back(), "CJScript evaluate(); tool.Take1.call({})\n Call stack is:\nTake1\nlocal (0)\n");
+}
+
+TEST_F(NativeFunctionTest, ASilentFailureThatNoReportFollowsIsForgotten)
+{
+    const wxString missing = "CJScript missing\n==> ReferenceError: missing is not defined\n";
+    ASSERT_TRUE(script.Evaluate("Promise.resolve().then(function () { tool.Take0.call({}) })", nullptr));
+    EXPECT_FALSE(script.Evaluate("missing", nullptr));
+    EXPECT_EQ(Reports(), Texts{missing});
+    ASSERT_TRUE(script.Evaluate("Promise.resolve().then(function () { tool.Take0.call({}) })", nullptr));
+    EXPECT_FALSE(script.Evaluate("tool.Take1.call({})", nullptr));
+    EXPECT_EQ(Reports().back(), "CJScript tool.Take1.call({})\n Call stack is:\nTake1\nlocal (0)\n");
+    jsval value = Value("({toString: function () { tool.Take0.call({}) }})");
+    EXPECT_EQ(script.JSValToString(value), "");
+    EXPECT_FALSE(script.Evaluate("missing", nullptr));
+    EXPECT_EQ(Reports().back(), missing);
+    EXPECT_FALSE(script.Evaluate("Promise.resolve().then(function () { tool.Take0.call({}) }); missing", nullptr));
+    EXPECT_FALSE(Reports().back().Contains("Call stack")) << Reports().back();
+}
+
 TEST_F(NativeFunctionTest, CallsSurviveACollectionAtEveryStep)
 {
     const bool before = JS_SetStress(true);
