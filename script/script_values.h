@@ -40,7 +40,8 @@ private:
     wxDECLARE_CLASS(qxjsPointer);
 };
 
-/// Carries a size through script, which can only hold it and pass it back.
+/// Carries a size through script, which can only hold it and pass it back. `new size_t(number)` truncates toward 0,
+/// holds at most 4294967295, and takes a negative number as the int of the same bits.
 class VC_QXPARSER_API qxjsSize_t : public wxObject
 {
 public:

@@ -37,6 +37,37 @@ TEST_F(ScriptValuesTest, ScriptMakesASize)
     EXPECT_EQ(Show("(s instanceof size_t) + '|' + s.FindStr('abc', 'c', true)"), "true|2");
 }
 
+struct SizeOf
+{
+    const char* name;
+    const char* number;
+    std::uint32_t value;
+};
+
+class ScriptSizeTest : public ScriptValuesTest, public ::testing::WithParamInterface<SizeOf>
+{};
+
+TEST_P(ScriptSizeTest, HoldsWhatFitsIntoIt)
+{
+    auto* const size = Native<qxjsSize_t>(wxString("var s = new size_t(") + GetParam().number + "); s");
+    ASSERT_NE(size, nullptr);
+    EXPECT_EQ(size->GetValue(), GetParam().value);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Of, ScriptSizeTest,
+    ::testing::Values(SizeOf{"Zero", "0", 0}, SizeOf{"Fraction", "2.9", 2},
+                      SizeOf{"LargestInt", "2147483647", 2147483647u}, SizeOf{"PastInt", "2147483648", 2147483648u},
+                      SizeOf{"Large", "3000000000", 3000000000u}, SizeOf{"Text", "'3000000000'", 3000000000u},
+                      SizeOf{"Largest", "4294967295", 4294967295u},
+                      SizeOf{"LargestAndAFraction", "4294967295.5", 4294967295u},
+                      SizeOf{"TooLarge", "4294967296", 4294967295u}, SizeOf{"Infinity", "Infinity", 4294967295u},
+                      SizeOf{"Negative", "-1", 4294967295u}, SizeOf{"NegativeFraction", "-0.5", 0},
+                      SizeOf{"MostNegative", "-2147483648", 2147483648u},
+                      SizeOf{"TooNegative", "-3000000000", 2147483648u}, SizeOf{"NotANumber", "NaN", 0},
+                      SizeOf{"Undefined", "undefined", 0}),
+    NameOfRow<SizeOf>);
+
 TEST_F(ScriptValuesTest, TheConstructorsCheckTheirArguments)
 {
     EXPECT_EQ(Thrown("new wxObjectPtr(1)"), "Bad argument count for function 'wxObjectPtr' (1 instead of 0)");
