@@ -61,12 +61,12 @@ JSBool FormatStringNative(JSContext* cx, JSObject*, uintN argc, jsval* argv, jsv
 } // namespace
 
 JSMapEntry CJScriptLink::m_JSMapEntries[] = {
-    JSMethod<&CJScriptLink::GetOperatingSystemFamilyName>("GetOperatingSystemFamilyName"),
-    JSMethod<&CJScriptLink::GetOperatingSystemIdName>("GetOperatingSystemIdName"),
-    JSMethod<&CJScriptLink::GetOSMajorVersion>("GetOSMajorVersion"),
-    JSMethod<&CJScriptLink::GetOSMinorVersion>("GetOSMinorVersion"),
-    JSMethod<&CJScriptLink::GetPortIdName>("GetPortIdName"),
-    JSMethod<&CJScriptLink::GetPortIdShortName>("GetPortIdShortName"),
+    JSMethodOfAnyCount<&CJScriptLink::GetOperatingSystemFamilyName>("GetOperatingSystemFamilyName"),
+    JSMethodOfAnyCount<&CJScriptLink::GetOperatingSystemIdName>("GetOperatingSystemIdName"),
+    JSMethodOfAnyCount<&CJScriptLink::GetOSMajorVersion>("GetOSMajorVersion"),
+    JSMethodOfAnyCount<&CJScriptLink::GetOSMinorVersion>("GetOSMinorVersion"),
+    JSMethodOfAnyCount<&CJScriptLink::GetPortIdName>("GetPortIdName"),
+    JSMethodOfAnyCount<&CJScriptLink::GetPortIdShortName>("GetPortIdShortName"),
     JSMethod<&CJScriptLink::FormatStrStr>("FormatStrStr"),
     JSMethod<&CJScriptLink::FindStr>("FindStr"),
     JSMethod<&CJScriptLink::StrToUpper>("StrToUpper"),

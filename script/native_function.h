@@ -176,7 +176,8 @@ void Invoke(JSContext* cx, Target* target, Tuple& arguments, jsval* rval)
 enum class WrongCount
 {
     Throws,
-    EndsScript ///< Without a message.
+    EndsScript, ///< Without a message.
+    Ignores
 };
 
 /// Whether converting the arguments may run script: only objects have conversions of their own.
@@ -197,7 +198,7 @@ JSBool CallNative(JSContext* cx, JSObject* object, uintN argc, jsval* argv, jsva
     auto* link = static_cast<CJScriptLink*>(JS_GetPrivate(cx, object));
     if (!link)
         return FailWithoutObject(cx, argv);
-    if (argc != Traits::count)
+    if (Reaction != WrongCount::Ignores && argc != Traits::count)
         return Reaction == WrongCount::Throws ? FailCount(cx, argv, argc, Traits::count) : FailWithoutObject(cx, argv);
     using Positions = std::make_index_sequence<Traits::count>;
     typename Traits::ArgumentTuple arguments;
@@ -337,6 +338,13 @@ template <auto Function> JSMapEntry JSMethodWithoutArguments(const char* name)
     static_assert(script_detail::FunctionTraits<decltype(Function)>::count == 0);
     return JSMapEntry(name, &script_detail::CallNative<Function, script_detail::WrongCount::EndsScript>, 0,
                       script_detail::NumberNative<Function>());
+}
+
+/// A method without arguments that ignores those it is given.
+template <auto Function> JSMapEntry JSMethodOfAnyCount(const char* name)
+{
+    static_assert(script_detail::FunctionTraits<decltype(Function)>::count == 0);
+    return JSMapEntry(name, &script_detail::CallNative<Function, script_detail::WrongCount::Ignores>, 0);
 }
 
 /// A constructor of a scriptable class that takes these arguments.
