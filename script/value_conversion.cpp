@@ -14,8 +14,6 @@
 namespace
 {
 
-/// Longer arrays are refused: script can make one of any length without filling it.
-constexpr jsuint MostElements = 10'000'000;
 constexpr size_t ElementsAtOnce = 1000;
 
 void LogNativeObjectGone()
@@ -28,20 +26,23 @@ CJScriptLink* LinkOf(JSContext* cx, jsval v)
     return JSVAL_IS_NULL(v) ? nullptr : static_cast<CJScriptLink*>(JS_GetPrivate(cx, JSVAL_TO_OBJECT(v)));
 }
 
-/// Reads the elements of a script array one by one with `convert(element)`.
+/// Reads the elements of a script array one by one with `convert(element)`. The array gets its size by what is read, as
+/// script can make one of any length without filling it.
 template <typename Array, typename Convert> bool ReadArray(JSContext* cx, jsval v, Array& out, Convert convert)
 {
     if (JSVAL_IS_PRIMITIVE(v) || !JS_IsArrayObject(cx, JSVAL_TO_OBJECT(v)))
         return false;
     JSObject* const array = JSVAL_TO_OBJECT(v);
     jsuint length = 0;
-    if (!JS_GetArrayLength(cx, array, &length) || length > MostElements)
+    if (!JS_GetArrayLength(cx, array, &length) || length > MostArrayElements)
         return false;
     out.clear();
     for (jsuint i = 0; i < length; ++i) {
         jsval element = JSVAL_VOID;
-        if (!JS_GetElement(cx, array, static_cast<jsint>(i), &element) || !convert(element))
+        if (!JS_GetElement(cx, array, static_cast<jsint>(i), &element) || !convert(element)) {
+            out.resize(length);
             return false;
+        }
     }
     return true;
 }

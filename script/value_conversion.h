@@ -46,13 +46,18 @@ VC_QXPARSER_API bool jsval_to_pwxObject(JSContext* cx, jsval v, wxObject*& out);
 /// Functions, and the null object (null).
 VC_QXPARSER_API bool jsval_to_pJSFunction(JSContext* cx, jsval v, JSFunction*& out);
 
+/// Longer arrays are refused like what is no array: script can make one of any length without filling it.
+constexpr jsuint MostArrayElements = 10'000'000;
+
 ///@{
-/// Arrays only. An element that cannot be converted ends with false, the elements before it being filled in.
+/// Arrays only, of at most MostArrayElements. `out` is cleared and filled. An element that cannot be read or converted
+/// ends it with false: `out` then has the array's length, the elements before that one, and 0 or the empty text for it
+/// and those behind.
 VC_QXPARSER_API bool jsval_to_wxArrayInt(JSContext* cx, jsval v, wxArrayInt& out);
 VC_QXPARSER_API bool jsval_to_wxArrayString(JSContext* cx, jsval v, wxArrayString& out);
 ///@}
 
-/// As above; every element must be an object.
+/// As above, with null links behind; every element must be an object.
 VC_QXPARSER_API bool jsval_to_wxArraypCJScriptLink(JSContext* cx, jsval v, wxArraypCJScriptLink& out);
 
 ///@{

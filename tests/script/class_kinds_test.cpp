@@ -216,8 +216,10 @@ TEST_F(ClassKindsTest, AnArrayKeepsTheElementsBeforeOneThatCannotBeConverted)
 {
     part.m_numbers.Add(1);
     EXPECT_FALSE(Runs("part.numbers = [5, {valueOf: function () { throw 'no'; }}, 6]"));
-    ASSERT_EQ(part.m_numbers.size(), 1u);
+    ASSERT_EQ(part.m_numbers.size(), 3u);
     EXPECT_EQ(part.m_numbers[0], 5);
+    EXPECT_EQ(part.m_numbers[1], 0);
+    EXPECT_EQ(part.m_numbers[2], 0);
     EXPECT_EQ(log.Errors(), Texts{"CJScriptLinkClass::SetProp id 9 failed"});
 }
 
