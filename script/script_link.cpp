@@ -136,10 +136,7 @@ bool CJScriptLink::CreateObjectDynamic(JSContext* cx)
         return false;
     const wxThreadCriticalSectionLocker lock(CJScript::EngineLock());
     JSObject* const object = m_jsClass->CreateFreeObject(cx);
-    if (!object || !AttachObjectDynamic(cx, object))
-        return false;
-    m_jsClass->SetKeepPrivate(false);
-    return true;
+    return object && AttachObjectDynamic(cx, object);
 }
 
 bool CJScriptLink::AttachObjectDynamic(JSContext* cx, JSObject* object)
@@ -147,7 +144,10 @@ bool CJScriptLink::AttachObjectDynamic(JSContext* cx, JSObject* object)
     if (!Attach(cx, object))
         return false;
     m_dynamic = true;
-    return m_jsClass->CreatePropertiesObject(cx, this);
+    if (!m_jsClass->CreatePropertiesObject(cx, this))
+        return false;
+    m_jsClass->SetKeepPrivate(false);
+    return true;
 }
 
 void CJScriptLink::SetJSObject(JSContext* cx, JSObject* object)

@@ -102,6 +102,19 @@ TEST_F(ClassRegistryTest, AClassKeepsLinksNoLongerOnceADynamicObjectIsMade)
     EXPECT_FALSE(part.GetJSLink()->IsCreated());
 }
 
+TEST_F(ClassRegistryTest, AClassKeepsLinksNoLongerOnceScriptMakesAnObject)
+{
+    ASSERT_TRUE(script.Evaluate("var kept", nullptr));
+    qxjsSize_t::ms_JSClass.SetKeepPrivate(true);
+    CJScriptLink* link = nullptr;
+    ASSERT_TRUE(script.Evaluate("kept = new size_t(1); kept", nullptr, link));
+    EXPECT_TRUE(link->DeleteObject());
+    EXPECT_FALSE(link->IsCreated());
+    delete link->GetRootObject();
+    EXPECT_EQ(Show("typeof kept"), "object");
+    qxjsSize_t::ms_JSClass.SetKeepPrivate(false);
+}
+
 TEST_F(ClassRegistryTest, WithoutAContextNoObjectIsMade)
 {
     Table& table = Make("Nowhere", nullptr, {});
