@@ -281,6 +281,10 @@ bool CJScript::CreateChild(CJScriptLink* child, CJScriptLink* parent, const wxSt
 }
 
 bool CJScript::CreateChildDynamic(CJScriptLink* child)
+    if (!link->GetName().empty()) {
+        CleanError();
+        m_hideError = false;
+    }
 {
     return child->CreateObjectDynamic(m_context);
 }

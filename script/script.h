@@ -64,7 +64,8 @@ public:
     bool HasGlobal() const { return m_global != nullptr; }
     /// Its link, not owned; null when there is none.
     CJScriptLink* GetGlobal() const { return m_global; }
-    /// Empties an object's scope. The global link gets a fresh global object, not bound to a name.
+    /// Empties an object's scope. The global link gets a fresh global object, not bound to a name; when it was bound to
+    /// one, that forgets the recorded errors and ends HideError, as an Execute does.
     void ClearScope(CJScriptLink* link);
 
     /// Makes the script object of `child` as the property `name` of `parent`'s object. The last two arguments are those

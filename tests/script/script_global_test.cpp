@@ -62,6 +62,18 @@ TEST_F(ScriptGlobalTest, ASecondOneIsRefusedAndChangesNothing)
     EXPECT_TRUE(log.Records().empty());
 }
 
+TEST_F(ScriptGlobalTest, OneThatIsInUseIsRefused)
+{
+    CJScript second(nullptr);
+    ASSERT_TRUE(second.SetGlobal(Global(), "first"));
+    EXPECT_FALSE(script.SetGlobal(Global(), "second"));
+    EXPECT_FALSE(script.HasGlobal());
+    EXPECT_EQ(JS_GetGlobalObject(script.GetContext()), nullptr);
+    EXPECT_EQ(Global()->GetScript(), &second);
+    EXPECT_EQ(Global()->GetName(), "first");
+    EXPECT_TRUE(script.SetGlobal(other.GetJSLink(), "second"));
+}
+
 TEST_F(ScriptGlobalTest, TheStandardNamesAreThere)
 {
     ASSERT_TRUE(script.SetGlobal(Global(), ""));
@@ -194,6 +206,19 @@ TEST_F(ScriptGlobalTest, ClearingTheGlobalScopeUnbindsItsName)
     EXPECT_EQ(Show("typeof host"), "undefined");
     EXPECT_EQ(Global()->GetName(), "");
     EXPECT_TRUE(log.Records().empty());
+}
+
+TEST_F(ScriptGlobalTest, ClearingANamedGlobalScopeEndsHidingAsAnExecuteDoes)
+{
+    ASSERT_TRUE(script.SetGlobal(Global(), "host"));
+    script.HideError();
+    script.ClearScope(Global());
+    EXPECT_FALSE(script.Evaluate("missing", nullptr));
+    EXPECT_EQ(script.GetErrorCount(), 1);
+    script.HideError();
+    script.ClearScope(Global());
+    EXPECT_FALSE(script.Evaluate("missing", nullptr));
+    EXPECT_EQ(script.GetErrorCount(), 0) << "there was no name to bind";
 }
 
 TEST_F(ScriptGlobalTest, ClearingTheGlobalScopeTwiceIsHarmless)
