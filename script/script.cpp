@@ -5,6 +5,7 @@
 #include "script/value_conversion.h"
 
 #include <wx/log.h>
+#include <wx/weakref.h>
 
 #include <algorithm>
 #include <iterator>
@@ -179,13 +180,28 @@ void CJScript::RemoveGlobal()
 {
     if (!m_context)
         return;
-    const wxThreadCriticalSectionLocker lock(m_ThreadCriticalSection);
     CJScriptLink* const removed = m_global;
+    if (!GiveUpGlobal(removed))
+        return;
+    const wxWeakRef<CJScriptLink> link(removed);
+    // Without the lock: an engine is its thread's own, and other threads need not wait for what objects do at their
+    // end.
+    JS_GC(m_context);
+    const wxThreadCriticalSectionLocker lock(m_ThreadCriticalSection);
+    // Something else may still hold the object; it is nobody's global any more.
+    if (link)
+        link->ForgetJSObject();
+}
+
+/// Takes from the context what holds its global object. False when there is none to collect.
+bool CJScript::GiveUpGlobal(CJScriptLink* removed)
+{
+    const wxThreadCriticalSectionLocker lock(m_ThreadCriticalSection);
     for (CJScript* handle : Handles()) {
         if (handle->m_context != m_context || !handle->m_global)
             continue;
         if (!removed)
-            return; // the global is another handle's
+            return false; // the global is another handle's
         if (handle->m_global == removed) {
             handle->m_global = nullptr;
             handle->m_ownsGlobal = false;
@@ -193,13 +209,11 @@ void CJScript::RemoveGlobal()
     }
     JS_SetGlobalObject(m_context, nullptr);
     if (!removed || !removed->GetJSObject())
-        return;
+        return false;
     JS_RemoveRoot(m_context, removed->GetJSObjectAddress());
     // The prototypes go first: they would keep the global object alive through the collection.
     CJScriptLinkClass::DestroyContextProto(m_context);
-    JS_GC(m_context);
-    // Something else may still hold the object; it is nobody's global any more.
-    removed->ForgetJSObject();
+    return true;
 }
 
 void CJScript::KeepsFunctions(CJScriptLink* link, bool keeps)
@@ -267,6 +281,10 @@ void CJScript::ClearScope(CJScriptLink* link)
         link->ClearScope();
         return;
     }
+    if (!link->GetName().empty()) {
+        CleanError();
+        m_hideError = false;
+    }
     RemoveGlobal();
     SetGlobal(link, wxString());
 }
@@ -281,10 +299,6 @@ bool CJScript::CreateChild(CJScriptLink* child, CJScriptLink* parent, const wxSt
 }
 
 bool CJScript::CreateChildDynamic(CJScriptLink* child)
-    if (!link->GetName().empty()) {
-        CleanError();
-        m_hideError = false;
-    }
 {
     return child->CreateObjectDynamic(m_context);
 }

@@ -58,7 +58,7 @@ public:
     /// constant. `link` stays the caller's and must live until RemoveGlobal or the end of this object.
     /// @return false when a global is already set, `link` is null, or the object cannot be made.
     bool SetGlobal(CJScriptLink* link, const wxString& name);
-    /// Gives the global object up and collects.
+    /// Gives the global object up and collects; the collection is outside of the engine lock.
     void RemoveGlobal();
     /// Whether there is a global object that SetGlobal has made.
     bool HasGlobal() const { return m_global != nullptr; }
@@ -205,6 +205,7 @@ private:
     bool CheckThread() const;
     void Attach();
     void Detach();
+    bool GiveUpGlobal(CJScriptLink* removed);
     void CallOnDestroyFunctions();
     void ForgetKeptFunctions();
     void BindName(CJScriptLink* link, const wxString& name);

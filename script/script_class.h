@@ -9,6 +9,7 @@
 #include <wx/hashmap.h>
 #include <wx/string.h>
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <vector>
@@ -192,7 +193,7 @@ private:
     std::vector<JSFunctionSpec> m_functionSpecs{JSFunctionSpec{}};
     std::vector<JSPropertySpec> m_staticPropertySpecs{JSPropertySpec{}};
     std::vector<JSFunctionSpec> m_staticFunctionSpecs{JSFunctionSpec{}};
-    bool m_keepPrivate = false;
+    std::atomic<bool> m_keepPrivate{false}; ///< Collections read it without the engine lock.
     std::uint32_t m_firstIndex = 0;
     std::uint32_t m_nextIndex = 0;
     std::vector<JSMapEntry*> m_rowsByTinyId; ///< Of the whole class chain; none has tinyid 0.

@@ -64,6 +64,32 @@ TEST_F(ScriptThreadsTest, AThreadReportsErrorsOfItsOwn)
     EXPECT_EQ(script.GetErrorCount(), 0);
 }
 
+/// Notes whether another thread could have entered the engine at its end.
+class EndProbe : public qxjsMinimal
+{
+public:
+    explicit EndProbe(bool& entered) : m_entered(entered) {}
+    ~EndProbe() override
+    {
+        std::thread([this] {
+            m_entered = CJScript::EngineLock().TryEnter();
+            if (m_entered)
+                CJScript::EngineLock().Leave();
+        }).join();
+    }
+
+private:
+    bool& m_entered;
+};
+
+TEST_F(ScriptThreadsTest, OtherThreadsMayEnterWhileWhatWasBelowARemovedGlobalEnds)
+{
+    bool entered = false;
+    ASSERT_TRUE(script.CreateChildDynamic((new EndProbe(entered))->GetJSLink()));
+    script.RemoveGlobal();
+    EXPECT_TRUE(entered);
+}
+
 struct ForeignCall
 {
     const char* name;
