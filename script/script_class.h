@@ -168,7 +168,8 @@ public:
     static bool DeclareGlobal(CJScriptLink* global);
 
     ///@{
-    /// The links whose native objects are deleted as soon as no script runs and none can reach them.
+    /// The links whose native objects are deleted as soon as no script runs and no root of the host holds their script
+    /// objects.
     static void AddToScopeList(CJScriptLink* link);
     static void RemoveFromScopeList(CJScriptLink* link);
     static void GCScopeList();

@@ -93,7 +93,8 @@ public:
     /// @return false when there is none.
     bool DeleteObject();
 
-    /// Has the native object deleted as soon as no script runs and none can reach its script object.
+    /// Has the native object deleted as soon as no script runs and no root of the host holds its script object.
+    /// What scripts still hold is an empty shell then.
     void SetScopeDelete();
 
     /// Tells the collector that the native object takes so many bytes, so that script objects are collected in time.

@@ -21,6 +21,13 @@ test('every page of docs is in its index', () => {
         assert.ok(index.includes(path.basename(page)), page);
 });
 
+test('shared libraries are called by the version they have', () => {
+    const major = /project\(vc_qxparser VERSION (\d+)\./.exec(read('CMakeLists.txt'))[1];
+    const names = pages.flatMap((page) => read(page).match(/libvc_qxparser\w*\.so\.\d+/g) ?? []);
+    assert.ok(names.length > 0);
+    assert.deepEqual(names.filter((name) => !name.endsWith(`.so.${major}`)), []);
+});
+
 test('broken links are found', () => {
     const texts = {
         'a.md': '# A\n[b](b.md), [one](b.md#one-x), [self](#a), [there](x.h)\n```\n[no](link.md)\n```\n`[no](link.md)`\n',
