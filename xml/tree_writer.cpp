@@ -19,6 +19,9 @@ namespace
 /// rest of a larger one is tried beforehand instead, as holding it would take more memory than wxXmlDocument takes.
 constexpr size_t mostHeld = 16 << 20;
 
+/// What is written at once from then on. Less than the processor's cache, and no new memory.
+constexpr size_t pieceSize = 128 << 10;
+
 /// Writes a document step by step. A copy goes on from where it was made, into an output of its own.
 class TreeWriter
 {
@@ -195,7 +198,7 @@ wxString Write(const wxXmlDocument& document, wxOutputStream& stream, int indent
     bool isTried = false;
     for (bool done = writer.PutHead(); done && !writer.AtEnd();) {
         done = writer.PutNext();
-        if (!done || output->Blocks().Size() < mostHeld)
+        if (!done || output->Blocks().Size() < (isTried ? pieceSize : mostHeld))
             continue;
         const wxString problem = isTried ? wxString() : ProblemAhead(writer, encoding);
         isTried = true;

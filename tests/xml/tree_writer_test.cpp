@@ -326,6 +326,23 @@ TEST(tree_writer, writes_a_large_document_in_parts)
                                     "</b>\n <b>" + std::string(17 << 20, 'y') + "</b>\n <b>z</b>\n</a>\n");
 }
 
+TEST(tree_writer, writes_many_small_nodes_behind_the_first_part)
+{
+    const DocumentPointer document = LargeDocument(wxS("z"));
+    std::string expected = WriteOurs(*document).bytes;
+    expected.resize(expected.size() - std::string("</a>\n").size());
+    wxXmlNode* last = document->GetRoot()->GetChildren()->GetNext()->GetNext();
+    for (int i = 0; i < 20000; ++i) {
+        auto* const element = Element(wxString::Format(wxS("c%d"), i));
+        document->GetRoot()->InsertChildAfter(element, last);
+        expected += " <c" + std::to_string(i) + "/>\n";
+        last = element;
+    }
+    const WriteResult result = WriteOurs(*document);
+    EXPECT_TRUE(result.done);
+    EXPECT_TRUE(result.bytes == expected + "</a>\n");
+}
+
 TEST(tree_writer, fails_when_the_stream_is_full_after_the_first_part)
 {
     const LogCapture log;
