@@ -183,9 +183,10 @@ private:
 
     // What script calls.
     void JS_Register(CJScriptLink* link);
-    void JS_RegisterNamed(CJScriptLink* link, const wxString& name);
-    void JS_RegisterSection(CJScriptLink* link, const wxString& section);
-    void JS_RegisterNamedSection(CJScriptLink* link, const wxString& name, const wxString& section);
+    void JS_RegisterNamed(CJScriptLink* link, const xml_detail::TextArgument& name);
+    void JS_RegisterSection(CJScriptLink* link, const xml_detail::TextArgument& section);
+    void JS_RegisterNamedSection(CJScriptLink* link, const xml_detail::TextArgument& name,
+                                 const xml_detail::TextArgument& section);
     bool JS_SaveFile();
     bool JS_LoadFile();
     bool JS_ObjectStore(CJScriptLink* link);

@@ -1,5 +1,6 @@
 #include "script/class_module.h"
 #include "script/native_function.h"
+#include "xml/script_argument_detail.h"
 #include "xml/xml_config.h"
 
 namespace
@@ -43,19 +44,20 @@ void CXmlConfig::JS_Register(CJScriptLink* link)
     ObjectRegister(link, wxString());
 }
 
-void CXmlConfig::JS_RegisterNamed(CJScriptLink* link, const wxString& name)
+void CXmlConfig::JS_RegisterNamed(CJScriptLink* link, const xml_detail::TextArgument& name)
 {
-    ObjectRegisterNamed(link, name, wxString());
+    ObjectRegisterNamed(link, name.value, wxString());
 }
 
-void CXmlConfig::JS_RegisterSection(CJScriptLink* link, const wxString& section)
+void CXmlConfig::JS_RegisterSection(CJScriptLink* link, const xml_detail::TextArgument& section)
 {
-    ObjectRegister(link, section);
+    ObjectRegister(link, section.value);
 }
 
-void CXmlConfig::JS_RegisterNamedSection(CJScriptLink* link, const wxString& name, const wxString& section)
+void CXmlConfig::JS_RegisterNamedSection(CJScriptLink* link, const xml_detail::TextArgument& name,
+                                         const xml_detail::TextArgument& section)
 {
-    ObjectRegisterNamed(link, name, section);
+    ObjectRegisterNamed(link, name.value, section.value);
 }
 
 bool CXmlConfig::JS_SaveFile()

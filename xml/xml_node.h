@@ -15,7 +15,9 @@ class WXDLLIMPEXP_FWD_XML wxXmlNode;
 namespace xml_detail
 {
 class NameIndex;
-}
+struct NumberArgument;
+struct TextArgument;
+} // namespace xml_detail
 
 /// The handle on one node of a document's tree: the script class "CXmlNode". It belongs to its document, which makes it
 /// on first demand and keeps it; asking for the same node again gives the same handle.
@@ -205,7 +207,8 @@ private:
     void LinkBehind(wxXmlNode* child, wxXmlNode* before);
     bool TakeChild(CXmlNode* child);
     wxString GetPropOrNothing(const wxString& name) const;
-    bool AddPropIfOk(const wxString& name, const wxString& value);
+    bool AddPropIfOk(const wxString& name, const xml_detail::TextArgument& value);
+    CJScriptLink* ItemAt(const xml_detail::NumberArgument& index);
 
     CXmlDocument* const m_owner; ///< Who deletes this handle.
     CXmlDocument* m_document;

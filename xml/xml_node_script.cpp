@@ -1,5 +1,6 @@
 #include "script/class_module.h"
 #include "script/native_function.h"
+#include "xml/script_argument_detail.h"
 #include "xml/xml_node.h"
 
 JSMapEntry CXmlNode::m_JSMapEntries[] = {
@@ -39,7 +40,7 @@ JSMapEntry CXmlNode::m_JSMapEntries[] = {
     JSMethod<&CXmlNode::DelProp>("DelProp"),
     JSMethodWithoutArguments<&CXmlNode::Ok>("Ok"),
     JSMethodWithoutArguments<&CXmlNode::GetChildrenDepth>("GetChildrenDepth"),
-    JSMethod<&CXmlNode::Item>("Item"),
+    JSMethod<&CXmlNode::ItemAt>("Item"),
     JSMethodWithoutArguments<&CXmlNode::GetIndex>("GetIndex"),
     JSMethodWithoutArguments<&CXmlNode::GetNodeString>("GetNodeString"),
     JSMapEntry(),
@@ -54,8 +55,13 @@ wxString CXmlNode::GetPropOrNothing(const wxString& name) const
     return GetPropW(name, wxString());
 }
 
-bool CXmlNode::AddPropIfOk(const wxString& name, const wxString& value)
+bool CXmlNode::AddPropIfOk(const wxString& name, const xml_detail::TextArgument& value)
 {
-    AddProp(name, value);
+    AddProp(name, value.value);
     return Ok();
+}
+
+CJScriptLink* CXmlNode::ItemAt(const xml_detail::NumberArgument& index)
+{
+    return Item(index.value);
 }

@@ -138,6 +138,20 @@ TEST_F(ConfigScriptTest, WhatIsNoNativeObjectIsReported)
     EXPECT_FALSE(config->HasObject(wxS("x")));
 }
 
+TEST_F(ConfigScriptTest, AnObjectIsNotRegisteredWhenTheTextOfItsNameOrSectionCannotBeMade)
+{
+    const wxString broken = wxS("{ toString: function () { throw 1; } }");
+    EXPECT_EQ(Thrown(wxS("Config.RegisterNamed(o, ") + broken + wxS(")")),
+              wxS("Argument 2: can not convert to wxString"));
+    EXPECT_EQ(Thrown(wxS("Config.RegisterSection(o, ") + broken + wxS(")")),
+              wxS("Argument 2: can not convert to wxString"));
+    EXPECT_EQ(Thrown(wxS("Config.RegisterNamedSection(o, ") + broken + wxS(", 's')")),
+              wxS("Argument 2: can not convert to wxString"));
+    EXPECT_EQ(Thrown(wxS("Config.RegisterNamedSection(o, 'x', ") + broken + wxS(")")),
+              wxS("Argument 3: can not convert to wxString"));
+    EXPECT_FALSE(config->HasObject(wxS("x")));
+}
+
 TEST_F(ConfigScriptTest, AnObjectThatEndsWhileTheNameIsConvertedIsNotRegistered)
 {
     Define("end", [&](JSContext*, uintN, jsval*, jsval*) {

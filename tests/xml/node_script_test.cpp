@@ -134,13 +134,34 @@ TEST_F(XmlNodeScriptTest, names_are_taken_from_any_value)
 
 TEST_F(XmlNodeScriptTest, a_position_must_be_a_number)
 {
-    EXPECT_EQ(With(wxS("try { r.Item({valueOf() { throw 1; }}) } catch (e) { e.message }")),
-              wxS("Argument 1: can not convert to int"));
+    for (const wxString value : {wxS("{valueOf() { throw 1; }}"), wxS("'abc'"), wxS("undefined"), wxS("{}"), wxS("NaN"),
+                                 wxS("Symbol()"), wxS("10n")})
+        EXPECT_EQ(With(wxS("try { r.Item(") + value + wxS(") } catch (e) { e.message }")),
+                  wxS("Argument 1: can not convert to int"))
+            << value;
 }
 
-TEST_F(XmlNodeScriptTest, a_value_whose_conversion_to_text_throws_is_empty_text)
+TEST_F(XmlNodeScriptTest, a_position_is_what_script_makes_a_number_of)
 {
-    EXPECT_EQ(With(wxS("r.AddProp('m', {toString() { throw 1; }}) + r.GetAllPropsAfter('l')")), wxS("true m=\"\""));
+    EXPECT_EQ(With(wxS("[r.Item('1'), r.Item(1.9), r.Item(null), r.Item(true), r.Item({valueOf() { return 1; }})]"
+                       ".map(n => n.GetName()).join()")),
+              wxS("b,b,a,b,b"));
+    EXPECT_EQ(With(wxS("[r.Item(Infinity), r.Item(-Infinity), r.Item(1e20)].map(n => n.Ok()).join()")),
+              wxS("false,false,false"));
+}
+
+TEST_F(XmlNodeScriptTest, a_value_whose_conversion_to_text_throws_adds_no_property)
+{
+    for (const wxString value : {wxS("{toString() { throw 1; }}"), wxS("{toString() { return Symbol(); }}")})
+        EXPECT_EQ(With(wxS("try { r.AddProp('m', ") + value + wxS(") } catch (e) { e.message + r.GetAllProps() }")),
+                  wxS("Argument 2: can not convert to wxString k=\"1\" l=\"2\""))
+            << value;
+}
+
+TEST_F(XmlNodeScriptTest, a_property_takes_any_value_as_text)
+{
+    EXPECT_EQ(With(wxS("for (const v of [undefined, null, {}, 1.5]) r.AddProp('m', v); r.GetAllPropsAfter('l')")),
+              wxS(" m=\"undefined\" m=\"null\" m=\"[object Object]\" m=\"1.5\""));
 }
 
 TEST_F(XmlNodeScriptTest, an_argument_that_changes_the_document_while_it_is_converted)
