@@ -113,7 +113,7 @@ void CJScriptLink::CallJS_OnDestroy()
     if (!m_functions)
         return;
     const wxWeakRef<CJScriptLink> self(this);
-    // What is registered from here on comes too late: a function that registers itself would be called for ever.
+    // What is registered from here on is left out: a function that registers itself would be called for ever.
     for (std::size_t left = m_functions->onDestroy.size(); left > 0; --left) {
         if (!m_functions || m_functions->onDestroy.empty())
             return;
@@ -124,5 +124,10 @@ void CJScriptLink::CallJS_OnDestroy()
         if (!self)
             return;
         RemoveFunction(function);
+    }
+    while (HasOnDestroyFunctions()) {
+        JSFunction* const late = m_functions->onDestroy.back();
+        m_functions->onDestroy.pop_back();
+        RemoveFunction(late);
     }
 }

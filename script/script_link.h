@@ -136,8 +136,10 @@ public:
     /// for script's own objects at the latest when their context ends, right before. A host's object that goes after
     /// the context of its functions calls nothing any more.
     void JS_RegisterCallOnDestroy(JSFunction* function);
-    /// Calls them, each once.
+    /// Calls them, each once. What they register comes too late.
     void CallJS_OnDestroy();
+    /// Whether there are any to call.
+    bool HasOnDestroyFunctions() const { return m_functions && !m_functions->onDestroy.empty(); }
 
     ///@{
     /// What wxPlatformInfo says of the system and the toolkit.

@@ -98,8 +98,9 @@ CXmlConfig::CXmlConfig(CJScript* script, wxString objectName, CJScriptLink* pare
 
 CXmlConfig::~CXmlConfig()
 {
-    // While there is still a configuration to ask: script may run here.
-    GetJSLink()->CallJS_OnDestroy();
+    CallOnDestroyFunctions();
+    m_objects->Clear();
+    CutFromScript();
 }
 
 /// True, with an error in the log, when a hook calls what would call it again without end.
@@ -174,12 +175,13 @@ bool CXmlConfig::ObjectStore(const tCfgObject& object)
     for (const wxString& name : StoreHooks()) {
         if (!HasHook(link, name))
             continue;
+        if (!cleared)
+            GetSectionNode(object.section, true)->Clear();
+        cleared = true;
+        // Only now: script that hears of the end of what was in it may have removed the section.
         CXmlNode* const section = GetSectionNode(object.section, true);
         if (!section->Ok())
             return false;
-        if (!cleared)
-            section->Clear();
-        cleared = true;
         if (!CallHook(*GetScript(), link, name, section).result)
             return false;
     }

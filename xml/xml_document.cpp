@@ -68,9 +68,11 @@ CXmlDocument::CXmlDocument(CJScript* script, const wxString& name, CJScriptLink*
 
 CXmlDocument::~CXmlDocument()
 {
-    m_link.CallJS_OnDestroy();
     m_script = nullptr;
-    Clear();
+    CallOnDestroyFunctions();
+    // What script registers while it hears of the end is called with the handles, and must not fill the document again.
+    CutFromScript();
+    ReplaceTree(nullptr);
     for (CXmlNodeRef* const ref : m_refs)
         ref->m_document = nullptr;
 }
@@ -98,31 +100,16 @@ void CXmlDocument::MakeScriptObject(CXmlNode& handle)
         handle.m_link.CreateObject(m_link.GetContext(), &m_link, wxString(), true, false);
 }
 
-/// Puts another tree (null: none) in the place of this one, whose handles are handed out.
-CXmlDocument::EndedHandles CXmlDocument::ReplaceTree(Tree tree)
-{
-    EndedHandles ended;
-    ended.reserve(m_nodes.size());
-    for (const auto& [node, handle] : m_nodes) {
-        CallHome(*handle);
-        handle->SetXmlNode(nullptr);
-        ended.emplace_back(handle);
-    }
-    m_nodes.clear();
-    for (CXmlNodeRef* const ref : m_refs)
-        ref->m_node = nullptr;
-    SendGuestsHome();
-    m_tree = std::move(tree);
-    return ended;
-}
-
 void CXmlDocument::Clear()
 {
-    ReplaceTree(nullptr);
+    if (TellEndOfTree())
+        ReplaceTree(nullptr);
 }
 
 bool CXmlDocument::Load(wxInputStream& stream, const wxString& encoding, int flags)
 {
+    if (!TellEndOfTree())
+        return false;
     const EndedHandles ended = ReplaceTree(Tree(new wxXmlDocument));
     if (!m_script)
         m_script = m_link.GetScript();
@@ -188,18 +175,6 @@ CXmlNode* CXmlDocument::GetAttachNode(wxXmlNode* node)
     return handle;
 }
 
-std::unique_ptr<CXmlNode> CXmlDocument::TakeHandle(wxXmlNode* node)
-{
-    const auto entry = m_nodes.find(node);
-    if (entry == m_nodes.end())
-        return nullptr;
-    std::unique_ptr<CXmlNode> handle(entry->second);
-    CallHome(*handle);
-    handle->SetXmlNode(nullptr);
-    m_nodes.erase(entry);
-    return handle;
-}
-
 /// Takes a node out of the tree.
 void CXmlDocument::Unlink(wxXmlNode* node)
 {
@@ -211,31 +186,6 @@ void CXmlDocument::Unlink(wxXmlNode* node)
     else
         parent->RemoveChild(node);
     ForgetChildren(parent);
-}
-
-/// Empties the references to a node and to what is below it.
-void CXmlDocument::EndRefs(const wxXmlNode* top)
-{
-    for (CXmlNodeRef* const ref : m_refs) {
-        if (xml_detail::IsWithin(ref->m_node, top))
-            ref->m_node = nullptr;
-    }
-}
-
-/// Deletes a node that is in no tree; the handles on it and on what is below it are empty from then on.
-void CXmlDocument::DeleteUnlinked(wxXmlNode* node)
-{
-    EndRefs(node);
-    xml_detail::DeleteTree(node, [this](wxXmlNode* gone) { EmptyHandles(gone); });
-}
-
-void CXmlDocument::DeleteNode(wxXmlNode* node)
-{
-    if (!node)
-        return;
-    const std::unique_ptr<CXmlNode> ended = TakeHandle(node);
-    Unlink(node);
-    DeleteUnlinked(node);
 }
 
 void CXmlDocument::SetEncoding(const wxString& encoding)
@@ -251,6 +201,8 @@ wxString CXmlDocument::GetVersion() const
 
 void CXmlDocument::SetRoot(const wxString& name)
 {
+    if (!TellEndOfTree())
+        return;
     Tree tree(new wxXmlDocument);
     tree->SetRoot(new wxXmlNode(wxXML_ELEMENT_NODE, name));
     ReplaceTree(std::move(tree));

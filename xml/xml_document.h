@@ -143,6 +143,13 @@ protected:
     /// For a scriptable class derived from this one.
     CXmlDocument(CJScript* script, const wxString& name, CJScriptLink* parent, CJScriptLinkClass* cls);
 
+    ///@{
+    /// For the destructor of a scriptable class derived from this one, first thing: script hears of the end of the
+    /// nodes and of the document, while both are whole, and cannot reach the document from then on.
+    void CallOnDestroyFunctions();
+    void CutFromScript();
+    ///@}
+
     /// The tree itself, for what concerns it as a whole; null without one.
     wxXmlDocument* GetTree() const { return m_tree.get(); }
 
@@ -151,15 +158,21 @@ private:
     friend class CXmlNodeRef;
 
     using Tree = std::unique_ptr<wxXmlDocument, xml_detail::TreeDeleter>;
-    /// Handles that are to end. They do so last in an operation: script that hears of it may do anything.
+    /// Handles that are to end. They do so last in an operation: script may have asked meanwhile to hear of it, and may
+    /// do anything.
     using EndedHandles = std::vector<std::unique_ptr<CXmlNode>>;
 
     void NoticeMissingParent() const;
     void MakeScriptObject(CXmlNode& handle);
     EndedHandles ReplaceTree(Tree tree);
+    bool TellEndOf(wxXmlNode* node);
+    bool TellEndOfChildren(wxXmlNode* parent);
+    std::vector<CJScriptLink*> LinksToTell() const;
+    bool TellEndOfTree();
     void Unlink(wxXmlNode* node);
     void EndRefs(const wxXmlNode* top);
     void DeleteUnlinked(wxXmlNode* node);
+    void DeleteChildren(wxXmlNode* parent);
     std::unique_ptr<CXmlNode> TakeHandle(wxXmlNode* node);
     bool AllowsDepth(unsigned int depth) const;
 

@@ -33,6 +33,10 @@ struct TextArgument;
 /// A handle ends when its node is removed through the document or its parent's handle, and with the document's tree
 /// (CXmlDocument::Clear). A handle on a deeper node of a removed subtree stays until then, as an empty one; it may come
 /// to stand for a node made later. Documents and their nodes are used by one thread at a time.
+///
+/// Script's functions that are to be called when a handle ends (CallOnDestroy) are called first, while the node and
+/// what ends with it are still there. They may do anything, so behind a removal in a document that script knows, ask
+/// anew for what was known before.
 class VC_QXPARSER_API CXmlNode : public wxObject
 {
 public:

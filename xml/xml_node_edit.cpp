@@ -5,9 +5,6 @@
 
 #include <wx/xml/xml.h>
 
-#include <memory>
-#include <vector>
-
 using xml_detail::DepthOf;
 using xml_detail::ElementHeightOf;
 
@@ -78,19 +75,8 @@ void CXmlNode::Clear()
 
 void CXmlNode::RemoveChildren()
 {
-    if (!m_node)
-        return;
-    NoteChildrenChanged();
-    wxXmlNode* child = m_node->GetChildren();
-    m_node->SetChildren(nullptr);
-    // They end last, since script that hears of it may do anything, also to this handle.
-    std::vector<std::unique_ptr<CXmlNode>> handles;
-    while (child) {
-        wxXmlNode* const removed = child;
-        child = child->GetNext();
-        handles.push_back(m_document->TakeHandle(removed));
-        m_document->DeleteUnlinked(removed);
-    }
+    if (m_node)
+        m_document->DeleteChildren(m_node);
 }
 
 void CXmlNode::RemoveChild(CXmlNode* child)

@@ -39,6 +39,16 @@ class ConfigLoadHooksTest : public ConfigHooksTest, public ::testing::WithParamI
 class ConfigStoreHooksTest : public ConfigHooksTest, public ::testing::WithParamInterface<StoreRow>
 {};
 
+TEST_F(ConfigHooksTest, ASectionThatIsRemovedWhileItIsEmptiedIsMadeAgain)
+{
+    config->ObjectRegisterNamed(Recorder(wxS("a")), wxS("a"), wxString());
+    ASSERT_TRUE(config->SaveFile(true));
+    Show(wxS("Config.GetRoot().GetFirst().AddNode('x').CallOnDestroy(function () {"
+             "  Config.GetRoot().RemoveNode('a'); })"));
+    EXPECT_TRUE(config->SaveFile(true));
+    EXPECT_EQ(Bytes(), Saved(" <a v=\"a\"/>\n"));
+}
+
 } // namespace
 
 TEST_P(ConfigLoadHooksTest, OfASectionThatIsThere)

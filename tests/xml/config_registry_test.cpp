@@ -247,6 +247,26 @@ TEST_F(ConfigRegistryTest, ObjectsAreToldThatTheConfigurationGoesWhileItIsWhole)
     EXPECT_EQ(Calls(), wxS(" x=\"1\""));
 }
 
+TEST_F(ConfigRegistryTest, NodesEndBeforeTheConfigurationWhileItIsWhole)
+{
+    config->ObjectRegisterNamed(Recorder(wxS("a")), wxS("a"), wxString());
+    Show(wxS("Config.SaveFile(); Config.CallOnDestroy(function () { call('Config'); });"
+             "Config.GetRoot().GetFirst().CallOnDestroy(function () { call(this.GetName() + Config.SaveFile()); })"));
+    Calls();
+    config.reset();
+    EXPECT_EQ(Calls(), wxS("store a; atrue; Config"));
+}
+
+TEST_F(ConfigRegistryTest, WhatListensOnlyWhenTheConfigurationEndsDoesNotReachItAnyMore)
+{
+    Show(wxS(
+        "Config.LoadFile(); var kept = Config; Config.CallOnDestroy(function () {"
+        "  kept.GetRoot().CallOnDestroy(function () { call(typeof Config); kept.SaveFile(); call('saved'); }); })"));
+    Calls();
+    config.reset();
+    EXPECT_EQ(Calls(), wxS("undefined"));
+}
+
 TEST_F(ConfigRegistryTest, TheContextMayEndBeforeTheConfiguration)
 {
     qxjsMinimal otherGlobal;
