@@ -91,7 +91,7 @@ public:
     /// Deletes the first child of this name.
     /// @return false when there is none.
     bool RemoveRawNode(const wxString& name);
-    /// Deletes any node of the document. False for null, and on the empty node.
+    /// Deletes any node, of this document or another one. False for null, and on the empty node.
     bool RemoveRawNode(CXmlNode* child);
     /// As RemoveRawNode, for script.
     bool RemoveNode(const wxString& name) { return RemoveRawNode(name); }

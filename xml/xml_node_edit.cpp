@@ -63,7 +63,7 @@ bool CXmlNode::RemoveRawNode(CXmlNode* child)
 {
     if (!m_node || !child)
         return false;
-    m_document->DeleteNode(child->m_node);
+    child->m_document->DeleteNode(child->m_node);
     return true;
 }
 

@@ -82,6 +82,24 @@ TEST_F(XmlNodeEditTest, a_node_is_removed_wherever_it_is)
     EXPECT_EQ(Show(document), "<r><a/></r>");
 }
 
+TEST_F(XmlNodeEditTest, a_node_of_another_document_is_removed_there)
+{
+    CXmlNode* const root = Root("<r><a/></r>");
+    CXmlDocument other;
+    ASSERT_TRUE(other.SetContent(wxS("<o><x><y/></x><z/></o>")));
+    CXmlNode* const otherRoot = other.GetRawRoot();
+    CXmlNode* const x = otherRoot->GetRawChildren();
+    const CXmlNode* const y = x->GetRawChildren();
+    ASSERT_EQ(otherRoot->GetChildrenCount(), 2);
+    EXPECT_TRUE(root->RemoveRawNode(x));
+    EXPECT_EQ(otherRoot->GetChildrenCount(), 1);
+    EXPECT_FALSE(y->Ok());
+    EXPECT_EQ(Show(other), "<o><z/></o>");
+    EXPECT_EQ(Show(document), "<r><a/></r>");
+    EXPECT_TRUE(root->RemoveRawNode(otherRoot));
+    EXPECT_EQ(Show(other), "(none)");
+}
+
 TEST_F(XmlNodeEditTest, a_node_can_remove_itself_and_what_it_is_in)
 {
     CXmlNode* const root = Root("<r><a><x/></a><b/></r>");
