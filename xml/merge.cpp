@@ -65,13 +65,23 @@ bool CXmlDocument::MergeXML(CXmlNode* dest, CXmlNode* src, bool keepExisting)
     wxXmlNode& from = *src->m_node;
     const bool isOverlapping = &into != &from && (IsWithin(&into, &from) || IsWithin(&from, &into));
     CXmlDocument& document = *dest->m_document;
-    const auto any = [](const wxXmlNode&) { return true; };
-    if (isOverlapping || !document.AllowsDepth(DepthOf(into) + HeightOf(from, any)))
+    if (isOverlapping || !document.AllowsCopy(into, from))
         return false;
     CopyMerge merge(keepExisting);
     merge.Run(into, from);
     merge.GetTarget().ForEach([&](wxXmlNode* node) { document.ForgetChildren(node); });
     return true;
+}
+
+/// Whether what a copy adds may stand so deep; when not, the log says so.
+bool CXmlDocument::AllowsCopy(wxXmlNode& dest, wxXmlNode& src) const
+{
+    const unsigned int depth = DepthOf(dest);
+    // Nearly always there is no need to know what would be added.
+    if (depth + HeightOf(src, [](const wxXmlNode&) { return true; }) <= m_maxDepth)
+        return true;
+    const unsigned int added = CopyMerge::DepthOfAdded(dest, src);
+    return added == 0 || AllowsDepth(depth + added);
 }
 
 CXmlNode* CXmlDocument::SearchNode(const wxString& name, CXmlNode* src, CXmlNode* parent, bool nameOnly)

@@ -1,5 +1,7 @@
 #include "xml/merge_detail.h"
 
+#include <algorithm>
+
 namespace xml_detail
 {
 
@@ -98,15 +100,47 @@ void CopyMerge::MergeNext()
     Level& level = m_levels.back();
     const wxXmlNode& child = *level.next;
     level.next = child.GetNext();
-    if (wxXmlNode* const counterpart = level.dest.FindByName(child.GetName())) {
-        MergeAttributes(*counterpart, child, m_keepExisting);
-        if (child.GetChildren())
-            m_levels.push_back({m_target.ChildrenOf(*counterpart), child.GetChildren()});
+    wxXmlNode* const counterpart = level.dest.FindByName(child.GetName());
+    if (!counterpart) {
+        wxXmlNode* const added = Add(child.GetName());
+        if (!m_isTrial)
+            CopyAllAttributes(*added, child);
         return;
     }
-    auto* const added = new wxXmlNode(wxXML_ELEMENT_NODE, child.GetName());
-    CopyAllAttributes(*added, child);
-    level.dest.Append(*added);
+    if (!m_isTrial)
+        MergeAttributes(*counterpart, child, m_keepExisting);
+    if (child.GetChildren())
+        m_levels.push_back({m_target.ChildrenOf(*counterpart), child.GetChildren()});
+}
+
+wxXmlNode* CopyMerge::Add(const wxString& name)
+{
+    auto* const added = new wxXmlNode(wxXML_ELEMENT_NODE, name);
+    m_levels.back().dest.Append(*added);
+    if (m_isTrial) {
+        m_added.push_back(added);
+        m_depthOfAdded = std::max(m_depthOfAdded, m_levels.size());
+    }
+    return added;
+}
+
+unsigned int CopyMerge::DepthOfAdded(wxXmlNode& dest, const wxXmlNode& src)
+{
+    // What has been added is the counterpart of what follows, so only the merge itself knows what it adds.
+    CopyMerge merge(true);
+    merge.m_isTrial = true;
+    merge.Run(dest, src);
+    merge.TakeAddedOut();
+    return static_cast<unsigned int>(merge.m_depthOfAdded);
+}
+
+void CopyMerge::TakeAddedOut()
+{
+    for (auto added = m_added.rbegin(); added != m_added.rend(); ++added) {
+        m_target.ChildrenOf(*(*added)->GetParent()).Remove(**added);
+        delete *added;
+    }
+    m_added.clear();
 }
 
 } // namespace xml_detail

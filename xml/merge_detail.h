@@ -91,6 +91,9 @@ public:
 
     /// Merges what is below `src` into `dest`. They are the same node, or neither is below the other.
     void Run(wxXmlNode& dest, const wxXmlNode& src);
+    /// How deep, counted from 1 below `dest`, the elements would reach that Run would add; 0 when there are none. The
+    /// trees stay as they are.
+    static unsigned int DepthOfAdded(wxXmlNode& dest, const wxXmlNode& src);
 
     const MergeTarget& GetTarget() const { return m_target; }
 
@@ -102,10 +105,15 @@ private:
     };
 
     void MergeNext();
+    wxXmlNode* Add(const wxString& name);
+    void TakeAddedOut();
 
     bool m_keepExisting;
+    bool m_isTrial = false; ///< Only names count then.
     MergeTarget m_target;
     std::vector<Level> m_levels;
+    std::vector<wxXmlNode*> m_added;
+    std::size_t m_depthOfAdded = 0;
 };
 
 } // namespace xml_detail

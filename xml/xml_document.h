@@ -107,7 +107,7 @@ public:
     /// children. The other document stays as it is.
     /// @param keepExisting whether attributes that are there keep their values.
     /// @return false, with nothing changed, when a document has no root, when the names of the roots differ, and, with
-    /// an error in the log, when the other is nested deeper than this document allows.
+    /// an error in the log, when something would be added deeper than this document allows.
     bool MergeXML(CXmlDocument* other, bool keepExisting);
     /// The same for what is below `src` and `dest`, whose own names and attributes do not matter. False as well when
     /// there is a node missing, and when one of them is below the other.
@@ -175,6 +175,7 @@ private:
     void DeleteChildren(wxXmlNode* parent);
     std::unique_ptr<CXmlNode> TakeHandle(wxXmlNode* node);
     bool AllowsDepth(unsigned int depth) const;
+    bool AllowsCopy(wxXmlNode& dest, wxXmlNode& src) const;
 
     bool MergeWith(CXmlNode* base, CXmlNode* overlay, CXmlNode* anchor, bool after);
     static CXmlNode* SearchNode(const wxString& name, CXmlNode* src, CXmlNode* parent, bool nameOnly);

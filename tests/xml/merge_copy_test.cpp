@@ -168,16 +168,44 @@ TEST(MergeCopy, source_as_deep_as_allowed_is_merged)
     EXPECT_EQ(base.Dump(), "<r><a><b><c/></b></a></r>");
 }
 
-TEST(MergeCopy, deeper_source_is_refused_before_anything_changes)
+TEST(MergeCopy, what_would_be_added_too_deep_is_refused_before_anything_changes)
 {
     const LogCapture log;
     TestDocument base("<r><a><b/></a></r>");
     base.SetMaxDepth(3);
-    TestDocument other("<r><new/><a><b><c/></b></a></r>");
+    TestDocument other("<r><new k='1'/><a l='2'><x/><b><c/></b></a></r>");
     EXPECT_FALSE(base.MergeXML(&other, true));
     EXPECT_FALSE(base.MergeXML(base.Child("a"), other.Child("a"), true));
     EXPECT_EQ(base.Dump(), "<r><a><b/></a></r>");
+    EXPECT_EQ(base.GetRawRoot()->GetChildrenCount(), 1);
     EXPECT_EQ(log.Errors(), std::vector<wxString>(2, "XML elements are nested deeper than 3"));
+}
+
+TEST(MergeCopy, deeper_source_is_copied_where_nothing_is_added_too_deep)
+{
+    const LogCapture log;
+    TestDocument base("<r><a><b/></a></r>");
+    base.SetMaxDepth(3);
+    TestDocument other("<r><new><c><d/></c></new><a l='2'><x><y/></x><b m='3'/></a></r>");
+    EXPECT_TRUE(base.MergeXML(&other, true));
+    EXPECT_EQ(base.Dump(), "<r><a l='2'><b m='3'/><x/></a><new/></r>");
+    base.SetMaxDepth(2);
+    EXPECT_TRUE(base.MergeXML(base.Child("a"), base.Child("a"), true)) << "nothing is added";
+    EXPECT_TRUE(log.Errors().empty());
+}
+
+TEST(MergeCopy, children_of_an_element_added_before_count_as_deep_as_they_come)
+{
+    const LogCapture log;
+    TestDocument base("<r/>");
+    base.SetMaxDepth(3);
+    TestDocument other("<r><n/><n><m/></n><n><m><o/></m></n></r>");
+    EXPECT_FALSE(base.MergeXML(&other, true));
+    EXPECT_EQ(base.Dump(), "<r/>");
+    base.SetMaxDepth(4);
+    EXPECT_TRUE(base.MergeXML(&other, true));
+    EXPECT_EQ(base.Dump(), "<r><n><m><o/></m></n></r>");
+    EXPECT_EQ(log.Errors(), std::vector<wxString>{"XML elements are nested deeper than 3"});
 }
 
 TEST(MergeCopy, text_at_the_depth_allowed_would_become_an_element_beyond_it)
