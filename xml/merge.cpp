@@ -1,3 +1,4 @@
+#include "base/case_folding_detail.h"
 #include "xml/merge_detail.h"
 #include "xml/name_index_detail.h"
 #include "xml/tree_links_detail.h"
@@ -8,10 +9,10 @@
 #include <memory>
 #include <vector>
 
+using vcq::detail::IsSameNoCase;
 using xml_detail::CopyMerge;
 using xml_detail::DepthOf;
 using xml_detail::HeightOf;
-using xml_detail::IsSameNoCase;
 using xml_detail::IsWithin;
 using xml_detail::MergeChildren;
 using xml_detail::OverlayMerge;

@@ -1,5 +1,9 @@
 #include "xml/merge_children_detail.h"
 
+#include "base/case_folding_detail.h"
+
+using vcq::detail::IsSameNoCase;
+
 namespace xml_detail
 {
 

@@ -1,22 +1,18 @@
 #include "xml/merge_index_detail.h"
 
+#include "base/case_folding_detail.h"
+
 #include <algorithm>
-#include <cwctype>
 #include <utility>
+
+using vcq::detail::FoldCase;
+using vcq::detail::IsSameNoCase;
 
 namespace xml_detail
 {
 
 namespace
 {
-
-/// Case is that of the locale, but for ASCII, which must mean the same in all of them.
-wchar_t ToLower(wchar_t c)
-{
-    if (c < 0x80)
-        return c >= L'A' && c <= L'Z' ? static_cast<wchar_t>(c + (L'a' - L'A')) : c;
-    return static_cast<wchar_t>(std::towlower(static_cast<std::wint_t>(c)));
-}
 
 /// As long as what is looked for is found so near on the average, a table would cost more than it saves: that of an
 /// attribute which many share is the most costly of all.
@@ -32,7 +28,7 @@ void AddToHash(std::uint64_t& hash, const wxString& text)
 {
     const wchar_t* const characters = text.wx_str();
     for (std::size_t i = 0; i < text.length(); ++i)
-        AddToHash(hash, static_cast<std::uint64_t>(ToLower(characters[i])));
+        AddToHash(hash, static_cast<std::uint64_t>(FoldCase(characters[i])));
     AddToHash(hash, text.length());
 }
 
@@ -48,19 +44,6 @@ std::uint64_t HashOf(const wxString& name, const wxXmlAttribute* attribute)
 }
 
 } // namespace
-
-bool IsSameNoCase(const wxString& a, const wxString& b)
-{
-    if (a.length() != b.length())
-        return false;
-    const wchar_t* const left = a.wx_str();
-    const wchar_t* const right = b.wx_str();
-    for (std::size_t i = 0; i < a.length(); ++i) {
-        if (left[i] != right[i] && ToLower(left[i]) != ToLower(right[i]))
-            return false;
-    }
-    return true;
-}
 
 const wxXmlAttribute* FindAttribute(const wxXmlNode& node, const wxString& name)
 {

@@ -12,9 +12,6 @@
 namespace xml_detail
 {
 
-/// Whether two texts are the same but for case.
-bool IsSameNoCase(const wxString& a, const wxString& b);
-
 /// The attribute of this name that counts: the first. Null when there is none.
 const wxXmlAttribute* FindAttribute(const wxXmlNode& node, const wxString& name);
 

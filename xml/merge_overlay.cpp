@@ -1,7 +1,11 @@
 #include "xml/merge_detail.h"
 
+#include "base/case_folding_detail.h"
+
 #include <algorithm>
 #include <functional>
+
+using vcq::detail::IsSameNoCase;
 
 namespace xml_detail
 {

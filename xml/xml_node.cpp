@@ -1,5 +1,6 @@
 #include "xml/xml_node.h"
 
+#include "base/case_folding_detail.h"
 #include "xml/name_index_detail.h"
 #include "xml/tree_links_detail.h"
 #include "xml/xml_document.h"
@@ -26,10 +27,11 @@ wxXmlNode* FindByName(wxXmlNode* first, const wxString& name)
     return first;
 }
 
-const wxXmlAttribute* FindProp(const wxXmlNode& node, const wxString& name, bool matchCase)
+/// The first property of this name in any case.
+const wxXmlAttribute* FindProp(const wxXmlNode& node, const wxString& name)
 {
     const wxXmlAttribute* prop = node.GetAttributes();
-    while (prop && !prop->GetName().IsSameAs(name, matchCase))
+    while (prop && !vcq::detail::IsSameNoCase(prop->GetName(), name))
         prop = prop->GetNext();
     return prop;
 }
@@ -270,13 +272,13 @@ wxString CXmlNode::GetAllProps() const
 
 wxString CXmlNode::GetAllPropsAfter(const wxString& name) const
 {
-    const wxXmlAttribute* const prop = m_node ? FindProp(*m_node, name, false) : nullptr;
+    const wxXmlAttribute* const prop = m_node ? FindProp(*m_node, name) : nullptr;
     return prop ? FormatProps(prop->GetNext(), nullptr) : wxString();
 }
 
 wxString CXmlNode::GetAllPropsBefore(const wxString& name) const
 {
-    return m_node ? FormatProps(m_node->GetAttributes(), FindProp(*m_node, name, false)) : wxString();
+    return m_node ? FormatProps(m_node->GetAttributes(), FindProp(*m_node, name)) : wxString();
 }
 
 int CXmlNode::GetChildrenCount()
