@@ -5,6 +5,7 @@
 #include "base/text_encoding.h"
 #include "script/class_module.h"
 #include "script/native_function.h"
+#include "script/text_lines_detail.h"
 
 #include <wx/filename.h>
 #include <wx/log.h>
@@ -31,10 +32,12 @@ CJScriptLinkClass CqxJSFile::ms_JSClass(&CqxJSFile::m_JSMap);
 
 JS_REGISTER_CLASS_MODULE(CqxJSFile)
 
-CqxJSFile::CqxJSFile()
+CqxJSFile::CqxJSFile() : m_file(std::make_unique<CTextLines>())
 {
     m_link.Link(this, &ms_JSClass);
 }
+
+CqxJSFile::~CqxJSFile() = default;
 
 /// Starts over with the file of this path; false when it is no path, and then the file that is open stays so.
 bool CqxJSFile::Resolve(wxString& path)
@@ -51,7 +54,7 @@ bool CqxJSFile::Open(wxString path)
     if (!Resolve(path))
         return false;
     // The system opens directories for reading too, and gives them any length.
-    m_hasFile = !wxFileName::DirExists(path) && m_file.Open(path, wxConvAuto());
+    m_hasFile = !wxFileName::DirExists(path) && m_file->Open(path, wxConvAuto());
     return m_hasFile;
 }
 
@@ -59,36 +62,36 @@ bool CqxJSFile::Create(wxString path)
 {
     if (!Resolve(path))
         return false;
-    m_hasFile = m_file.Create(path);
+    m_hasFile = m_file->Create(path);
     return m_hasFile;
 }
 
 bool CqxJSFile::IsOpened()
 {
-    return m_file.IsOpened();
+    return m_file->IsOpened();
 }
 
 void CqxJSFile::Close()
 {
     m_hasFile = false;
-    m_file.Close();
+    m_file->Close();
 }
 
 bool CqxJSFile::Eof()
 {
-    return m_position >= m_file.GetLineCount();
+    return m_position >= m_file->GetLineCount();
 }
 
 wxString CqxJSFile::ReadLn()
 {
-    return Eof() ? wxString() : m_file.GetLine(m_position++);
+    return Eof() ? wxString() : m_file->GetLine(m_position++);
 }
 
 wxString CqxJSFile::ReadAll()
 {
     wxString text;
-    for (std::size_t i = 0; i < m_file.GetLineCount(); ++i)
-        text << m_file.GetLine(i) << wxS("\n");
+    for (std::size_t i = 0; i < m_file->GetLineCount(); ++i)
+        text << m_file->GetLine(i) << wxS("\n");
     return text;
 }
 
@@ -96,12 +99,12 @@ wxString CqxJSFile::ReadAll()
 bool CqxJSFile::WriteBack()
 {
     std::string bytes;
-    for (std::size_t i = 0; i < m_file.GetLineCount(); ++i)
-        bytes += ToUtf8(m_file.GetLine(i) + wxTextFile::GetEOL(m_file.GetLineType(i)));
+    for (std::size_t i = 0; i < m_file->GetLineCount(); ++i)
+        bytes += ToUtf8(m_file->GetLine(i) + wxTextFile::GetEOL(m_file->GetLineType(i)));
     // Each line that a script writes comes by here; none waits for the disk.
-    if (vcq::detail::ReplaceFile(ToSystemName(m_file.GetName()), bytes))
+    if (vcq::detail::ReplaceFile(ToSystemName(m_file->GetName()), bytes))
         return true;
-    wxLogSysError(wxS("'%s' cannot be written"), m_file.GetName());
+    wxLogSysError(wxS("'%s' cannot be written"), m_file->GetName());
     return false;
 }
 
@@ -109,7 +112,7 @@ bool CqxJSFile::Clear()
 {
     if (!m_hasFile)
         return false;
-    m_file.Clear();
+    m_file->Clear();
     return WriteBack();
 }
 
@@ -117,6 +120,6 @@ bool CqxJSFile::WriteLn(wxString text)
 {
     if (!m_hasFile)
         return false;
-    m_file.AddLine(text);
+    m_file->AddLine(text);
     return WriteBack();
 }

@@ -9,6 +9,7 @@
 #include <wx/textfile.h>
 
 #include <cstddef>
+#include <memory>
 
 /// A local text file, held in memory line by line: the script class "TextFile".
 class VC_QXPARSER_API CqxJSFile : public wxObject
@@ -16,6 +17,7 @@ class VC_QXPARSER_API CqxJSFile : public wxObject
 public:
     /// No file yet.
     CqxJSFile();
+    ~CqxJSFile() override;
 
     CqxJSFile(const CqxJSFile&) = delete;
     CqxJSFile& operator=(const CqxJSFile&) = delete;
@@ -59,7 +61,7 @@ private:
     bool Resolve(wxString& path);
     bool WriteBack();
 
-    wxTextFile m_file;
+    const std::unique_ptr<wxTextFile> m_file;
     CJScriptLink m_link;
     std::size_t m_position = 0;
     bool m_hasFile = false; ///< Opened or created: there is something to write to.

@@ -1,3 +1,4 @@
+#include "base/text_encoding.h"
 #include "script/text_file.h"
 #include "script/value_conversion.h"
 #include "tests/script/script_fixture.h"
@@ -6,6 +7,8 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <string>
+#include <vector>
 
 namespace
 {
@@ -254,6 +257,40 @@ TEST_F(TextFileTest, ScriptIsToldOfWrongCalls)
                   wxString::Format("Bad argument count for function '%s' (1 instead of 0)", call));
     EXPECT_EQ(Show("try { new TextFile('a') } catch (e) { e.message }"),
               "Bad argument count for function 'TextFile' (1 instead of 0)");
+}
+
+TEST_F(TextFileTest, LinesAreCutAsWxTextFileCutsThem)
+{
+    // All texts of up to 5 characters that mix the line ends with each other and with what stands between.
+    const std::string alphabet = "a\n\r";
+    std::vector<std::string> texts = {"", "\xef\xbb\xbf",
+                                      "\xef\xbb\xbf"
+                                      "a",
+                                      "\xff\xfe"
+                                      "a",
+                                      "\xc3\xa4\n\xff"};
+    for (size_t first = 0, length = 1; length <= 5; ++length) {
+        const size_t last = texts.size();
+        for (size_t i = length == 1 ? 0 : first; i < (length == 1 ? 1 : last); ++i)
+            for (const char letter : alphabet)
+                texts.push_back(texts[i] + letter);
+        first = last;
+    }
+    for (const std::string& text : texts) {
+        temp.Put("a.txt", text);
+        wxTextFile reference;
+        ASSERT_TRUE(reference.Open(Name("a.txt"), wxConvAuto()));
+        ASSERT_TRUE(file.Open(Name("a.txt")));
+        wxString expected;
+        for (size_t i = 0; i < reference.GetLineCount(); ++i)
+            expected << reference.GetLine(i) << "\n";
+        EXPECT_EQ(expected, file.ReadAll());
+        std::string written;
+        for (size_t i = 0; i < reference.GetLineCount(); ++i)
+            written += ToUtf8(reference.GetLine(i) + wxTextFile::GetEOL(reference.GetLineType(i)));
+        ASSERT_TRUE(file.WriteLn("z"));
+        EXPECT_EQ(written + "z\n", Bytes("a.txt"));
+    }
 }
 
 } // namespace
