@@ -140,6 +140,23 @@ TEST_F(CallBackRegistryTest, PersistentRecordsKeepTheOrderOfRegistration)
     EXPECT_EQ(registry.GetCallBackCount(9), 0);
 }
 
+TEST_F(CallBackRegistryTest, EnumeratingGivesTheLinks)
+{
+    registry.RegisterCallBack(2, First(), "other", true, nullptr);
+    registry.RegisterCallBack(1, Second(), "f", true, nullptr);
+    registry.RegisterCallBack(2, First(), "other", true, nullptr);
+    registry.RegisterCallBack(1, First(), "f", true, nullptr);
+    wxlistJSCallBackNode* node = nullptr;
+    CJScriptLink* link = nullptr;
+    EXPECT_TRUE(registry.GetFirst(1, node, &link, nullptr, nullptr));
+    EXPECT_EQ(link, Second());
+    EXPECT_TRUE(registry.GetNext(1, node, &link, nullptr, nullptr));
+    EXPECT_EQ(link, First());
+    link = nullptr;
+    EXPECT_FALSE(registry.GetNext(1, node, &link, nullptr, nullptr));
+    EXPECT_EQ(link, nullptr);
+}
+
 TEST_F(CallBackRegistryTest, GetFirstClearsItsResultsOnlyWhenThereAreNoRecords)
 {
     auto* node = reinterpret_cast<wxlistJSCallBackNode*>(&data1);
@@ -305,6 +322,38 @@ TEST_F(CallBackRegistryTest, ACallBackMayUnregisterItself)
     EXPECT_TRUE(called);
     EXPECT_EQ(registry.GetCallBackCount(1), 0);
     EXPECT_EQ(Kept(), "");
+}
+
+TEST_F(CallBackRegistryTest, RecordsAreReleasedInTheScopeOfTheRegistrysObject)
+{
+    CJSCallBack other(Second());
+    other.SetJScript(&script);
+    other.RegisterCallBack(1, First(), "f", false, nullptr);
+    ASSERT_TRUE(script.Evaluate("second.Global = {}", nullptr));
+    EXPECT_TRUE(other.GetCallBack(1, nullptr, nullptr, nullptr));
+    EXPECT_EQ(Kept(), "first") << "the name was found on the registry's object";
+    wxString released;
+    EXPECT_TRUE(script.Evaluate("Object.keys(second.Global).map(function (name) {"
+                                " return /^P0x/.test(name) + ' ' + second.Global[name] }).join()",
+                                nullptr, released));
+    EXPECT_EQ(released, "true null");
+}
+
+TEST_F(CallBackRegistryTest, OneShotRecordsAreReleasedBeforePersistentOnes)
+{
+    registry.RegisterCallBack(1, First(), "f", true, nullptr);
+    registry.RegisterCallBack(2, Second(), "f", false, nullptr);
+    registry.RegisterCallBack(3, First(), "f", true, nullptr);
+    registry.RegisterCallBack(1, Second(), "f", false, nullptr);
+    ASSERT_TRUE(script.Evaluate("var released = []; Object.getOwnPropertyNames(Global).forEach(function (name) {"
+                                " if (!/^P0x/.test(name)) return;"
+                                " var kept = Global[name] === first ? 'first' : 'second';"
+                                " Object.defineProperty(Global, name, {set: function () { released.push(kept); }}); })",
+                                nullptr));
+    registry.DeleteAllCallBacks();
+    wxString released;
+    EXPECT_TRUE(script.Evaluate("released.join()", nullptr, released));
+    EXPECT_EQ(released, "second,second,first,first");
 }
 
 /// Has a native called whenever a record is released.

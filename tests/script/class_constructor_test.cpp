@@ -122,6 +122,20 @@ TEST_F(ClassConstructorTest, PropertiesPutOnAnObjectReadItsOwnNativeObject)
     EXPECT_EQ(part.m_number, 3);
 }
 
+TEST_F(ClassConstructorTest, StaticPropertiesPutOnAnObjectReadItsNativeObjectToo)
+{
+    Table& worlds = Make("World", nullptr, NumberRows(1));
+    ASSERT_TRUE(worlds.cls.CreateSpec());
+    worlds.cls.AddStaticPropSpec("shared", 1, JSPROP_ENUMERATE);
+    Part world(worlds.cls);
+    CJScript other(nullptr);
+    ASSERT_TRUE(other.SetGlobal(world.GetJSLink(), "World"));
+    wxString shown;
+    EXPECT_TRUE(other.Evaluate("shared = 12; World.shared + World.p1", nullptr, shown));
+    EXPECT_EQ(shown, "24");
+    EXPECT_EQ(world.m_number, 12);
+}
+
 TEST_F(ClassConstructorTest, StaticSpecificationsStandOnTheConstructor)
 {
     Table& table = Make("Tool", nullptr, {JSMapEntry(&Say<1>, 0)});

@@ -90,6 +90,30 @@ TEST_F(ClassRegistryTest, AStaticPropertyHasNoNativeObjectToReadFrom)
     EXPECT_EQ(Show("'number' in Static.prototype"), "false");
 }
 
+TEST_F(ClassRegistryTest, TheRecordsOfAContextEndWithIt)
+{
+    Table& table = Make("Known", nullptr, {});
+    CJScript other(nullptr);
+    JSContext* const cx = other.GetContext();
+    table.cls.GetClassContext(cx)->jsClass.name = "marked";
+    EXPECT_STREQ(table.cls.GetClassContext(cx)->jsClass.name, "marked");
+    other.CleanAll();
+    EXPECT_STREQ(table.cls.GetClassContext(cx)->jsClass.name, "Known");
+    CJScriptLinkClass::DestroyContext(cx);
+}
+
+TEST_F(ClassRegistryTest, AStaticReadOnlySpecificationHasNoSetter)
+{
+    Table& table = Make("Static", nullptr, {JSMapEntry(&Seven, 0)});
+    table.cls.AddStaticPropSpec("fixed", 1, JSPROP_ENUMERATE | JSPROP_READONLY);
+    table.cls.AddStaticPropSpec("free", 2, JSPROP_ENUMERATE);
+    ASSERT_TRUE(CJScriptLinkClass::DeclareJSClass(Context(), &table.cls));
+    EXPECT_EQ(Show("['fixed', 'free'].map(function (name) {"
+                   " return typeof Object.getOwnPropertyDescriptor(Static, name).set }).join()"),
+              "undefined,function");
+    EXPECT_EQ(Show("Static.fixed = 9; 'went on'"), "went on");
+}
+
 TEST_F(ClassRegistryTest, AClassKeepsLinksNoLongerOnceADynamicObjectIsMade)
 {
     Table& table = Make("Keeping", nullptr, {});

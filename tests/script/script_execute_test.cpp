@@ -88,6 +88,14 @@ TEST_F(ScriptExecuteTest, TheNextExecuteEndsTheHiding)
     EXPECT_EQ(report, "missing;\n==> ReferenceError: missing is not defined\n");
 }
 
+TEST_F(ScriptExecuteTest, AnEmptyTextDoesNotEndTheHiding)
+{
+    script.HideError();
+    EXPECT_TRUE(script.Execute("", nullptr, &report));
+    EXPECT_FALSE(script.Evaluate("missing;", nullptr));
+    EXPECT_EQ(script.GetErrorCount(), 0);
+}
+
 TEST_F(ScriptExecuteTest, HidingLastsThroughEvaluations)
 {
     script.HideError();

@@ -36,6 +36,32 @@ TEST_F(ScriptHandlesTest, ACopyIsAHandleOnTheSameContext)
     EXPECT_EQ(Show(copy, "x + 1"), "6");
 }
 
+TEST_F(ScriptHandlesTest, CopiesAndAssignedHandlesHaveEveryField)
+{
+    qxjsMinimal globals[2];
+    CJScript script(nullptr);
+    ASSERT_TRUE(script.SetGlobal(globals[0].GetJSLink(), ""));
+    EXPECT_FALSE(script.Evaluate("missing", nullptr));
+    script.HideError();
+    script.SetCallStack("f() at 1\n");
+    CJScript copy(script);
+    CJScript assigned(nullptr);
+    ASSERT_TRUE(assigned.SetGlobal(globals[1].GetJSLink(), ""));
+    assigned = script;
+    for (CJScript* handle : {&copy, &assigned}) {
+        EXPECT_EQ(handle->GetContext(), script.GetContext());
+        EXPECT_EQ(handle->GetGlobal(), globals[0].GetJSLink());
+        ASSERT_EQ(handle->GetErrorCount(), 1);
+        EXPECT_EQ(handle->GetError(0)->msg, "ReferenceError: missing is not defined");
+        wxString report;
+        handle->CommonReportError(nullptr, wxString(), nullptr, &report);
+        EXPECT_EQ(report, "==> ReferenceError: missing is not defined\n Call stack is:\nf() at 1\n");
+        EXPECT_FALSE(handle->Evaluate("absent", nullptr));
+        EXPECT_EQ(handle->GetErrorCount(), 0) << "errors are hidden";
+    }
+    EXPECT_FALSE(globals[1].GetJSLink()->IsCreated());
+}
+
 TEST_F(ScriptHandlesTest, AHandleGetsTheErrorsOfItsOwnOperations)
 {
     qxjsMinimal global;

@@ -155,6 +155,34 @@ TEST_F(ScriptLifetimeTest, CleanAllLeavesAnInertObject)
     EXPECT_TRUE(script.CleanAll());
 }
 
+TEST_F(ScriptLifetimeTest, CleanAllOfAnAdoptedContextLeavesAnInertObjectToo)
+{
+    qxjsMinimal global;
+    CJScript script(nullptr);
+    ASSERT_TRUE(script.SetGlobal(global.GetJSLink(), "host"));
+    CJScript adopting(script.GetContext());
+    EXPECT_TRUE(adopting.CleanAll());
+    EXPECT_EQ(adopting.GetContext(), nullptr);
+    EXPECT_FALSE(adopting.Evaluate("1", nullptr));
+    EXPECT_NE(script.GetContext(), nullptr);
+    EXPECT_EQ(Show(script, "typeof host"), "object");
+}
+
+TEST_F(ScriptLifetimeTest, CleanAllClearsTheGlobalScopeThatOthersHold)
+{
+    qxjsMinimal globals[2];
+    CJScript first(nullptr);
+    CJScript second(nullptr);
+    ASSERT_TRUE(first.SetGlobal(globals[0].GetJSLink(), ""));
+    ASSERT_TRUE(second.SetGlobal(globals[1].GetJSLink(), ""));
+    ASSERT_TRUE(JS_DefineWideProperty(second.GetContext(), globals[1].GetJSLink()->GetJSObject(), L"held", 4,
+                                      OBJECT_TO_JSVAL(globals[0].GetJSLink()->GetJSObject()), nullptr, nullptr, 0));
+    EXPECT_EQ(Show(first, "this.x = 5; x"), "5");
+    EXPECT_EQ(Show(second, "held.x"), "5");
+    first.CleanAll();
+    EXPECT_EQ(Show(second, "typeof held + typeof held.x"), "objectundefined");
+}
+
 TEST_F(ScriptLifetimeTest, AnInertObjectRefusesEverything)
 {
     qxjsMinimal global;

@@ -93,6 +93,11 @@ TEST_F(ScriptReportTest, LineEndsOfCarriageReturnAndLineFeedAreNotShown)
               "1 + ;\n     ^\n==> expected expression, got ';'\n");
 }
 
+TEST_F(ScriptReportTest, ACarriageReturnAloneEndsALine)
+{
+    EXPECT_EQ(ReportOf("var a = 1;\rmissing;\rvar b"), "missing;\n==> ReferenceError: missing is not defined\n");
+}
+
 TEST_F(ScriptReportTest, ABlankLineBeforeTheErrorCounts)
 {
     EXPECT_EQ(ReportOf("\n\n\nmissing"), "missing\n==> ReferenceError: missing is not defined\n");
@@ -336,8 +341,10 @@ public:
     void ReportError(const wxString& message, JSErrorReport* report) override
     {
         heard.push_back(wxString::Format("%u: %s", report->lineno, message));
+        messages.push_back(wxString(report->widemessage));
     }
     Texts heard;
+    Texts messages; ///< Those in the reports.
 };
 
 TEST(ScriptHostReportTest, EveryReportOfTheEngineReachesTheHost)
@@ -350,6 +357,23 @@ TEST(ScriptHostReportTest, EveryReportOfTheEngineReachesTheHost)
     EXPECT_FALSE(script.Evaluate("1 +", nullptr));
     EXPECT_EQ(script.heard,
               (Texts{"1: ReferenceError: missing is not defined", "0: expected expression, got end of script"}));
+}
+
+TEST(ScriptHostReportTest, AFailureInsideReachesTheHostAsItsReport)
+{
+    const LogCapture log;
+    qxjsMinimal global;
+    QuietScript script;
+    ASSERT_TRUE(script.SetGlobal(global.GetJSLink(), ""));
+    DefineNative(script.GetContext(), nullptr, "inner", [&](JSContext*, uintN, jsval*, jsval*) {
+        EXPECT_FALSE(script.Evaluate("\nmissing", nullptr));
+        return JS_TRUE;
+    });
+    EXPECT_TRUE(script.Evaluate("inner()", nullptr));
+    ForgetNatives();
+    EXPECT_EQ(script.heard, Texts{"1: "});
+    EXPECT_EQ(script.messages, Texts{"ReferenceError: missing is not defined"});
+    EXPECT_EQ(script.GetErrorCount(), 0);
 }
 
 TEST(ScriptHostReportTest, WhatTheHostDoesNotRecordIsReportedByTheFirstLineOfTheSource)

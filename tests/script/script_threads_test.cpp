@@ -1,6 +1,7 @@
 #include "tests/script/script_fixture.h"
 
 #include <atomic>
+#include <optional>
 #include <string>
 #include <thread>
 
@@ -68,26 +69,43 @@ TEST_F(ScriptThreadsTest, AThreadReportsErrorsOfItsOwn)
 class EndProbe : public qxjsMinimal
 {
 public:
-    explicit EndProbe(bool& entered) : m_entered(entered) {}
+    explicit EndProbe(std::optional<bool>& entered) : m_entered(entered) {}
     ~EndProbe() override
     {
         std::thread([this] {
             m_entered = CJScript::EngineLock().TryEnter();
-            if (m_entered)
+            if (*m_entered)
                 CJScript::EngineLock().Leave();
         }).join();
     }
 
 private:
-    bool& m_entered;
+    std::optional<bool>& m_entered;
 };
 
 TEST_F(ScriptThreadsTest, OtherThreadsMayEnterWhileWhatWasBelowARemovedGlobalEnds)
 {
-    bool entered = false;
+    std::optional<bool> entered;
     ASSERT_TRUE(script.CreateChildDynamic((new EndProbe(entered))->GetJSLink()));
     script.RemoveGlobal();
-    EXPECT_TRUE(entered);
+    EXPECT_EQ(entered, true);
+}
+
+TEST_F(ScriptThreadsTest, NoOtherThreadEntersBeforeQueuedObjectsAreDeleted)
+{
+    ASSERT_TRUE(script.Evaluate("function f() { drop() }", nullptr));
+    CJScriptLink* child = nullptr;
+    Define("drop", [&](JSContext*, uintN, jsval*, jsval*) {
+        child->SetScopeDelete();
+        return JS_TRUE;
+    });
+    for (const bool calls : {false, true}) {
+        std::optional<bool> entered;
+        child = (new EndProbe(entered))->GetJSLink();
+        ASSERT_TRUE(script.CreateChild(child, Global(), "child", false, false));
+        EXPECT_TRUE(calls ? script.Call("f", Global()) : script.Evaluate("drop()", nullptr));
+        EXPECT_EQ(entered, false) << (calls ? "call" : "evaluation");
+    }
 }
 
 struct ForeignCall

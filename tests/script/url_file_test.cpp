@@ -46,6 +46,18 @@ protected:
     CJSURLFile file;
 };
 
+TEST_F(UrlFileTest, ScriptIsToldOfWrongCalls)
+{
+    const auto thrown = [&](const wxString& call) {
+        return Show("try { u." + call + "; 'nothing' } catch (e) { e.message }");
+    };
+    for (const char* name : {"IsOpened", "Close", "ReadLn", "ReadAll"})
+        EXPECT_EQ(thrown(wxString(name) + "(1)"),
+                  wxString::Format("Bad argument count for function '%s' (1 instead of 0)", name));
+    EXPECT_EQ(thrown("Open(dir, 'a.txt', '')"), "Bad argument count for function 'Open' (3 instead of 4)");
+    EXPECT_EQ(thrown("Open(dir, 'a.txt', '', '', '')"), "Bad argument count for function 'Open' (5 instead of 4)");
+}
+
 TEST_F(UrlFileTest, AClosedFileHasNothing)
 {
     file.Close();
