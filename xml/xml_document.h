@@ -33,9 +33,9 @@ WX_DECLARE_HASH_MAP(wxXmlNode*, CXmlNode*, wxPointerHash, wxPointerEqual, CHashP
 
 /// An XML tree, and the handles on its nodes: the script class "XmlDocument".
 ///
-/// With a script context, every handle has a script object, a child of the document's own; it is made when something
-/// asks for it. Failures are false or null, with a message in the log; nothing is thrown. A document is used by one
-/// thread at a time.
+/// With a script context, every handle has a script object, a child of the document's own, made when something asks for
+/// it: only a list of the properties of the document's object tells which are. Failures are false or null, with a
+/// message in the log; nothing is thrown. A document is used by one thread at a time.
 class VC_QXPARSER_API CXmlDocument : public wxObject
 {
 public:

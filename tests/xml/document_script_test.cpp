@@ -14,6 +14,27 @@ TEST_F(XmlDocumentScriptTest, script_makes_documents)
     EXPECT_EQ(Show(wxS("d.SetContent('no xml') + ' ' + d.GetRoot()")), wxS("false null"));
 }
 
+TEST_F(XmlDocumentScriptTest, the_table_has_these_entries_in_this_order)
+{
+    std::vector<std::string> rows;
+    const JSMapEntry* row = CXmlDocument::m_JSMapEntries;
+    for (; row->name; ++row)
+        rows.push_back(std::string(row->name) + "/" + std::to_string(row->extra));
+    EXPECT_EQ(rows, (std::vector<std::string>{"ctor/0", "GetRoot/0", "SetContent/1", "GetVersion/0"}));
+    EXPECT_EQ(CXmlDocument::m_JSMapEntries[0].kind, JSMapEntry::Constructor);
+    EXPECT_EQ(row->kind, JSMapEntry::End);
+}
+
+TEST_F(XmlDocumentScriptTest, the_class_is_named_and_built_on_the_common_one)
+{
+    const CXmlDocument document;
+    EXPECT_STREQ(CXmlDocument::m_JSMap.name, "XmlDocument");
+    EXPECT_EQ(CXmlDocument::m_JSMap.parent, &CJScriptLink::ms_JSClass);
+    EXPECT_EQ(CXmlDocument::m_JSMap.entries, CXmlDocument::m_JSMapEntries);
+    EXPECT_EQ(document.GetJSMap(), &CXmlDocument::m_JSMap);
+    EXPECT_EQ(document.GetJSLink()->GetClass(), &CXmlDocument::ms_JSClass);
+}
+
 TEST_F(XmlDocumentScriptTest, set_content_takes_any_value_as_text)
 {
     EXPECT_EQ(Show(wxS("d = new XmlDocument(); d.SetContent({toString() { return '<r/>'; }}) + d.GetRoot().GetName()")),

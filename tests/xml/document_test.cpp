@@ -4,7 +4,10 @@
 #include "script/script_minimal.h"
 
 #include <wx/mstream.h>
+#include <wx/weakref.h>
 #include <wx/xml/xml.h>
+
+#include <utility>
 
 namespace
 {
@@ -40,6 +43,14 @@ TEST_F(XmlDocumentTest, a_new_document_has_no_root_but_an_empty_node)
     EXPECT_EQ(Empty()->GetXmlNode(), nullptr);
     EXPECT_EQ(document.GetScript(), nullptr);
     EXPECT_EQ(document.GetVersion(), wxS(""));
+}
+
+TEST_F(XmlDocumentTest, has_run_time_class_information)
+{
+    EXPECT_STREQ(document.GetClassInfo()->GetClassName(), wxS("CXmlDocument"));
+    EXPECT_EQ(document.GetClassInfo()->GetBaseClass1(), wxCLASSINFO(wxObject));
+    EXPECT_STREQ(Empty()->GetClassInfo()->GetClassName(), wxS("CXmlNode"));
+    EXPECT_EQ(Empty()->GetClassInfo()->GetBaseClass1(), wxCLASSINFO(wxObject));
 }
 
 TEST_F(XmlDocumentTest, without_a_tree_nothing_is_saved)
@@ -236,15 +247,29 @@ TEST_F(XmlScriptedDocumentTest, a_document_is_a_child_of_its_parent)
     EXPECT_TRUE(log.Records().empty());
 }
 
-TEST_F(XmlScriptedDocumentTest, handles_get_script_objects_at_once)
+TEST_F(XmlScriptedDocumentTest, handles_get_script_objects_when_asked_for_them)
 {
     CXmlDocument document(&script, wxS("Doc"), global.GetJSLink());
     ASSERT_TRUE(document.SetContent(wxS("<r><a/></r>")));
     CXmlNode* const a = document.GetRawRoot()->GetRawChildren();
+    EXPECT_FALSE(std::as_const(*a).GetJSLink()->IsCreated());
     EXPECT_TRUE(a->GetJSLink()->IsCreated());
     EXPECT_EQ(a->GetJSLink()->GetParent(), document.GetJSLink());
     EXPECT_EQ(document.GetRoot(), document.GetRawRoot()->GetJSLink());
     EXPECT_TRUE(log.Records().empty());
+}
+
+TEST_F(XmlScriptedDocumentTest, a_set_root_ends_the_handles_on_the_tree_before)
+{
+    CXmlDocument document(&script, wxS("Doc"), global.GetJSLink());
+    ASSERT_TRUE(document.SetContent(wxS("<r><a/></r>")));
+    const wxWeakRef<CJScriptLink> root(document.GetRoot());
+    const wxWeakRef<CJScriptLink> a(document.GetRawRoot()->GetRawChildren()->GetJSLink());
+    ASSERT_TRUE(a);
+    document.SetRoot(wxS("n"));
+    EXPECT_FALSE(root);
+    EXPECT_FALSE(a);
+    EXPECT_EQ(Show(document), "<n/>");
 }
 
 TEST_F(XmlScriptedDocumentTest, without_a_parent_there_are_no_script_objects)

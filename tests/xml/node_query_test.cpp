@@ -80,6 +80,20 @@ TEST_F(XmlNodeQueryTest, the_root_element_has_neither_parent_nor_siblings)
     EXPECT_EQ(root->GetIndex(), -1);
 }
 
+TEST_F(XmlNodeQueryTest, a_node_that_has_been_taken_out_has_no_place)
+{
+    CXmlNode* const root = Root("<r><a/><b/></r>");
+    CXmlNode* const a = root->GetRawChildren();
+    root->RemoveChild(a);
+    EXPECT_FALSE(a->IsFirst());
+    EXPECT_TRUE(a->IsLast());
+    EXPECT_FALSE(a->IsAlone());
+    EXPECT_FALSE(a->IsMiddle());
+    EXPECT_EQ(a->GetIndex(), -1);
+    EXPECT_EQ(a->GetNodeString(), wxS(""));
+    document.DeleteNode(a->GetXmlNode());
+}
+
 TEST_F(XmlNodeQueryTest, previous_of_the_first_child_is_the_empty_node)
 {
     EXPECT_EQ(Root("<r><a/><b/></r>")->GetRawChildren()->GetRawPrevious(), Empty());

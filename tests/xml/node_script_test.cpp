@@ -1,5 +1,5 @@
 #include "tests/script/script_fixture.h"
-#include "xml/xml_node.h"
+#include "xml/xml_document.h"
 
 #include <algorithm>
 #include <string>
@@ -119,6 +119,16 @@ TEST_F(XmlNodeScriptTest, the_table_has_these_methods_in_this_order)
     ASSERT_EQ(names.size(), std::size(Methods));
     for (std::size_t i = 0; i < names.size(); ++i)
         EXPECT_EQ(names[i], Methods[i].name);
+}
+
+TEST_F(XmlNodeScriptTest, the_class_is_named_and_built_on_the_common_one)
+{
+    CXmlDocument document;
+    EXPECT_STREQ(CXmlNode::m_JSMap.name, "CXmlNode");
+    EXPECT_EQ(CXmlNode::m_JSMap.parent, &CJScriptLink::ms_JSClass);
+    EXPECT_EQ(CXmlNode::m_JSMap.entries, CXmlNode::m_JSMapEntries);
+    EXPECT_EQ(document.GetEmptyNode()->GetJSMap(), &CXmlNode::m_JSMap);
+    EXPECT_EQ(document.GetEmptyNode()->GetJSLink()->GetClass(), &CXmlNode::ms_JSClass);
 }
 
 TEST_F(XmlNodeScriptTest, script_does_not_make_nodes)
