@@ -10,10 +10,11 @@
 
 bool CTextLines::OnOpen(const wxString& path, wxTextBufferOpenMode mode)
 {
-    m_fd =
-        mode == ReadAccess ? vcq::detail::OpenToRead(ToSystemName(path)) : vcq::detail::OpenEmpty(ToSystemName(path));
+    const std::string name = ToSystemName(path);
+    const bool reads = mode == ReadAccess;
+    m_fd = reads ? vcq::detail::OpenToRead(name) : vcq::detail::OpenEmpty(name);
     if (!m_fd.IsOpen())
-        wxLogSysError(wxS("can't open file '%s'"), path);
+        wxLogSysError(reads ? wxS("can't open file '%s'") : wxS("can't create file '%s'"), path);
     return m_fd.IsOpen();
 }
 

@@ -2,6 +2,7 @@
 #include "script/text_file.h"
 #include "script/value_conversion.h"
 #include "tests/script/script_fixture.h"
+#include "tests/support/log_capture.h"
 #include "tests/support/temp_directory.h"
 
 #include <filesystem>
@@ -205,6 +206,18 @@ TEST_F(TextFileTest, AFileThatCannotBeWrittenFails)
     EXPECT_FALSE(file.WriteLn("x"));
     EXPECT_FALSE(file.Clear());
     EXPECT_FALSE(std::filesystem::exists(temp.Path("folder")));
+}
+
+TEST_F(TextFileTest, TheLogSaysWhatCouldNotBeDone)
+{
+    const wxString path = Name("nowhere/a.txt");
+    LogCapture log;
+    EXPECT_FALSE(file.Create(path));
+    EXPECT_FALSE(file.Open(path));
+    const std::vector<wxString> errors = log.Errors();
+    ASSERT_EQ(errors.size(), 2U);
+    EXPECT_TRUE(errors[0].StartsWith("can't create file '" + path + "'")) << errors[0];
+    EXPECT_TRUE(errors[1].StartsWith("can't open file '" + path + "'")) << errors[1];
 }
 
 TEST_F(TextFileTest, AFolderIsNoFile)
