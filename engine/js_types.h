@@ -229,11 +229,8 @@ using JSNumberFieldOp = JSNumberField (*)(void* data, jsval id);
 struct JSNumber
 {
     JSNumberField::Type type; ///< which of the two below it is, if any
-    union
-    {
-        jsint whole;   ///< for JSNumberField::Int32
-        jsdouble real; ///< for JSNumberField::Double
-    };
+    jsint whole = 0;          ///< for JSNumberField::Int32
+    jsdouble real = 0;        ///< for JSNumberField::Double
 };
 
 /// Does for a native that returns a number what that does, where it can. `data` is the private pointer of script's

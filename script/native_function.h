@@ -258,15 +258,11 @@ template <typename... Types> struct ArePlain<std::tuple<Types...>>
 
 inline JSNumber NumberOf(int value)
 {
-    JSNumber number{JSNumberField::Int32, {}};
-    number.whole = value;
-    return number;
+    return {JSNumberField::Int32, value};
 }
 inline JSNumber NumberOf(double value)
 {
-    JSNumber number{JSNumberField::Double, {}};
-    number.real = value;
-    return number;
+    return {JSNumberField::Double, 0, value};
 }
 
 template <typename Tuple, std::size_t... I>
@@ -279,7 +275,7 @@ bool ReadArguments([[maybe_unused]] const jsval* argv, [[maybe_unused]] Tuple& a
 template <auto Function> JSNumber CallForNumber(void* data, uintN argc, const jsval* argv)
 {
     using Traits = FunctionTraits<decltype(Function)>;
-    constexpr JSNumber none{JSNumberField::None, {}};
+    constexpr JSNumber none{JSNumberField::None};
     auto* const link = static_cast<CJScriptLink*>(data);
     typename Traits::ArgumentTuple arguments;
     if (argc != Traits::count || !ReadArguments(argv, arguments, std::make_index_sequence<Traits::count>()) ||

@@ -341,9 +341,9 @@ JSNumber Quick(void* data, uintN argc, const jsval* argv)
 {
     auto* numbers = static_cast<Numbers*>(data);
     if (argc != 1 || !JSVAL_IS_INT(argv[0]))
-        return {JSNumberField::None, {}};
+        return {JSNumberField::None};
     EXPECT_TRUE(JSVAL_IS_OBJECT(JS_ARGV_THIS(argv)) && JSVAL_IS_OBJECT(JS_ARGV_CALLEE(argv)));
-    JSNumber number{JSNumberField::Int32, {}};
+    JSNumber number{JSNumberField::Int32};
     number.whole = numbers->whole + JSVAL_TO_INT(argv[0]);
     if (JSVAL_TO_INT(argv[0]) == -1) {
         number.type = JSNumberField::Double;
