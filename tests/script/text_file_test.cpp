@@ -2,7 +2,6 @@
 #include "script/text_file.h"
 #include "script/value_conversion.h"
 #include "tests/script/script_fixture.h"
-#include "tests/support/log_capture.h"
 #include "tests/support/temp_directory.h"
 
 #include <filesystem>
@@ -211,7 +210,6 @@ TEST_F(TextFileTest, AFileThatCannotBeWrittenFails)
 TEST_F(TextFileTest, TheLogSaysWhatCouldNotBeDone)
 {
     const wxString path = Name("nowhere/a.txt");
-    LogCapture log;
     EXPECT_FALSE(file.Create(path));
     EXPECT_FALSE(file.Open(path));
     const std::vector<wxString> errors = log.Errors();
