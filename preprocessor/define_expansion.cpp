@@ -54,7 +54,7 @@ long CPreprocessor::ApplyDefine(const wxString& name, wxString& result)
     const std::wstring_view word(name.wx_str(), name.length());
     const _DefineInfo* const define = m_defines.Find(word);
     if (!define) {
-        Fail(wxString::Format(wxS("\"%s\" is not defined !"), name), nullptr);
+        Fail(NotDefined(name), nullptr);
         return 1;
     }
     const wchar_t* const nothing = L"";
@@ -139,7 +139,7 @@ long CPreprocessor::ReplaceDefines(const wchar_t* at, const wchar_t* end, wxStri
         const _DefineInfo* const define = m_defines.Find(name);
         if (!define) {
             if (!m_partial) {
-                Fail(wxString::Format(wxS("\"%s\" is not defined !"), wxString(word, after - word)), position.m_unit);
+                Fail(NotDefined(wxString(word, after - word)), position.m_unit);
                 return 1;
             }
             status = 1;
@@ -194,9 +194,8 @@ long CPreprocessor::SplitArguments(const wxString& name, const wchar_t*& at, con
         } else if (*p == L',' && !nested)
             add(p, true);
     }
-    return Fail(
-        wxString::Format(wxS("\"%s\" did not find end of parameters in %s !"), name, wxString(open, end - open)),
-        UnitOf(position));
+    return Fail(wxS('"') + name + wxS("\" did not find end of parameters in ") + wxString(open, end - open) + wxS(" !"),
+                UnitOf(position));
 }
 
 long CPreprocessor::GetParams(wxString name, const wchar_t*& at, const wchar_t* end, wxArrayString& params,

@@ -33,3 +33,10 @@ constexpr const wchar_t* DefinedWord = L"defined";
 
 /// The characters that TrimLeft and TrimRight take off lines and values.
 constexpr const wchar_t* TrimSet = L" \t\n\r";
+
+/// The message for a name that stands for nothing. Put together, since formatting tries one size of its buffer after
+/// the other, and a name may be as long as a text.
+inline wxString NotDefined(const wxString& name)
+{
+    return wxS('"') + name + wxS("\" is not defined !");
+}
