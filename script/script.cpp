@@ -240,14 +240,18 @@ void CJScript::CallOnDestroyFunctions()
 
 void CJScript::CallOnDestroy(JSFunction* function, CJScriptLink* link)
 {
-    if (m_timeLimit.count() > 0 && m_onDestroyTime >= m_timeLimit)
-        return;
-    const auto start = std::chrono::steady_clock::now();
-    const bool isInner = std::exchange(m_callsOnDestroy, true);
-    CallWithRet(function, link, nullptr, 0, nullptr);
-    m_callsOnDestroy = isInner;
+    const auto now = [] { return std::chrono::steady_clock::now().time_since_epoch(); };
+    const bool isInner = m_callsOnDestroy;
+    // While functions are called, the time is less the moment when they began: those that others cause count at once.
     if (!isInner)
-        m_onDestroyTime += std::chrono::steady_clock::now() - start;
+        m_onDestroyTime -= now();
+    if (m_timeLimit.count() == 0 || m_onDestroyTime + now() < m_timeLimit) {
+        m_callsOnDestroy = true;
+        CallWithRet(function, link, nullptr, 0, nullptr);
+        m_callsOnDestroy = isInner;
+    }
+    if (!isInner)
+        m_onDestroyTime += now();
 }
 
 void CJScript::ForgetKeptFunctions()
