@@ -172,6 +172,13 @@ CASES = [
          text("#define A xx\n#for i 1;100;1\n#redefine A #A#A\n#endfor\n"),
          error='in.txt (LOOP l.2):1: error: "A" : More than 268435456 characters after replacing defines !', mib=2500,
          seconds=10),
+    Case("defines_of_one_long_value",
+         numbered("#define A0 12345678\n", "#define A@ #A^#A^", 23, "".join(f"#define B{i} #A23\n" for i in range(16))),
+         error='in.txt:31: error: "B6" : More than 536870912 characters in the values of all defines !', mib=2600,
+         seconds=10),
+    Case("loop_of_10_9_passes_over_a_line_of_10_mb",
+         text("#for i 1;1000000000;1\n", ("word ", 2 * MIB), "\n#endfor\n"), seconds=10, mib=200,
+         error="in.txt (LOOP l.1):1: error: More than 4294967296 bytes added by directives !"),
 
     # Scripts.
     endless("a_condition", "#if @", " @", CONDITION),

@@ -239,7 +239,7 @@ long CPreprocessor::PreprocessCondition(wxString& condition)
 
 long CPreprocessor::RewriteDefined(const wxString& condition, wxString& result) const
 {
-    const std::wstring_view text(condition.wx_str(), condition.length());
+    const std::wstring_view text = text_detail::View(condition);
     const std::wstring_view word(DefinedWord);
     const wchar_t* const begin = text.data();
     const wchar_t* const end = begin + text.size();

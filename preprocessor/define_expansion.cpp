@@ -13,7 +13,9 @@
 using text_detail::FindClosingQuote;
 using text_detail::IsBlank;
 using text_detail::IsQuote;
+using text_detail::Joined;
 using text_detail::SkipWord;
+using text_detail::View;
 
 namespace
 {
@@ -51,10 +53,10 @@ private:
 long CPreprocessor::ApplyDefine(const wxString& name, wxString& result)
 {
     result.clear();
-    const std::wstring_view word(name.wx_str(), name.length());
+    const std::wstring_view word = View(name);
     const _DefineInfo* const define = m_defines.Find(word);
     if (!define) {
-        Fail(NotDefined(name), nullptr);
+        Fail(NotDefined(word), nullptr);
         return 1;
     }
     const wchar_t* const nothing = L"";
@@ -139,7 +141,7 @@ long CPreprocessor::ReplaceDefines(const wchar_t* at, const wchar_t* end, wxStri
         const _DefineInfo* const define = m_defines.Find(name);
         if (!define) {
             if (!m_partial) {
-                Fail(NotDefined(wxString(word, after - word)), position.m_unit);
+                Fail(NotDefined(name), position.m_unit);
                 return 1;
             }
             status = 1;
@@ -194,8 +196,8 @@ long CPreprocessor::SplitArguments(const wxString& name, const wchar_t*& at, con
         } else if (*p == L',' && !nested)
             add(p, true);
     }
-    return Fail(wxS('"') + name + wxS("\" did not find end of parameters in ") + wxString(open, end - open) + wxS(" !"),
-                UnitOf(position));
+    const std::wstring_view rest(open, end - open);
+    return Fail(Joined({L"\"", View(name), L"\" did not find end of parameters in ", rest, L" !"}), UnitOf(position));
 }
 
 long CPreprocessor::GetParams(wxString name, const wchar_t*& at, const wchar_t* end, wxArrayString& params,
@@ -311,7 +313,7 @@ bool CParamSubstitution::Append(wxString& result, const wchar_t* from, size_t le
 
 long CParamSubstitution::FailExpansion()
 {
-    return m_pp.FailExpansion(std::wstring_view(m_name.wx_str(), m_name.length()), m_position);
+    return m_pp.FailExpansion(View(m_name), m_position);
 }
 
 /// `at` is at the "(" and moves behind the ")".

@@ -1,16 +1,14 @@
 #include "preprocessor/define_table.h"
 
 #include "preprocessor/name_hash_detail.h"
+#include "preprocessor/text_span_detail.h"
+
+using text_detail::View;
 
 namespace
 {
 
 constexpr size_t FewestSlots = 64;
-
-std::wstring_view View(const wxString& name)
-{
-    return std::wstring_view(name.wx_str(), name.length());
-}
 
 } // namespace
 

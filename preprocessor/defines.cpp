@@ -4,11 +4,14 @@
 #include "preprocessor/name_list_detail.h"
 #include "preprocessor/preprocessor.h"
 #include "preprocessor/text_detail.h"
+#include "preprocessor/text_span_detail.h"
 
 #include <algorithm>
 #include <string>
 #include <string_view>
 #include <unordered_set>
+
+using text_detail::View;
 
 namespace
 {
@@ -20,11 +23,6 @@ wxString FormatDefine(const wxString& name, const _DefineInfo& define)
     if (!define.params.empty())
         text << wxS("(") << wxJoin(define.params, wxS(','), wxS('\0')) << wxS(")");
     return text << wxS(" ") << define.value;
-}
-
-std::wstring_view Name(const wxString& name)
-{
-    return std::wstring_view(name.wx_str(), name.length());
 }
 
 std::wstring_view WordAt(const wchar_t* at, const wchar_t* end)
@@ -48,7 +46,7 @@ std::wstring_view DefinedName(const wchar_t* at, const wchar_t* end)
 
 void CPreprocessor::AddDefine(const wxString& name, const wxString& value, wxArrayString params)
 {
-    const _DefineInfo* const known = m_defines.Find(Name(name));
+    const _DefineInfo* const known = m_defines.Find(View(name));
     if (!known) {
         _DefineInfo define{params, value, wxString()};
         m_defines.Set(name, define);
@@ -60,12 +58,12 @@ void CPreprocessor::AddDefine(const wxString& name, const wxString& value, wxArr
 
 void CPreprocessor::RemoveDefine(const wxString& name)
 {
-    m_defines.Erase(Name(name));
+    m_defines.Erase(View(name));
 }
 
 bool CPreprocessor::HasDefine(const wxString& name) const
 {
-    return m_defines.Find(Name(name)) != nullptr;
+    return m_defines.Find(View(name)) != nullptr;
 }
 
 void CPreprocessor::CopyDefineTo(CPreprocessor* other)
@@ -140,7 +138,7 @@ void CPreprocessor::KeepDefine(CDirectiveLine& line, const wxString& name, const
 
 long CPreprocessor::StoreDefine(CDirectiveLine& line, const wxString& name, _DefineInfo& define)
 {
-    const _DefineInfo* const known = m_defines.Find(Name(name));
+    const _DefineInfo* const known = m_defines.Find(View(name));
     const size_t before = known ? known->value.length() : 0;
     const size_t length = define.value.length();
     if (length > before && m_defines.ValuesLength() - before + length > m_limits.definesLength)
@@ -162,7 +160,7 @@ long CPreprocessor::DirectiveDefine(CDirectiveLine& line)
         KeepDefine(line, name, define);
         return 0;
     }
-    const _DefineInfo* const known = m_defines.Find(Name(name));
+    const _DefineInfo* const known = m_defines.Find(View(name));
     if (!known)
         return StoreDefine(line, name, define);
     if (known->value != define.value)
@@ -188,7 +186,7 @@ long CPreprocessor::DirectiveRedefine(CDirectiveLine& line)
     const long result = ReadDefine(line, name, define);
     if (result < 0)
         return result;
-    if (!m_defines.Find(Name(name)))
+    if (!m_defines.Find(View(name)))
         return FailNotDefined(line, name);
     if (result == 0)
         return StoreDefine(line, name, define);
@@ -200,5 +198,5 @@ long CPreprocessor::DirectiveUndef(CDirectiveLine& line)
 {
     const wchar_t* const at = text_detail::SkipBlanks(line.rest, line.end);
     const wxString name(at, text_detail::SkipWord(at, line.end) - at);
-    return m_defines.Erase(Name(name)) ? 0 : FailNotDefined(line, name);
+    return m_defines.Erase(View(name)) ? 0 : FailNotDefined(line, name);
 }

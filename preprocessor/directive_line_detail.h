@@ -1,8 +1,11 @@
 #pragma once
 
 #include "preprocessor/preprocessor.h"
+#include "preprocessor/text_span_detail.h"
 
 #include <wx/string.h>
+
+#include <string_view>
 
 /// A "#" construct on a line, as its handler sees it. The pointers are into the line's text; the handlers of directives
 /// own the rest of the line, so the scan resumes at its end.
@@ -34,9 +37,8 @@ constexpr const wchar_t* DefinedWord = L"defined";
 /// The characters that TrimLeft and TrimRight take off lines and values.
 constexpr const wchar_t* TrimSet = L" \t\n\r";
 
-/// The message for a name that stands for nothing. Put together, since formatting tries one size of its buffer after
-/// the other, and a name may be as long as a text.
-inline wxString NotDefined(const wxString& name)
+/// The message for a name that stands for nothing.
+inline wxString NotDefined(std::wstring_view name)
 {
-    return wxS('"') + name + wxS("\" is not defined !");
+    return text_detail::Joined({L"\"", name, L"\" is not defined !"});
 }

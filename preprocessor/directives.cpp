@@ -83,7 +83,7 @@ long CPreprocessor::ApplyUse(CDirectiveLine& line)
         if (result != 1)
             return result;
     } else if (!m_partial)
-        return Fail(NotDefined(line.Word()), line.position.m_unit);
+        return Fail(NotDefined(name), line.position.m_unit);
     line.output.append(line.at, after - line.at);
     m_wasPartial = true;
     return 0;

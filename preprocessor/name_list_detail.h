@@ -1,6 +1,7 @@
 #pragma once
 
 #include "preprocessor/name_hash_detail.h"
+#include "preprocessor/text_span_detail.h"
 
 #include <wx/arrstr.h>
 #include <wx/defs.h>
@@ -104,10 +105,7 @@ private:
             m_hasEqualNames = true;
     }
 
-    std::wstring_view View(size_t index) const
-    {
-        return std::wstring_view(m_names[index].wx_str(), m_names[index].length());
-    }
+    std::wstring_view View(size_t index) const { return text_detail::View(m_names[index]); }
 
     const wxArrayString& m_names;
     mutable std::vector<Slot> m_slots; ///< A power of two of them, made by the first lookup that needs them.

@@ -6,6 +6,8 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <initializer_list>
+#include <string_view>
 
 /// A text seen as a run of characters, for operations that work through it once.
 namespace text_detail
@@ -54,6 +56,26 @@ inline void Append(wxString& out, const wchar_t* begin, const wchar_t* end)
 inline wxString Copy(const wchar_t* begin, const wchar_t* end)
 {
     return wxString(begin, static_cast<size_t>(end - begin));
+}
+
+/// The characters of a text, as long as it is neither changed nor destroyed.
+inline std::wstring_view View(const wxString& text)
+{
+    return std::wstring_view(text.wx_str(), text.length());
+}
+
+/// One text made of several. For messages that quote the input, which may be as long as memory allows: formatting tries
+/// one size of its buffer after the other, and each sum of two texts is one more copy.
+inline wxString Joined(std::initializer_list<std::wstring_view> parts)
+{
+    size_t length = 0;
+    for (const std::wstring_view part : parts)
+        length += part.size();
+    wxString text;
+    text.reserve(length);
+    for (const std::wstring_view part : parts)
+        text.append(part.data(), part.size());
+    return text;
 }
 
 inline size_t CountChar(const Span& text, wchar_t character)

@@ -100,8 +100,9 @@ void Diagnostics::ReportFailure(const CParser& parser)
     wxString message;
     const CParserUnit* unit = nullptr;
     parser.GetLastError(&message, &unit);
-    Diagnostic diagnostic = unit ? Diagnostic{} : FailureHere(message);
-    diagnostic.message = message;
+    // A message quotes the input, whose lines can be hundreds of megabytes long.
+    Diagnostic diagnostic = unit ? Diagnostic{} : FailureHere(wxString());
+    diagnostic.message.swap(message);
     if (unit && unit->m_file) {
         diagnostic.place = PlaceOf(*unit);
         diagnostic.text = unit->m_text;
