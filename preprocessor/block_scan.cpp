@@ -64,9 +64,10 @@ private:
     long StoreOutput();
     long StorePlainUnit(CParserUnit& unit);
     bool IsAtLine() const;
-    void SetText(const wchar_t* text, size_t length);
+    bool EncodeLine(const wchar_t* text, size_t length);
+    void SetText(const wchar_t* text, size_t length, bool fitsLine);
     long Remove();
-    size_t BytesLonger(const wchar_t* text, size_t length) const;
+    size_t SourceBytes() const;
     long NoteAdded(size_t bytes);
 
     CPreprocessor& m_pp;
@@ -264,7 +265,8 @@ long CBlockScan::StoreLine()
         m_output.clear();
         vcq::detail::AppendUtf8(m_output, begin, text.size());
         m_output = CPreprocessor::ConcatQuotes(m_output);
-        SetText(m_output.wx_str(), m_output.length());
+        const wchar_t* const joined = m_output.wx_str();
+        SetText(joined, m_output.length(), EncodeLine(joined, m_output.length()));
     } else
         m_lines.SetLine(m_position.m_index,
                         m_kept.IsJoined() ? m_lines.Peek(m_position.m_index).text->Keep(text) : text);
@@ -288,10 +290,12 @@ long CBlockScan::StoreOutput()
         end = begin + m_output.length();
     }
     const auto length = static_cast<size_t>(end - begin);
-    const size_t added = m_isNested ? Utf8Length(begin, length) : BytesLonger(begin, length);
-    if ((m_isNested || added != 0) && NoteAdded(added) != 0)
+    const bool fitsLine = EncodeLine(begin, length);
+    const size_t before = m_isNested ? 0 : SourceBytes();
+    const size_t after = fitsLine ? m_buffers->bytes.size() : Utf8Length(begin, length);
+    if ((m_isNested || after > before) && NoteAdded(after - before) != 0)
         return -1;
-    SetText(begin, length);
+    SetText(begin, length, fitsLine);
     ++m_position.m_index;
     return 0;
 }
@@ -313,13 +317,11 @@ long CBlockScan::StorePlainUnit(CParserUnit& unit)
     return 0;
 }
 
-/// How many bytes a text has more than the line that it was made of.
-size_t CBlockScan::BytesLonger(const wchar_t* text, size_t length) const
+/// The bytes of the line that is the source of the current one.
+size_t CBlockScan::SourceBytes() const
 {
-    const CWideLine& source = m_buffers->source;
-    const size_t before = Utf8Length(source.Begin(), source.Length());
-    const size_t bytes = Utf8Length(text, length);
-    return bytes > before ? bytes - before : 0;
+    return IsAtLine() ? m_lines.Peek(m_position.m_index).Line().size()
+                      : Utf8Length(m_buffers->source.Begin(), m_buffers->source.Length());
 }
 
 /// Counts the bytes that the current line adds.
@@ -339,12 +341,19 @@ bool CBlockScan::IsAtLine() const
     return !m_position.m_unit.IsMade() && m_lines.Peek(m_position.m_index).IsLine();
 }
 
-void CBlockScan::SetText(const wchar_t* text, size_t length)
+/// Writes a text into the buffer of bytes when it can be that of the current slot's line.
+bool CBlockScan::EncodeLine(const wchar_t* text, size_t length)
 {
     std::string& bytes = m_buffers->bytes;
     bytes.clear();
-    if (IsAtLine() && vcq::detail::AppendExactUtf8(bytes, text, length) && bytes.size() <= CLineText::LargestText)
-        m_lines.SetLine(m_position.m_index, m_lines.Peek(m_position.m_index).text->Keep(bytes));
+    return IsAtLine() && vcq::detail::AppendExactUtf8(bytes, text, length) && bytes.size() <= CLineText::LargestText;
+}
+
+/// Makes a text that of the current line, or, when EncodeLine has refused it, of its unit.
+void CBlockScan::SetText(const wchar_t* text, size_t length, bool fitsLine)
+{
+    if (fitsLine)
+        m_lines.SetLine(m_position.m_index, m_lines.Peek(m_position.m_index).text->Keep(m_buffers->bytes));
     else
         m_position.m_unit->m_text.assign(text, length);
 }

@@ -136,12 +136,20 @@ void CPreprocessor::KeepDefine(CDirectiveLine& line, const wxString& name, const
     m_wasPartial = true;
 }
 
-long CPreprocessor::StoreDefine(CDirectiveLine& line, const wxString& name, _DefineInfo& define)
+/// Whether the values of all defines stay within their limit when a name gets this one.
+bool CPreprocessor::HasRoomFor(const wxString& name, const wxString& value) const
 {
+    const size_t length = m_defines.ValuesLength() + value.length();
+    if (length <= m_limits.definesLength)
+        return true;
     const _DefineInfo* const known = m_defines.Find(View(name));
     const size_t before = known ? known->value.length() : 0;
-    const size_t length = define.value.length();
-    if (length > before && m_defines.ValuesLength() - before + length > m_limits.definesLength)
+    return value.length() <= before || length - before <= m_limits.definesLength;
+}
+
+long CPreprocessor::StoreDefine(CDirectiveLine& line, const wxString& name, _DefineInfo& define)
+{
+    if (!HasRoomFor(name, define.value))
         return Fail(wxString::Format(wxS("\"%s\" : More than %lu characters in the values of all defines !"), name,
                                      static_cast<unsigned long>(m_limits.definesLength)),
                     line.position.m_unit);

@@ -2,7 +2,6 @@
 
 #include <chrono>
 #include <cstddef>
-#include <cstring>
 #include <exception>
 #include <random>
 
@@ -46,31 +45,28 @@ std::uint64_t Fold(std::uint64_t left, std::uint64_t right)
     return static_cast<std::uint64_t>(product) ^ static_cast<std::uint64_t>(product >> 64);
 }
 
-struct Block
+/// Two characters, or one: names are short, and to copy a number of bytes only known here would be a call.
+std::uint64_t Word(const wchar_t* at, size_t left)
 {
-    std::uint64_t words[2] = {};
-};
-
-Block BlockAt(const wchar_t* at, size_t size)
-{
-    Block block;
-    std::memcpy(block.words, at, size * sizeof(wchar_t));
-    return block;
+    static_assert(sizeof(wchar_t) * 2 == sizeof(std::uint64_t));
+    const std::uint64_t first = left > 0 ? static_cast<std::uint32_t>(at[0]) : 0;
+    const std::uint64_t second = left > 1 ? static_cast<std::uint32_t>(at[1]) : 0;
+    return first | (second << 32);
 }
 
 } // namespace
 
 std::uint64_t HashOfName(std::wstring_view name)
 {
-    constexpr size_t whole = sizeof(Block) / sizeof(wchar_t);
+    constexpr size_t whole = 4;
     const HashKeys& keys = Keys();
     std::uint64_t hash = keys.start ^ name.size();
-    const auto add = [&](const Block& block) { hash = Fold(block.words[0] ^ keys.first, block.words[1] ^ hash); };
+    const auto add = [&](std::uint64_t first, std::uint64_t second) { hash = Fold(first ^ keys.first, second ^ hash); };
     const wchar_t* at = name.data();
     size_t left = name.size();
     for (; left >= whole; left -= whole, at += whole)
-        add(BlockAt(at, whole));
+        add(Word(at, 2), Word(at + 2, 2));
     if (left != 0)
-        add(BlockAt(at, left));
+        add(Word(at, left), left > 2 ? Word(at + 2, left - 2) : 0);
     return Fold(hash, keys.last);
 }

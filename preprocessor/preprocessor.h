@@ -332,6 +332,7 @@ private:
     long ReadDefine(CDirectiveLine& line, wxString& name, _DefineInfo& define);
     void KeepDefine(CDirectiveLine& line, const wxString& name, const _DefineInfo& define);
     long FailNotDefined(CDirectiveLine& line, const wxString& name);
+    bool HasRoomFor(const wxString& name, const wxString& value) const;
     long StoreDefine(CDirectiveLine& line, const wxString& name, _DefineInfo& define);
     long SplitArguments(const wxString& name, const wchar_t*& at, const wchar_t* end, wxArrayString& arguments,
                         const _BlockPosition* position);
