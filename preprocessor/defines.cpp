@@ -117,10 +117,10 @@ long CPreprocessor::ReadDefine(CDirectiveLine& line, wxString& name, _DefineInfo
     const wchar_t* const nameStart = at;
     at = text_detail::SkipWord(at, line.end);
     name.assign(nameStart, at - nameStart);
-    if (name.empty())
-        return Fail(
-            wxString::Format(wxS("No Define name in line: %.*s"), static_cast<int>(line.end - line.at), line.at),
-            line.position.m_unit);
+    if (name.empty()) {
+        const CParserUnit* const unit = line.position.m_unit;
+        return Fail(wxS("No Define name in line: ") + unit->m_text, unit);
+    }
     if (SplitArguments(name, at, line.end, define.params, &line.position) != 0)
         return -1;
     const wchar_t* end = line.end;

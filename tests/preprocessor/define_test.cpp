@@ -45,6 +45,12 @@ TEST_F(DefineTest, ADefineNeedsAName)
         EXPECT_EQ(Failure(std::string("No Define name in line: ") + line, 2), Run(wxString("a\n") + line)) << line;
 }
 
+TEST_F(DefineTest, TheMessageAboutAMissingNameShowsTheWholeLine)
+{
+    for (const char* const line : {"  #define (a) b", "\t/* c */ #define ", " #redefine\t"})
+        EXPECT_EQ(Failure(std::string("No Define name in line: ") + line, 1), Run(line)) << line;
+}
+
 TEST_F(DefineTest, TheValueIsTheTrimmedRestOfTheLine)
 {
     const struct
