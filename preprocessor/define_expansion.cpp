@@ -65,7 +65,8 @@ long CPreprocessor::ApplyDefine(const wxString& name, wxString& result)
 }
 
 /// Reads the arguments of a define at `at` and appends its expansion.
-/// @return 0; 1 when partial mode could not resolve an argument (nothing is appended); -1 after a recorded error.
+/// @return 0; 1 when partial mode could not resolve an argument or what a conditional text asks for (nothing is
+/// appended); -1 after a recorded error.
 long CPreprocessor::ExpandUse(std::wstring_view word, const _DefineInfo& define, const wchar_t*& at, const wchar_t* end,
                               const _BlockPosition* position, bool quote, wxString& result)
 {
@@ -85,10 +86,13 @@ long CPreprocessor::ExpandUse(std::wstring_view word, const _DefineInfo& define,
                                      static_cast<unsigned long>(define.params.size()),
                                      static_cast<unsigned long>(arguments.size())),
                     UnitOf(position));
+    const size_t before = result.length();
     if (quote)
         result.append(1, wxUniChar(L'"'));
     const long status = ReplaceParams(name, result, define, arguments, m_parser, position);
-    if (quote)
+    if (status == 1)
+        result.Truncate(before);
+    else if (quote)
         result.append(1, wxUniChar(L'"'));
     return status;
 }
@@ -292,8 +296,8 @@ long CParamSubstitution::Substitute(const wchar_t* at, const wchar_t* end, wxStr
         if (quote)
             result.append(1, wxUniChar(L'"'));
         if (conditional) {
-            if (SubstituteConditional(after, end, result) != 0)
-                return -1;
+            if (const long status = SubstituteConditional(after, end, result))
+                return status;
         } else if (!Append(result, m_arguments[param].wx_str(), m_arguments[param].length()))
             return FailExpansion();
         if (quote)
@@ -335,8 +339,8 @@ long CParamSubstitution::SubstituteConditional(const wchar_t*& at, const wchar_t
     if (close == end)
         return FailConditional(wxS("close parenthesis"));
     bool value = false;
-    if (Choose(condition, question, value) != 0)
-        return -1;
+    if (const long status = Choose(condition, question, value))
+        return status;
     at = close + 1;
     return value ? Substitute(question + 1, colon, result) : Substitute(colon + 1, close, result);
 }
@@ -344,10 +348,11 @@ long CParamSubstitution::SubstituteConditional(const wchar_t*& at, const wchar_t
 long CParamSubstitution::Choose(const wchar_t* condition, const wchar_t* question, bool& value)
 {
     wxString text;
-    if (Substitute(condition, question, text) != 0)
-        return -1;
+    if (const long status = Substitute(condition, question, text))
+        return status;
     wxString expression = text;
-    m_pp.PreprocessCondition(expression);
+    if (m_pp.PreprocessCondition(expression) == 1)
+        return 1;
     if (m_pp.Scripts().condition.Evaluate(expression, value))
         return 0;
     return m_pp.Fail(

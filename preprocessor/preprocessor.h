@@ -196,7 +196,7 @@ public:
 
     /// Expands one define without arguments into `result`.
     /// @return 0; 1 when there is no such define, -1 when it needs arguments or a condition in it fails (both recorded
-    ///         without unit).
+    ///         without unit). Also 1, with nothing recorded, when partial mode cannot decide a conditional text in it.
     long ApplyDefine(const wxString& name, wxString& result);
 
     /// Adds every define of this table to the other one, as AddDefine does.
@@ -227,7 +227,8 @@ public:
 
     /// Appends the value of a define to `result`, its parameters replaced by the arguments (as many as it declares) and
     /// its conditional texts "#(CONDITION?TRUE:FALSE)" decided by script.
-    /// @return 0, or -1 after a recorded error.
+    /// @return 0; 1 when partial mode cannot decide one of these; -1 after a recorded error. What has been appended then
+    ///         is a part of the value.
     long ReplaceParams(const wxString& name, wxString& result, const _DefineInfo& define,
                        const wxArrayString& arguments, CParser* parser, const _BlockPosition* position);
 

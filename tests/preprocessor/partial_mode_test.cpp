@@ -55,6 +55,19 @@ TEST_F(PartialModeTest, InlineScriptThatAsksForAnUnknownNameIsKept)
     EXPECT_FALSE(pp.WasPartial());
 }
 
+TEST_F(PartialModeTest, ADefineWhoseConditionalTextAsksForAnUnknownNameIsKept)
+{
+    const std::string define = "#define f(n) <#(defined(#n)?yes:no)#n>\n";
+    EXPECT_EQ("a <yesK> #f(U) ##f( U ).\n", Run(define + "a #f(K) #f(U) ##f( U )."));
+    EXPECT_TRUE(pp.WasPartial());
+    EXPECT_EQ("#define g #f(U) 1\n#if #f(U) == 1\n#endif\n", Run("#define g #f(U) #K\n#if #f(U) == 1\n#endif"));
+    EXPECT_EQ("x #{ #f(U) }\n", Run("x #{ #f(U) }"));
+    Define("U=2");
+    pp.ResetPartial();
+    EXPECT_EQ("a <yesU> \"<yesU>\".\n", Run("a #f(U) ##f( U )."));
+    EXPECT_FALSE(pp.WasPartial());
+}
+
 TEST_F(PartialModeTest, KeptSectionsNest)
 {
     const char* const text = "#ifdef U\na\n#ifndef V\nb\n#else\nc\n#endif\n#else\nd\n#endif\n";
