@@ -166,8 +166,9 @@ long CPreprocessor::DirectiveElif(CDirectiveLine& line)
 long CPreprocessor::DecideBranch(CDirectiveLine& line, _IfDefStateInfo& section)
 {
     wxString condition;
-    const long replaced = ReplaceCondition(line, condition);
-    if (replaced < 0)
+    const wxArrayString noNames;
+    const long replaced = ReplaceDefines(line.rest, line.end, condition, line.position, CNameList(noNames));
+    if (replaced < 0 || (replaced == 1 && !m_partial))
         return -1;
     bool value = false;
     if (replaced != 0 || !EvaluateCondition(condition, value))

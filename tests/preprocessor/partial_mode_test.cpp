@@ -133,6 +133,18 @@ TEST_F(PartialModeTest, AnElifOfAResolvedSectionMustBeDecided)
     EXPECT_EQ(Failure("#elseif : Can not evaluate condition:  #U", 2), Run("#if 0\n#elseif #U\n#endif"));
 }
 
+TEST_F(PartialModeTest, AnErrorInTheConditionOfABranchThatMustBeDecidedIsTheOneReported)
+{
+    const Case cases[] = {
+        {"#if 0\n#elif #K(1)\n#endif", "\"K\" requires 0 parameters, but only 1 given !"},
+        {"#if 0\n#elseif #K(\n#endif", "\"K\" did not find end of parameters in ( !"},
+        {"#if 0\n#elif 'x\n#endif", "String not terminated !"},
+        {"#if 0\n#elif #U\n#endif", "#elif : Can not evaluate condition:  #U"},
+    };
+    for (const auto& [text, message] : cases)
+        EXPECT_EQ(Failure(message, 2), Run(text)) << text;
+}
+
 TEST_F(PartialModeTest, AnElifAfterATakenBranchIsNotEvaluated)
 {
     EXPECT_EQ("a\n", Run("#if 1\na\n#elif #U\nb\n#elif )(\nc\n#endif"));
