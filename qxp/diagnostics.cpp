@@ -5,7 +5,6 @@
 
 #include <unistd.h>
 
-#include <algorithm>
 #include <cstdio>
 #include <new>
 #include <set>
@@ -90,9 +89,17 @@ void Diagnostics::Logged(wxLogLevel level, const wxString& message)
     if (level == ScriptErrorLevel)
         m_scriptReports.push_back(message);
     else if (level <= wxLOG_Error)
-        m_keptErrors.push_back({FailureHere(message), std::exchange(m_scriptReports, {})});
+        Keep({FailureHere(message), std::exchange(m_scriptReports, {})});
     else
         Say({Diagnostic::Kind::log, message, {}, {}, {}, {}});
+}
+
+/// What goes wrong again at each repetition is said once, and kept once.
+void Diagnostics::Keep(KeptError error)
+{
+    m_keptErrors.push_back(std::move(error));
+    if (!m_knownErrors.insert(m_keptErrors.back()).second)
+        m_keptErrors.pop_back();
 }
 
 void Diagnostics::ReportFailure(const CParser& parser)
@@ -116,13 +123,16 @@ void Diagnostics::ReportFailure(const CParser& parser)
 /// Takes out of what has been logged what concerns a failure: that begins with the same message.
 std::vector<wxString> Diagnostics::TakeReportsOf(const wxString& failure)
 {
-    const auto ofFailure = std::stable_partition(m_keptErrors.begin(), m_keptErrors.end(), [&](const KeptError& kept) {
-        return !kept.diagnostic.message.StartsWith(failure);
-    });
     std::vector<wxString> reports;
-    for (auto kept = ofFailure; kept != m_keptErrors.end(); ++kept)
+    for (auto kept = m_keptErrors.begin(); kept != m_keptErrors.end();) {
+        if (!kept->diagnostic.message.StartsWith(failure)) {
+            ++kept;
+            continue;
+        }
         reports.insert(reports.end(), kept->reports.begin(), kept->reports.end());
-    m_keptErrors.erase(ofFailure, m_keptErrors.end());
+        m_knownErrors.erase(*kept);
+        kept = m_keptErrors.erase(kept);
+    }
     reports.insert(reports.end(), m_scriptReports.begin(), m_scriptReports.end());
     m_scriptReports.clear();
     return reports;
@@ -177,16 +187,14 @@ void Diagnostics::AddOrigins(const CParserUnit& unit, Diagnostic& diagnostic) co
 
 void Diagnostics::DropErrors()
 {
+    m_knownErrors.clear();
     m_keptErrors.clear();
 }
 
 void Diagnostics::Flush()
 {
-    // What goes wrong again at each repetition is said once.
-    std::set<std::pair<wxString, std::vector<wxString>>> said;
+    m_knownErrors.clear();
     for (KeptError& kept : std::exchange(m_keptErrors, {})) {
-        if (!said.insert({kept.diagnostic.message, kept.reports}).second)
-            continue;
         AddReasons(kept.reports, kept.diagnostic);
         Say(kept.diagnostic);
     }

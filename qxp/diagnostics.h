@@ -8,9 +8,12 @@
 
 #include <chrono>
 #include <functional>
+#include <list>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
+#include <tuple>
 #include <vector>
 
 class CParser;
@@ -77,9 +80,16 @@ private:
     {
         Diagnostic diagnostic;
         std::vector<wxString> reports;
+
+        /// By what people would read.
+        bool operator<(const KeptError& other) const
+        {
+            return std::tie(diagnostic.message, reports) < std::tie(other.diagnostic.message, other.reports);
+        }
     };
 
     void Logged(wxLogLevel level, const wxString& message);
+    void Keep(KeptError error);
     std::vector<wxString> TakeReportsOf(const wxString& failure);
     Diagnostic FailureHere(const wxString& message) const;
     std::optional<DiagnosticPlace> PlaceOf(const CParserUnit& unit) const;
@@ -92,7 +102,8 @@ private:
     bool m_verbose;
     bool m_progressShown = false;
     std::chrono::steady_clock::time_point m_started = std::chrono::steady_clock::now();
-    std::vector<KeptError> m_keptErrors;
+    std::list<KeptError> m_keptErrors; ///< In the order in which they were logged.
+    std::set<std::reference_wrapper<const KeptError>, std::less<const KeptError>> m_knownErrors; ///< The same.
     std::vector<wxString> m_scriptReports;
     std::unique_ptr<Log> m_log;
     wxLog* m_previousLog;
