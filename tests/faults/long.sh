@@ -11,5 +11,6 @@ for program in config_calls_test config_processes_test command_calls_test; do
     "$build/tests/faults/$program" "$@"
 done
 bash "$here/allocations.sh" "$build/qxp/qxp" "$build/tests/faults/libqxp_failing_malloc.so" 50
-"$here/../model/check_directives.py" "$build/tests/model/directives_driver" 4
+"$here/../model/check_directives.py" "$build/tests/model/directives_driver" lines=4 blocks=3 \
+    scan=4 values=4 arguments=4 conditions=3 random_blocks=100
 "$build/tests/faults/soak" 1000000

@@ -1,14 +1,17 @@
 """What the preprocessor makes of a text, said again in the plainest way that the author found.
 
-Only what the small programs of check_directives.py need: comments, strings, defines without parameters, sections,
-loops, includes, and conditions that are a comparison of two numbers or "defined(NAME)"; all of it also in partial mode.
-No inline script; trimming is on. It shares no line and no idea of its making with the preprocessor: it reads a text the way that
-its rules are told, character by character, and is as slow as that.
+Only what the programs of check_directives.py need: comments, strings, defines with and without parameters, conditional
+texts, sections, loops, includes, and the scripts that script.py can evaluate; all of it also in partial mode and without
+trimming. It shares no line and no idea of its making with the preprocessor: it reads a text the way that its rules are
+told, character by character, and is as slow as that.
 
 ANY stands for a part of a result that the rules leave open.
 """
 
 import re
+from collections import namedtuple
+
+from script import ScriptFailure, UNDEFINED, evaluate, is_true, to_text
 
 ANY = "\0any\0"
 
@@ -19,7 +22,10 @@ BLANKS = " \t"
 TRIMMED = " \t\n\r"
 WORD = re.compile(r"[A-Za-z0-9_]*")
 SECTION_WORDS = ("ifdef", "ifndef", "if", "else", "elseifdef", "elif", "elseif", "endif")
-OTHER_WORDS = ("include", "for", "error", "define", "redefine", "undef")
+OTHER_WORDS = ("include", "for", "error", "warning", "define", "redefine", "undef")
+DEFINED = re.compile(r"(?<![A-Za-z0-9_])defined[ \t]*\(([^)]*)\)")
+
+Define = namedtuple("Define", "value origin params")
 
 
 class Failure(Exception):
@@ -60,8 +66,11 @@ class Unresolved(Exception):
         self.text = text
 
 
-def units_of(file, text):
-    return [Unit(file, number, line) for number, line in enumerate(text.split("\n"), 1)]
+def units_of(file, text, keeps_empty):
+    lines = text.replace("\r\n", "\n").replace("\r", "\n").split("\n")
+    if not lines[-1]:
+        lines.pop()
+    return [Unit(file, number, line) for number, line in enumerate(lines, 1) if line or keeps_empty]
 
 
 def is_escaped(text, at):
@@ -82,41 +91,78 @@ def end_of_string(text, at):
 
 
 def join_strings(text):
-    """Double-quoted strings with nothing but blanks between them become one."""
+    """Double-quoted strings with nothing but blanks between them become one. A quote behind a backslash is none here,
+    wherever it stands."""
     result = ""
+    pending = 0
+    examined = -1
+    in_single = is_open = False
     at = 0
     while at < len(text):
-        end = end_of_string(text, at) if text[at] in "\"'" else 0
-        if not end:
-            result += text[at]
+        quote = text[at]
+        if quote not in "\"'":
             at += 1
             continue
-        string = text[at:end]
-        while string[0] == '"':
-            behind = len(text) - len(text[end:].lstrip(BLANKS))
-            next_end = end_of_string(text, behind) if text[behind : behind + 1] == '"' else 0
-            if not next_end:
-                break
-            string = string[:-1] + text[behind + 1 : next_end]
-            end = next_end
-        result += string
-        at = end
-    return result
+        escaped = is_escaped(text[examined + 1 :], at - examined - 1)
+        examined = at
+        at += 1
+        if escaped or (quote == "'" and is_open) or (quote == '"' and in_single):
+            continue
+        if quote == "'":
+            in_single = not in_single
+            continue
+        behind = len(text) - len(text[at:].lstrip(BLANKS))
+        if is_open and text[behind : behind + 1] == '"':
+            result += text[pending:examined]
+            examined = behind
+            pending = at = behind + 1
+        else:
+            is_open = not is_open
+    return result + text[pending:]
+
+
+def find_at_level(text, at, end, what):
+    """The first `what` outside strings and parentheses in front of the parenthesis that closes; -1 without one."""
+    depth = 0
+    while at < end:
+        if text[at] == what and depth == 0:
+            return at
+        if text[at] in "\"'":
+            at = end_of_string(text, at)
+            if not at:
+                return -1
+            continue
+        if text[at] == "(":
+            depth += 1
+        elif text[at] == ")":
+            depth -= 1
+            if depth < 0:
+                return -1
+        at += 1
+    return -1
 
 
 class Preprocessor:
-    def __init__(self, files=None, partial=False):
+    def __init__(self, files=None, partial=False, trims=True):
         self.files = files or {}
         self.partial = partial
+        self.trims = trims
         self.kept_something = False
-        self.defines = {}  # name: (value, context of its definition)
+        self.defines = {}
+        self.warnings = []  # (context, text)
         self.sections = []
         self.base = 0
         self.skipping = False
 
     def run(self, file, text):
         """The kept lines, as (file, line, text)."""
-        return [(unit.file, unit.line, unit.text) for unit in self.block(units_of(file, text))]
+        return [(unit.file, unit.line, unit.text) for unit in self.block(self.units(file, text))]
+
+    def listed_defines(self):
+        return "".join(sorted(f"#define {self.form(name, *self.defines[name])}\n" for name in self.defines))
+
+    def units(self, file, text):
+        return units_of(file, text, keeps_empty=not self.trims)
 
     def block(self, units):
         self.skipping = False
@@ -129,8 +175,8 @@ class Preprocessor:
             self.owner = unit
             output = self.line(unit, comments, waiting, made)
             kept += made
-            output = join_strings(output.strip(TRIMMED))
-            if output:
+            output = join_strings(output.strip(TRIMMED) if self.trims else output)
+            if output or not self.trims:
                 kept.append(Unit(self.owner.file, self.owner.line, output))
         if comments:
             raise Failure(f"Comment not closed (started in {comments[0]})!", ANY)
@@ -191,15 +237,20 @@ class Preprocessor:
             if word in OTHER_WORDS:
                 if self.skipping:
                     return output, len(text)
-                return output + self.kept(getattr(self, "do_" + word)(unit, rest, waiting, made), text[at:]), len(text)
-        end = at + 1 + quoted + len(word)
+                left = self.kept(getattr(self, "do_" + word)(unit, rest, waiting, made), text[at:])
+                return ("" if word == "include" else output) + left, len(text)
+        start = at + 1 + quoted
+        end = start + len(word)
         if self.skipping:
             return output, end
-        if not word and not quoted:
+        if text[start : start + 1] == "{":
+            return self.inline_script(unit, output, at, start + 1, quoted)
+        if not word:
             return output.rstrip(BLANKS), len(text) - len(text[end:].lstrip(BLANKS))
-        try:
-            value = self.value_of(unit, word)
-        except Unresolved:
+        if word not in self.defines:
+            return output + self.unknown(unit, word, text[at:end]), end
+        value, end = self.use(unit, word, text, end)
+        if value is None:
             self.kept_something = True
             return output + text[at:end], end
         return output + (f'"{value}"' if quoted else value), end
@@ -213,55 +264,207 @@ class Preprocessor:
         self.kept_something = True
         return KEEP
 
-    def value_of(self, unit, name):
-        if name not in self.defines and self.partial:
-            raise Unresolved("")
-        if name not in self.defines:
+    def unknown(self, unit, name, text):
+        if not self.partial:
             raise Failure(f'"{name}" is not defined !', unit.context())
-        return self.defines[name][0]
+        self.kept_something = True
+        return text
 
-    def expand(self, unit, text):
-        """A define's value, a condition or the bound of a loop with its defines replaced."""
+    # Expansion
+
+    def expand(self, unit, text, left_alone=()):
+        """A define's value, a condition, a script or the bound of a loop with its defines replaced."""
         result = ""
         at = 0
         unresolved = False
         while at < len(text):
+            end = at + 1
             if text[at] in "\"'":
                 end = end_of_string(text, at)
                 if not end:
                     raise Failure("String not terminated !", unit.context())
+            if text[at] != "#":
                 result += text[at:end]
                 at = end
-            elif text[at] == "#" and text[at + 1 : at + 2] not in ("", " ", "\t", "(", "{"):
-                quoted = text[at + 1] == "#"
-                word = WORD.match(text, at + 1 + quoted).group()
-                end = at + 1 + quoted + len(word)
-                try:
-                    value = self.value_of(unit, word)
-                    result += f'"{value}"' if quoted else value
-                except Unresolved:
-                    result += text[at:end]
-                    unresolved = True
+                continue
+            quoted = text[at + 1 : at + 2] == "#"
+            start = at + 1 + quoted
+            word = WORD.match(text, start).group()
+            end = start + len(word)
+            value = None
+            if text[start : start + 1] in ("", " ", "\t", "(", "{") or word in left_alone:
+                result += text[at:end]
                 at = end
-            else:
-                result += text[at]
-                at += 1
+                continue
+            if word in self.defines:
+                value, end = self.use(unit, word, text, end, left_alone)
+            elif not self.partial:
+                raise Failure(f'"{word}" is not defined !', unit.context())
+            unresolved = unresolved or value is None
+            if value is None:
+                value = text[at:end]
+            elif quoted:
+                value = f'"{value}"'
+            result += value
+            at = end
         if unresolved:
             raise Unresolved(result)
         return result
 
-    def number(self, unit, text):
-        return int(self.expand(unit, text))
+    def arguments(self, unit, name, text, at):
+        """What stands in the parentheses at `at`, if any, and the place behind them."""
+        if text[at : at + 1] != "(":
+            return [], at
+        found = []
+        start = at = at + 1
+        is_nested = False
+        while at < len(text):
+            if text[at] in "\"'":
+                at = end_of_string(text, at)
+                if not at:
+                    break
+                continue
+            if text[at] == "(" and is_nested:
+                raise Failure("CPreprocessor::GetParams multiple nested parenthesis not supported", unit.context())
+            if text[at] in "()" and (is_nested or text[at] == "("):
+                is_nested = not is_nested
+            elif text[at] in ",)" and not is_nested:
+                found.append(text[start:at].strip(TRIMMED))
+                start = at + 1
+                if text[at] == ")":
+                    return ([] if found == [""] else found), start
+            at += 1
+        raise Failure(f'"{name}" did not find end of parameters in {ANY} !', unit.context())
+
+    def use(self, unit, name, text, at, left_alone=()):
+        """The expansion of a define whose arguments stand at `at`, and the place behind them; None for one that cannot
+        be told yet."""
+        define = self.defines[name]
+        arguments = []
+        unresolved = False
+        given, end = self.arguments(unit, name, text, at)
+        for argument in given:
+            try:
+                arguments.append(self.expand(unit, argument, left_alone))
+            except Unresolved:
+                unresolved = True
+            except Failure as failure:
+                reason = f"'{argument}'->'{ANY}' : {failure.message}"
+                raise Failure(f'"{name}" error parsing parameters {reason} !', unit.context()) from None
+        if unresolved:
+            return None, end
+        if len(arguments) != len(define.params):
+            message = f'"{name}" requires {len(define.params)} parameters, but only {len(arguments)} given !'
+            raise Failure(message, unit.context())
+        try:
+            return self.substitute(unit, name, define.value, dict(zip(define.params, arguments))), end
+        except Unresolved:
+            return None, end
+
+    def substitute(self, unit, name, value, arguments):
+        """A define's value with its arguments."""
+        result = ""
+        at = 0
+        while at < len(value):
+            end = at + 1
+            if value[at] in "\"'":
+                end = end_of_string(value, at) or len(value)
+            if value[at] != "#":
+                result += value[at:end]
+                at = end
+                continue
+            quoted = value[at + 1 : at + 2] == "#"
+            start = at + 1 + quoted
+            word = WORD.match(value, start).group()
+            end = start + len(word)
+            part = arguments.get(word)
+            if value[start : start + 1] == "(":
+                part, end = self.chosen_text(unit, name, value, start, arguments)
+            if part is None:
+                part = value[at:end]
+            elif quoted:
+                part = f'"{part}"'
+            result += part
+            at = end
+        return result
+
+    def chosen_text(self, unit, name, value, at, arguments):
+        """What the conditional text whose parenthesis opens at `at` comes to, and the place behind it."""
+        places = [at]
+        for what, sign in (("question", "?"), ("colon", ":"), ("close parenthesis", ")")):
+            places.append(find_at_level(value, places[-1] + 1, len(value), sign))
+            if places[-1] < 0:
+                raise Failure(f"#(param?true:false) : Can not find {what}", unit.context())
+        _, question, colon, close = places
+        condition = self.substitute(unit, name, value[at + 1 : question], arguments)
+        rewritten, is_known = self.rewrite_defined(condition)
+        if not is_known:
+            raise Unresolved(condition)
+        try:
+            holds = is_true(evaluate(rewritten))
+        except ScriptFailure:
+            message = f"#{name} : Can not evaluate question condition: {condition}"
+            raise Failure(message, unit.context()) from None
+        chosen = value[question + 1 : colon] if holds else value[colon + 1 : close]
+        return self.substitute(unit, name, chosen, arguments), close + 1
+
+    # Script
+
+    def rewrite_defined(self, text):
+        """"defined(NAME)" as script; whether partial mode knows all of the names."""
+        is_known = True
+
+        def rewritten(match):
+            nonlocal is_known
+            name = match.group(1).strip(TRIMMED)
+            if name not in self.defines and self.partial:
+                is_known = False
+                return f"defined({name})"
+            return "true" if name in self.defines else "false"
+
+        return DEFINED.sub(rewritten, text), is_known
+
+    def inline_script(self, unit, output, at, start, quoted):
+        text = unit.text
+        end = start
+        while text[end : end + 1] not in ("", "{", "}"):
+            end += 1
+        if end == len(text):
+            raise Failure("#{ needs a } on same line !", unit.context())
+        if text[end] == "{":
+            raise Failure("#{ can not be nested !", unit.context())
+        try:
+            script = self.expand(unit, text[start:end])
+            rewritten, is_known = self.rewrite_defined(script)
+            if not is_known:
+                raise Unresolved(script)
+            value = to_text(evaluate(rewritten))
+        except Unresolved:
+            self.kept_something = True
+            return output + text[at : end + 1], end + 1
+        except ScriptFailure:
+            raise Failure("#{ : Can not evaluate script: " + script, unit.context()) from None
+        return (output.rstrip(TRIMMED) + f'"{value}"' if quoted else output + value), end + 1
+
+    def number(self, unit, text, message):
+        expression = self.expand(unit, text)
+        rewritten, is_known = self.rewrite_defined(expression)
+        if not is_known:
+            raise Unresolved(expression)
+        try:
+            value = evaluate(rewritten)
+        except ScriptFailure:
+            value = None
+        if value is UNDEFINED or not isinstance(value, int) or isinstance(value, bool):
+            raise Failure(message + expression, unit.context())
+        return value
 
     def holds(self, unit, condition):
-        text = self.expand(unit, condition).strip()
-        asked = re.fullmatch(r"\(?\s*defined\s*\(\s*(\w+)\s*\)\s*\)?", text)
-        if asked and self.partial and asked.group(1) not in self.defines:
-            raise Unresolved(self.expand(unit, condition))
-        if asked:
-            return asked.group(1) in self.defines
-        left, right = re.fullmatch(r"\(?\s*(\d+)\s*==\s*(\d+)\s*\)?", text).groups()
-        return int(left) == int(right)
+        text = self.expand(unit, condition)
+        try:
+            return is_true(evaluate(self.rewrite_defined(text)[0]))
+        except ScriptFailure:
+            raise Unresolved(text) from None
 
     # Sections
 
@@ -291,11 +494,22 @@ class Preprocessor:
         return self.open_section(unit, None if self.partial and not is_known else not is_known)
 
     def do_if(self, unit, rest):
+        # In a section that is left out it is not asked; whatever it were, nothing would be kept.
         try:
-            # In a section that is left out it is not asked; whatever it were, nothing would be kept.
-            return self.open_section(unit, self.skipping or self.holds(unit, rest))
-        except Unresolved:
-            return self.open_section(unit, None)
+            holds = self.skipping or self.holds(unit, rest)
+        except Unresolved as unresolved:
+            if not self.partial:
+                raise self.bad_condition(unit, "if", unresolved) from None
+            holds = None
+        except Failure:
+            if not self.partial:
+                raise
+            holds = None
+        return self.open_section(unit, holds)
+
+    @staticmethod
+    def bad_condition(unit, word, unresolved):
+        return Failure(f"#{word} : Can not evaluate condition: {unresolved.text}", unit.context())
 
     def do_else(self, unit, _rest):
         section = self.top(unit, "else", "ifdef")
@@ -322,10 +536,12 @@ class Preprocessor:
                 return f"#{word}" + self.expand(unit, rest)
             except Unresolved as unresolved:
                 return f"#{word}" + unresolved.text
+            except Failure:
+                return f"#{word}" + rest
         try:
             return self.branch(section, lambda: self.holds(unit, rest))
         except Unresolved as unresolved:
-            raise Failure(f"#{word} : Can not evaluate condition: {unresolved.text}", unit.context()) from None
+            raise self.bad_condition(unit, word, unresolved) from None
 
     def do_elseif(self, unit, rest):
         return self.do_elif(unit, rest, "elseif")
@@ -347,27 +563,42 @@ class Preprocessor:
         self.sections.pop()
         return KEEP if section.unresolved else None
 
+    def is_undecided(self):
+        return any(section.unresolved for section in self.sections[self.base :])
+
+    def do_warning(self, unit, rest, _waiting, _made):
+        if self.is_undecided():
+            return self.keep()
+        self.warnings.append((unit.context(), rest))
+        return None
+
     def do_error(self, unit, rest, _waiting, _made):
-        if any(section.unresolved for section in self.sections[self.base :]):
+        if self.is_undecided():
             return self.keep()
         raise Failure(f"ERROR : {rest}", unit.context())
 
     # Defines
 
     def definition(self, unit, rest):
-        """The name, the value as far as it is known, and whether that is all of it."""
+        """The name, the define as far as it is known, and whether that is all of it."""
         rest = rest.lstrip(BLANKS)
         name = WORD.match(rest).group()
         if not name:
             raise Failure(f"No Define name in line: {unit.text}", unit.context())
+        params, end = self.arguments(unit, name, rest, len(name))
         try:
-            return name, self.expand(unit, rest[len(name) :].strip(TRIMMED)), True
+            value, is_known = self.expand(unit, rest[end:].strip(TRIMMED), params), True
         except Unresolved as unresolved:
-            return name, unresolved.text, False
+            value, is_known = unresolved.text, False
+        return name, Define(value, unit.context(), params), is_known
 
-    def kept_definition(self, word, name, value):
+    @staticmethod
+    def form(name, value, _origin, params):
+        return f"{name}({','.join(params)}) {value}" if params else f"{name} {value}"
+
+    def kept_definition(self, word, name, define):
         self.kept_something = True
-        return f"#{word} {name} {value}"
+        return f"#{word} {self.form(name, *define)}"
 
     def not_defined(self, unit, name):
         if self.partial:
@@ -375,22 +606,22 @@ class Preprocessor:
         raise Failure(f'"{name}" not defined!', unit.context())
 
     def do_define(self, unit, rest, _waiting, _made):
-        name, value, is_known = self.definition(unit, rest)
+        name, define, is_known = self.definition(unit, rest)
         if not is_known:
-            return self.kept_definition("define", name, value)
-        before, origin = self.defines.get(name, (value, ""))
-        if before != value:
-            raise Failure(f'"{name}" already defined in {origin} ({value} was {before}) !', unit.context())
-        self.defines.setdefault(name, (value, unit.context()))
+            return self.kept_definition("define", name, define)
+        before = self.defines.setdefault(name, define)
+        if before.value != define.value:
+            values = f"{define.value} was {before.value}"
+            raise Failure(f'"{name}" already defined in {before.origin} ({values}) !', unit.context())
         return None
 
     def do_redefine(self, unit, rest, _waiting, _made):
-        name, value, is_known = self.definition(unit, rest)
+        name, define, is_known = self.definition(unit, rest)
         if name not in self.defines:
             return self.not_defined(unit, name)
         if not is_known:
-            return self.kept_definition("redefine", name, value)
-        self.defines[name] = (value, unit.context())
+            return self.kept_definition("redefine", name, define)
+        self.defines[name] = define
         return None
 
     def do_undef(self, unit, rest, _waiting, _made):
@@ -406,7 +637,7 @@ class Preprocessor:
         """The units of a text of its own, which closes the sections it opens and no others."""
         base = self.base
         self.base = len(self.sections)
-        units = self.block(units_of(file, text))
+        units = self.block(self.units(file, text))
         self.base = base
         return units
 
@@ -444,17 +675,23 @@ class Preprocessor:
 
     def bounds(self, unit, texts):
         """Start, end and step; None when one of them is not known yet."""
+        start, _, rest = texts.partition(";")
+        end, _, step = rest.partition(";")
         numbers = []
-        for text in texts:
+        for word, what, text in (("#if", "start", start), ("for", "end", end), ("for", "step", step)):
             try:
-                numbers.append(self.number(unit, text))
+                numbers.append(self.number(unit, text, f"{word} : Can not evaluate {what}: "))
             except Unresolved:
                 pass
-        return numbers if len(numbers) == len(texts) else None
+        if len(numbers) < 3:
+            return None
+        if numbers[0] <= numbers[1] and numbers[2] <= 0:
+            raise Failure(f"for : Step is not above 0: {ANY}", unit.context())
+        return numbers
 
     def do_for(self, unit, rest, waiting, made):
         name, _, texts = rest.strip(" ").partition(" ")
-        bounds = self.bounds(unit, texts.split(";", 2))
+        bounds = self.bounds(unit, texts)
         body, end = self.take_body(waiting)
         if body is None:
             raise Failure(ANY, ANY)
@@ -467,8 +704,8 @@ class Preprocessor:
             self.owner = end
             return "#endfor"
         first, last, step = bounds
-        for value in range(first, last + 1, step):
-            self.defines[name] = (str(value), ANY)
+        for value in range(first, last + 1, max(step, 1)):
+            self.defines[name] = Define(str(value), ANY, [])
             made += self.nested(label, body)
         self.defines.pop(name, None)
         self.owner = end
