@@ -9,7 +9,7 @@
 #include "xml/xml_node_ref.h"
 
 #include <wx/log.h>
-#include <wx/sstream.h>
+#include <wx/mstream.h>
 #include <wx/xml/xml.h>
 
 #include <utility>
@@ -124,7 +124,9 @@ bool CXmlDocument::Load(wxInputStream& stream, const wxString& encoding, int fla
 
 bool CXmlDocument::SetContent(const wxString& text)
 {
-    wxStringInputStream stream(text);
+    // A string stream would end at the first NUL, as if nothing stood behind it.
+    const wxScopedCharBuffer bytes = text.utf8_str();
+    wxMemoryInputStream stream(bytes.data(), bytes.length());
     return Load(stream, wxS("UTF-8"), wxXMLDOC_NONE);
 }
 

@@ -75,6 +75,15 @@ TEST_F(XmlDocumentTest, text_that_is_not_xml_leaves_no_root)
     EXPECT_FALSE(document.SetContent(wxS("<r/><r/>")));
 }
 
+TEST_F(XmlDocumentTest, a_text_does_not_end_at_a_nul)
+{
+    EXPECT_FALSE(document.SetContent(wxString(wxS("<r/>\0"), 5)));
+    EXPECT_FALSE(document.SetContent(wxString(wxS("<r/>\0<q/>"), 9)));
+    EXPECT_FALSE(document.SetContent(wxString(wxS("<r>\0</r>"), 8)));
+    const std::vector<wxString> refused(3, wxS("XML parsing error: 'not well-formed (invalid token)' at line 1"));
+    EXPECT_EQ(log.Errors(), refused);
+}
+
 TEST_F(XmlDocumentTest, after_a_failed_load_the_tree_is_there_without_a_root)
 {
     EXPECT_FALSE(document.SetContent(wxS("<r")));
