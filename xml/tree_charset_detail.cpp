@@ -7,6 +7,7 @@
 #include <array>
 #include <memory>
 #include <new>
+#include <utility>
 
 namespace xml_detail
 {
@@ -88,7 +89,11 @@ void Describe(std::unique_ptr<MultibyteCharset> charset, XML_Encoding& descripti
 int XMLCALL DescribeCharset(void*, const XML_Char* name, XML_Encoding* description)
 {
     try {
-        Describe(std::make_unique<MultibyteCharset>(wxString::FromUTF8(name)), *description);
+        auto charset = std::make_unique<MultibyteCharset>(wxString::FromUTF8(name));
+        // The converter of an unknown name takes all bytes for Latin-1.
+        if (!charset->converter.IsOk())
+            return XML_STATUS_ERROR;
+        Describe(std::move(charset), *description);
         return XML_STATUS_OK;
     } catch (const std::bad_alloc&) {
         return XML_STATUS_ERROR;

@@ -306,6 +306,23 @@ TEST(tree_reader, refuses_encodings_that_it_cannot_read)
     }
 }
 
+TEST(tree_reader, refuses_encodings_that_nobody_knows)
+{
+    for (const char* name : {"utf_8", "no-such-encoding", "x"}) {
+        const std::string head = std::string("<?xml version='1.0' encoding='") + name + "'?>";
+        ExpectProblem(ReadOurs(head + "<a/>"), "unknown encoding", 1, 31);
+        ExpectProblem(ReadOurs(head + "<a b='\xc3\xbc'/>"), "unknown encoding", 1, 31);
+    }
+}
+
+TEST(tree_reader, knows_the_names_of_latin_1)
+{
+    for (const char* name : {"ISO-8859-1", "iso8859-1", "ISO_8859-1", "latin1", "L1"}) {
+        const ReadResult result = ReadOurs(std::string("<?xml version='1.0' encoding='") + name + "'?><a>\xfc</a>");
+        EXPECT_EQ(RootText(result), L"\xfc") << name;
+    }
+}
+
 TEST(tree_reader, gives_a_hundred_thousand_attributes_in_order)
 {
     std::string text = "<a";
