@@ -100,21 +100,73 @@ void CXmlNode::NoteChildrenChanged()
         m_document->ForgetChildren(m_node);
 }
 
+/// The child at a position; null when there is none. Goes on from the last one that is known.
+wxXmlNode* CXmlNode::ChildAt(int index)
+{
+    std::vector<wxXmlNode*>& first = Known().first;
+    const auto wanted = static_cast<std::size_t>(index);
+    wxXmlNode* node = first.empty() ? m_node->GetChildren() : first.back()->GetNext();
+    for (; first.size() <= wanted && node; node = node->GetNext())
+        first.push_back(node);
+    return wanted < first.size() ? first[wanted] : nullptr;
+}
+
+/// The handle of a node, if there is one that keeps what it learns of the children; null otherwise.
+CXmlNode* CXmlNode::HandleThatKnows(wxXmlNode* node) const
+{
+    const auto known = m_document->m_nodes.find(node);
+    if (known == m_document->m_nodes.end() || known->second->m_node != node || known->second->IsGuest())
+        return nullptr;
+    return known->second;
+}
+
+/// The position among the siblings, of a node that has a parent.
+int CXmlNode::FindPlace() const
+{
+    CXmlNode* const parent = HandleThatKnows(m_node->GetParent());
+    if (!parent)
+        return IndexOf(*m_node->GetParent(), *m_node);
+    if (parent->ChildAt(m_place) == m_node)
+        return m_place;
+    int place = 0;
+    for (const wxXmlNode* child = parent->ChildAt(0); child && child != m_node; child = parent->ChildAt(place))
+        ++place;
+    return place;
+}
+
+int CXmlNode::PlaceAmongSiblings() const
+{
+    return m_place = FindPlace();
+}
+
+/// The handle of a node of which it is known, or likely, where it stands.
+CXmlNode* CXmlNode::AttachAt(wxXmlNode* node, int place) const
+{
+    CXmlNode* const handle = Attach(node);
+    if (node)
+        handle->m_place = place;
+    return handle;
+}
+
 CXmlNode* CXmlNode::GetRawChildren()
 {
-    return Attach(m_node ? m_node->GetChildren() : nullptr);
+    return AttachAt(m_node ? m_node->GetChildren() : nullptr, 0);
 }
 
 CXmlNode* CXmlNode::GetRawNext()
 {
-    return Attach(m_node ? NextOf(*m_node) : nullptr);
+    return m_node ? AttachAt(NextOf(*m_node), m_place + 1) : Attach(nullptr);
 }
 
 CXmlNode* CXmlNode::GetRawPrevious()
 {
-    const wxXmlNode* const parent = m_node ? ParentOf(*m_node) : nullptr;
-    wxXmlNode* previous = parent ? parent->GetChildren() : nullptr;
-    while (previous && previous->GetNext() != m_node)
+    const int place = m_node && ParentOf(*m_node) ? PlaceAmongSiblings() : 0;
+    if (place == 0)
+        return Attach(nullptr);
+    if (CXmlNode* const parent = HandleThatKnows(m_node->GetParent()))
+        return AttachAt(parent->ChildAt(place - 1), place - 1);
+    wxXmlNode* previous = m_node->GetParent()->GetChildren();
+    while (previous->GetNext() != m_node)
         previous = previous->GetNext();
     return Attach(previous);
 }
@@ -167,16 +219,7 @@ CXmlNode* CXmlNode::GetRawItem(int index)
 {
     if (!m_node || index < 0)
         return Attach(nullptr);
-    KnownChildren& known = Known();
-    const bool goOn = known.item && known.index <= index;
-    wxXmlNode* node = goOn ? known.item : m_node->GetChildren();
-    for (int left = index - (goOn ? known.index : 0); node && left > 0; --left)
-        node = node->GetNext();
-    if (node) {
-        known.item = node;
-        known.index = index;
-    }
-    return Attach(node);
+    return AttachAt(ChildAt(index), index);
 }
 
 bool CXmlNode::HasNode(const wxString& name)
@@ -310,16 +353,16 @@ int CXmlNode::GetChildrenDepth() const
 int CXmlNode::GetIndex() const
 {
     const wxXmlNode* const parent = m_node ? ParentOf(*m_node) : nullptr;
-    return parent ? IndexOf(*parent, *m_node) : -1;
+    return parent ? PlaceAmongSiblings() : -1;
 }
 
 wxString CXmlNode::GetNodeString() const
 {
     std::vector<int> path;
-    const wxXmlNode* node = m_node;
-    while (const wxXmlNode* const parent = node ? ParentOf(*node) : nullptr) {
-        path.push_back(IndexOf(*parent, *node));
-        node = parent;
+    const CXmlNode* handle = this;
+    for (wxXmlNode* node = m_node; wxXmlNode* const parent = node ? ParentOf(*node) : nullptr; node = parent) {
+        path.push_back(handle ? handle->PlaceAmongSiblings() : IndexOf(*parent, *node));
+        handle = HandleThatKnows(parent);
     }
     wxString text;
     for (auto index = path.rbegin(); index != path.rend(); ++index)

@@ -8,6 +8,7 @@
 #include <wx/string.h>
 
 #include <memory>
+#include <vector>
 
 class CXmlDocument;
 class WXDLLIMPEXP_FWD_XML wxXmlNode;
@@ -190,9 +191,8 @@ private:
     /// walk from the first each time. The nodes in it are children of this node now.
     struct KnownChildren
     {
-        wxXmlNode* last = nullptr; ///< The last one, or one before it.
-        wxXmlNode* item = nullptr; ///< The one at `index`.
-        int index = 0;
+        wxXmlNode* last = nullptr;                    ///< The last one, or one before it.
+        std::vector<wxXmlNode*> first;                ///< As many of the first ones as have been gone through.
         int count = -1;                               ///< -1: unknown.
         std::unique_ptr<xml_detail::NameIndex> names; ///< Of all children; null: unknown.
     };
@@ -207,6 +207,11 @@ private:
     KnownChildren& Known();
     void NoteChildrenChanged();
     wxXmlNode* LastChild();
+    wxXmlNode* ChildAt(int index);
+    CXmlNode* HandleThatKnows(wxXmlNode* node) const;
+    int FindPlace() const;
+    int PlaceAmongSiblings() const;
+    CXmlNode* AttachAt(wxXmlNode* node, int place) const;
     wxXmlNode* FindChild(const wxString& name);
     void LinkBehind(wxXmlNode* child, wxXmlNode* before);
     bool TakeChild(CXmlNode* child);
@@ -218,6 +223,7 @@ private:
     CXmlDocument* m_document;
     wxXmlNode* m_node;
     std::unique_ptr<KnownChildren> m_known; ///< Null: nothing. Most nodes have no children.
+    mutable int m_place = 0;                ///< Among the siblings when that was last known; it may have changed.
     CJScriptLink m_link;
 
     wxDECLARE_CLASS(CXmlNode);

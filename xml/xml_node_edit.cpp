@@ -31,7 +31,7 @@ void CXmlNode::LinkBehind(wxXmlNode* child, wxXmlNode* before)
     if (!m_known)
         return;
     if (child->GetNext()) {
-        m_known->item = nullptr;
+        m_known->first.clear();
         m_known->names.reset();
     }
     if (m_known->names)

@@ -238,4 +238,44 @@ TEST_F(XmlNodeQueryTest, index_and_path_count_every_node_type)
     EXPECT_EQ(a->GetRawNode(wxS("b"))->GetNodeString(), wxS("Item(2).Item(1)"));
 }
 
+/// Each step would walk from the first child otherwise, which takes minutes.
+TEST_F(XmlNodeQueryTest, many_children_are_gone_through_in_any_order_without_a_walk_each)
+{
+    constexpr int count = 200'000;
+    CXmlNode* const root = Root("<r/>");
+    for (int i = 0; i < count; ++i)
+        root->AddRawNode(wxS("a"));
+    for (int i = count - 1; i >= 0; --i)
+        ASSERT_EQ(root->GetRawItem(i)->GetIndex(), i);
+    for (int i = 0, at = 0; i < count; ++i, at = (at + 7919) % count)
+        ASSERT_EQ(root->GetRawItem(at)->GetIndex(), at);
+    int back = count - 1;
+    for (CXmlNode* node = root->GetRawItem(back); node->GetXmlNode(); node = node->GetRawPrevious(), --back)
+        ASSERT_EQ(node->GetNodeString(), wxString::Format(wxS("Item(%d)"), back));
+    EXPECT_EQ(back, -1);
+    int forth = 0;
+    for (CXmlNode* node = root->GetRawChildren(); node->GetXmlNode(); node = node->GetRawNext(), ++forth)
+        ASSERT_EQ(node->GetIndex(), forth);
+    EXPECT_EQ(forth, count);
+}
+
+TEST_F(XmlNodeQueryTest, positions_are_those_after_a_change_among_the_siblings)
+{
+    CXmlNode* const root = Root("<r><a/><b/><c/><d/></r>");
+    CXmlNode* const d = root->GetRawItem(3);
+    EXPECT_EQ(d->GetIndex(), 3);
+    root->RemoveRawNode(wxS("a"));
+    EXPECT_EQ(d->GetIndex(), 2);
+    EXPECT_EQ(d->GetRawPrevious()->GetName(), wxS("c"));
+    CXmlNode* const b = root->GetRawItem(0);
+    root->RemoveChild(b);
+    EXPECT_EQ(b->GetIndex(), -1);
+    EXPECT_EQ(d->GetIndex(), 1);
+    root->InsertChildAt(b, d, false);
+    EXPECT_EQ(d->GetIndex(), 2);
+    EXPECT_EQ(b->GetIndex(), 1);
+    EXPECT_EQ(b->GetRawPrevious()->GetName(), wxS("c"));
+    EXPECT_EQ(root->GetRawItem(3), Empty());
+}
+
 } // namespace
