@@ -5,9 +5,10 @@
 #include <wx/arrstr.h>
 #include <wx/string.h>
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
-#include <deque>
+#include <memory>
 #include <optional>
 #include <string_view>
 #include <vector>
@@ -25,8 +26,9 @@ struct _DefineInfo
 
 /// From a define's name to the define. A name is looked up where it stands in a text, without a copy of it.
 ///
-/// A million defines are looked up in one cache line each: the table lies in one piece, and its slots tell by their
-/// hashes which of them to look into.
+/// A million defines are looked up in one cache line each: the slots lie in one piece of memory, and tell by their
+/// hashes which define to look into. They are small, so that more of them stay in the caches; 2^32 defines would take
+/// a terabyte before they ran out of numbers.
 class CMapStringToDefineInfo
 {
 public:
@@ -60,30 +62,42 @@ public:
     /// removed may come in that one's place.
     template <typename Visit> void ForEach(Visit visit) const
     {
-        for (const Place& place : m_places) {
-            if (place)
-                visit(*place);
+        for (const std::unique_ptr<Piece>& piece : m_pieces) {
+            for (const Place& place : *piece) {
+                if (place)
+                    visit(*place);
+            }
         }
     }
 
 private:
-    using Place = std::optional<Entry>; ///< Nothing: what was there has been erased.
+    /// Nothing: what was there has been erased, or nothing has been there yet.
+    using Place = std::optional<Entry>;
+    static constexpr size_t PieceSize = 16;
+    using Piece = std::array<Place, PieceSize>;
 
     struct Slot
     {
-        std::uint64_t hash = 0;
-        Place* place = nullptr; ///< Null: the slot is free.
+        std::uint32_t hash = 0;
+        std::uint32_t place = 0; ///< Its number, counted from 1; 0: the slot is free.
     };
 
-    size_t SlotOf(std::uint64_t hash, std::wstring_view name) const;
+    Place& PlaceOf(const Slot& slot) const
+    {
+        return (*m_pieces[(slot.place - 1) / PieceSize])[(slot.place - 1) % PieceSize];
+    }
+    size_t SlotOf(std::uint32_t hash, std::wstring_view name) const;
+    size_t FreeSlot(std::uint32_t hash) const;
     size_t Following(size_t slot) const { return (slot + 1) & (m_slots.size() - 1); }
-    Entry& Add(std::uint64_t hash, const wxString& name);
-    Place* FreePlace();
+    Entry& Add(std::uint32_t hash, const wxString& name);
+    std::uint32_t FreePlace();
     void Grow();
 
     std::vector<Slot> m_slots; ///< A power of two of them, or none. A define stands in or behind the slot of its hash.
     size_t m_count = 0;
     size_t m_valuesLength = 0;
-    std::deque<Place> m_places; ///< In the order in which they were made, in which memory gives them back best.
-    std::vector<Place*> m_free; ///< Those of them that hold nothing.
+    /// The places, in the order in which they were made, in which memory gives them back best.
+    std::vector<std::unique_ptr<Piece>> m_pieces;
+    std::uint32_t m_made = 0;          ///< How many of the places have been used.
+    std::vector<std::uint32_t> m_free; ///< Those of them that hold nothing.
 };
