@@ -1,5 +1,8 @@
 #include "base/file_bytes_detail.h"
 
+#include "base/patience_detail.h"
+
+#include <cerrno>
 #include <fcntl.h>
 #include <vector>
 
@@ -21,8 +24,13 @@ bool ReadToEnd(int fd, std::string& bytes)
 {
     std::vector<char> piece(64 * 1024);
     ssize_t count = 0;
-    while ((count = ReadSome(fd, piece.data(), piece.size())) > 0)
+    while ((count = ReadSome(fd, piece.data(), piece.size())) > 0) {
         bytes.append(piece.data(), static_cast<size_t>(count));
+        if (!MayGoOn()) {
+            errno = EINTR;
+            return false;
+        }
+    }
     return count == 0;
 }
 

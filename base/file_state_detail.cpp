@@ -1,5 +1,7 @@
 #include "base/file_state_detail.h"
 
+#include "base/patience_detail.h"
+
 #include <algorithm>
 #include <cstring>
 #include <unistd.h>
@@ -74,8 +76,13 @@ bool FileState::Fill()
         m_end -= m_begin;
         m_begin = 0;
     }
-    if (m_window.size() - m_end < bufferSize)
-        m_window.resize(std::max(m_end + bufferSize, m_end * 2));
+    const bool isFull = m_window.size() - m_end < bufferSize;
+    const size_t size = isFull ? std::max(m_end + bufferSize, m_end * 2) : m_window.size();
+    if (!MayGoOn(isFull ? size : 0)) {
+        Fail();
+        return false;
+    }
+    m_window.resize(size);
     const ssize_t count = m_source->Read(m_window.data() + m_end, m_window.size() - m_end);
     if (count < 0)
         Fail();

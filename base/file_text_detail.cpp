@@ -1,5 +1,6 @@
 #include "base/file_text_detail.h"
 
+#include "base/patience_detail.h"
 #include "base/text_decoder_detail.h"
 #include "base/utf8_detail.h"
 #include "base/utf8_text.h"
@@ -48,7 +49,7 @@ bool LookAhead(FileState& file, Encoding& encoding)
     TextDecoder decoder({Encoding::utf8, wxString()}, scratch);
     bool valid = true;
     ssize_t count = 0;
-    while (valid && (count = file.ReadAt(bytes.data(), bytes.size(), position)) > 0) {
+    while (valid && MayGoOn() && (count = file.ReadAt(bytes.data(), bytes.size(), position)) > 0) {
         valid = decoder.Feed(bytes.data(), static_cast<size_t>(count));
         scratch.clear();
         position += count;

@@ -13,6 +13,7 @@
 #include <unistd.h>
 
 #include "engine/entry_detail.h"
+#include "engine/js_limits.h"
 #include "engine/thread_state_detail.h"
 
 namespace qxjs
@@ -24,6 +25,8 @@ namespace
 constexpr std::chrono::milliseconds kTick{2};
 // How long the watchdog goes on ticking when no limit is in force: waking it costs more than a few ticks.
 constexpr int kIdleTicks = 50;
+// Where a native wants more at once, the memory is looked at before it is taken.
+constexpr std::size_t kLargePiece = 1 << 20;
 
 std::int64_t Now()
 {
@@ -159,14 +162,15 @@ bool OverTime(const JSContext& cx)
 bool OverMemory(ThreadState& t, const JSContext& cx)
 {
     const std::size_t ceiling = cx.limits.memory_ceiling;
-    if (ceiling == 0 || ResidentBytes() <= ceiling)
+    const std::size_t wanted = t.watch.wanted_bytes;
+    if (ceiling == 0 || ResidentBytes() + wanted <= ceiling)
         return false;
     const std::size_t armed = t.watch.memory_ceiling.exchange(0); // this collection is not to request an interrupt
     JS::PrepareForFullGC(t.engine);
     JS::NonIncrementalGC(t.engine, JS::GCOptions::Shrink, JS::GCReason::API);
     ::malloc_trim(0);
     t.watch.memory_ceiling = armed;
-    return ResidentBytes() > ceiling;
+    return ResidentBytes() + wanted > ceiling;
 }
 
 Stop FindStop(ThreadState& t, JSContext& cx)
@@ -218,6 +222,23 @@ bool OnInterrupt(::JSContext* engine)
 }
 
 } // namespace
+
+bool JS_MayGoOn(std::size_t bytes)
+{
+    ThreadState* t = t_state;
+    if (!t || !t->innermost || t->collecting || t->discarding_jobs)
+        return true;
+    ++t->uses; // a native that goes on all the same is not to look as if nothing had happened
+    if (t->stops != 0)
+        return false;
+    if (bytes >= kLargePiece && t->watch.memory_ceiling != 0) {
+        t->watch.wanted_bytes = bytes;
+        ::JS_RequestInterruptCallback(t->engine);
+    }
+    const bool goes_on = ::JS_CheckForInterrupt(t->engine);
+    t->watch.wanted_bytes = 0;
+    return goes_on;
+}
 
 bool InstallInterrupt(ThreadState& t)
 {

@@ -43,6 +43,7 @@ struct LimitWatch
 {
     std::atomic<std::int64_t> deadline_ns{0};
     std::atomic<std::size_t> memory_ceiling{0};
+    std::size_t wanted_bytes = 0; // what a native is about to take; the thread's own
 };
 
 // Brings the limits that are set for a context into force for its outermost call, and gives back what was in force

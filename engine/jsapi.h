@@ -2,6 +2,7 @@
 
 #include "engine/js_error.h"
 #include "engine/js_gc.h"
+#include "engine/js_limits.h"
 #include "engine/js_object.h"
 #include "engine/js_runtime.h"
 #include "engine/js_script.h"

@@ -3,6 +3,7 @@
 #include <type_traits>
 
 #include "engine/entry_detail.h"
+#include "engine/js_limits.h"
 #include "engine/js_value.h"
 #include "engine/text_detail.h"
 #include "engine/words_detail.h"
@@ -61,6 +62,13 @@ bool AllBelow(const wchar_t* chars, std::size_t length, std::uint32_t bound)
     return ::JS_NewUCStringDontDeflate(engine, std::move(buffer), units);
 }
 
+// Whether the script's limits leave room for a copy of a text; only for long ones is it worth asking.
+bool HasRoomFor(std::size_t bytes)
+{
+    constexpr std::size_t few = 1 << 20;
+    return bytes < few || JS_MayGoOn(bytes);
+}
+
 // The engine's characters, read in place: nothing collects while this is used.
 struct Text
 {
@@ -98,7 +106,7 @@ bool ReadWide(JSContext* cx, JSString* str, const char* function, std::wstring& 
 {
     ThreadState* t = UsableQuietly(cx, function);
     Text text;
-    if (!t || !str || !ReadText(*t, Inner(str), text))
+    if (!t || !str || !HasRoomFor(JS::GetStringLength(Inner(str)) * sizeof(wchar_t)) || !ReadText(*t, Inner(str), text))
         return false;
     if (text.latin1 && out.capacity() < text.length) {
         out = std::wstring(text.latin1, text.latin1 + text.length); // written once; growing it would fill it first
@@ -172,6 +180,8 @@ JSString* JS_NewStringFromWide(JSContext* cx, const wchar_t* chars, std::size_t 
     if (!t)
         return nullptr;
     StressPoint(*t);
+    if (!HasRoomFor(length * sizeof(char16_t)))
+        return nullptr;
     ::JSString* str = nullptr;
     if (!AllBelow(chars, length, 0x100))
         str = NewTwoByte(t->engine, chars, length);

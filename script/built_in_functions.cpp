@@ -16,6 +16,13 @@ bool IsWordChar(wchar_t ch)
     return (ch >= L'A' && ch <= L'Z') || (ch >= L'a' && ch <= L'z') || (ch >= L'0' && ch <= L'9') || ch == L'_';
 }
 
+/// Whether a text that grows from a few may grow further; asked before it has to move, which takes most of all.
+bool MayAppend(const wxString& text, const wxString& more)
+{
+    const std::size_t length = text.length() + more.length();
+    return JS_MayGoOn(length > text.capacity() ? 2 * length * sizeof(wchar_t) : 0);
+}
+
 /// All arguments as texts, separated by blanks.
 wxString JoinArguments(JSContext* cx, uintN argc, const jsval* argv)
 {
@@ -154,6 +161,8 @@ wxString CJScriptLink::FormatString(const wxString& format, const wxArrayString&
         unsigned long number = 0;
         const wxString word(at + 1, wordEnd - (at + 1));
         if (word.ToULong(&number) && number >= 1 && number <= arguments.size()) {
+            if (!MayAppend(result, arguments[number - 1]))
+                return wxString();
             result += arguments[number - 1];
             at = wordEnd;
         } else
@@ -164,10 +173,17 @@ wxString CJScriptLink::FormatString(const wxString& format, const wxArrayString&
 
 wxString CJScriptLink::FindReplaceStr(const wxString& text, const wxString& what, const wxString& by)
 {
-    wxString result = text;
-    if (!what.empty())
-        result.Replace(what, by);
-    return result;
+    if (what.empty())
+        return text;
+    wxString result;
+    std::size_t from = 0;
+    for (std::size_t at = 0; (at = text.find(what, from)) != wxString::npos; from = at + what.length()) {
+        result.append(text, from, at - from);
+        if (!MayAppend(result, by))
+            return wxString();
+        result += by;
+    }
+    return result.append(text, from, wxString::npos);
 }
 
 wxString CJScriptLink::JS_FormatStringA(const wxString& format, const wxArrayString& arguments)

@@ -2,6 +2,7 @@
 
 #include "base/atomic_file_detail.h"
 #include "base/dir.h"
+#include "base/patience_detail.h"
 #include "base/text_encoding.h"
 #include "script/class_module.h"
 #include "script/native_function.h"
@@ -53,6 +54,7 @@ bool CqxJSFile::Open(wxString path)
 {
     if (!Resolve(path))
         return false;
+    const vcq::detail::Patience patience(&JS_MayGoOn);
     // The system opens directories for reading too, and gives them any length.
     m_hasFile = !wxFileName::DirExists(path) && m_file->Open(path, wxConvAuto());
     return m_hasFile;

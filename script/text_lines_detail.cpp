@@ -1,6 +1,7 @@
 #include "script/text_lines_detail.h"
 
 #include "base/file_bytes_detail.h"
+#include "base/patience_detail.h"
 #include "base/text_encoding.h"
 
 #include <wx/log.h>
@@ -31,6 +32,8 @@ bool CTextLines::OnRead(const wxMBConv& conv)
         wxLogSysError(wxS("can't read from file '%s'"), GetName());
         return false;
     }
+    if (!vcq::detail::MayGoOn(bytes.size() * sizeof(wchar_t)))
+        return false;
     const wxString text(bytes.data(), conv, bytes.size());
     // What is not longer than a byte order mark may be empty.
     constexpr size_t longestMark = 4;
@@ -38,12 +41,12 @@ bool CTextLines::OnRead(const wxMBConv& conv)
         wxLogError(wxS("Failed to convert file \"%s\" to Unicode."), GetName());
         return false;
     }
-    Split(text);
-    return true;
+    return Split(text);
 }
 
-/// Cuts a text into the lines that wxTextFile gives: each of "\r\n", "\n" and "\r" ends one.
-void CTextLines::Split(const wxString& text)
+/// Cuts a text into the lines that wxTextFile gives: each of "\r\n", "\n" and "\r" ends one. Without
+/// any when it must not go on: a part of the lines would be taken for all of them.
+bool CTextLines::Split(const wxString& text)
 {
     const auto isLineEnd = [](wchar_t character) { return character == L'\n' || character == L'\r'; };
     const wchar_t* line = text.wx_str();
@@ -57,5 +60,10 @@ void CTextLines::Split(const wxString& text)
                                                         : wxTextFileType_Unix;
         AddLine(wxString(line, lineEnd - line), type);
         line = lineEnd == end ? end : lineEnd + (isPair ? 2 : 1);
+        if (!vcq::detail::MayGoOn()) {
+            Clear();
+            return false;
+        }
     }
+    return true;
 }

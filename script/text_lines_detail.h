@@ -14,7 +14,7 @@ protected:
     bool OnClose() override;
 
 private:
-    void Split(const wxString& text);
+    bool Split(const wxString& text);
 
     vcq::detail::UniqueFd m_fd;
 };

@@ -1,6 +1,7 @@
 #include "script/url_file.h"
 
 #include "base/dir.h"
+#include "base/patience_detail.h"
 #include "script/class_module.h"
 #include "script/native_function.h"
 
@@ -44,11 +45,13 @@ void CJSURLFile::Close()
 
 wxString CJSURLFile::ReadLn()
 {
+    const vcq::detail::Patience patience(&JS_MayGoOn);
     return IsOpened() ? m_file.ReadLine(CFile::convDefault) : wxString();
 }
 
 wxString CJSURLFile::ReadAll()
 {
+    const vcq::detail::Patience patience(&JS_MayGoOn);
     wxString text;
     if (IsOpened())
         m_file.Read(text, CFile::convDefault);

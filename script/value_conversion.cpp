@@ -38,6 +38,8 @@ template <typename Array, typename Convert> bool ReadArray(JSContext* cx, jsval 
         return false;
     out.clear();
     for (jsuint i = 0; i < length; ++i) {
+        if (!JS_MayGoOn(0))
+            return false;
         jsval element = JSVAL_VOID;
         if (!JS_GetElement(cx, array, static_cast<jsint>(i), &element) || !convert(element)) {
             out.resize(length);

@@ -1,5 +1,6 @@
 #include "xml/tree_reader_detail.h"
 
+#include "base/patience_detail.h"
 #include "xml/entity_table_detail.h"
 #include "xml/parser_feed_detail.h"
 #include "xml/tree_charset_detail.h"
@@ -186,6 +187,8 @@ bool TreeReader::Read(wxInputStream& stream)
         last = size < ParserFeed::blockSize;
         if (stream.GetLastError() == wxSTREAM_READ_ERROR)
             Fail(wxS("the input cannot be read"));
+        else if (!vcq::detail::MayGoOn())
+            Fail(wxS("interrupted"));
         else if (!feed.Feed(block.get(), size, last) && !HasFailed())
             Fail(wxString::FromAscii(XML_ErrorString(XML_GetErrorCode(m_parser.get()))));
     }

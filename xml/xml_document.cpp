@@ -1,5 +1,6 @@
 #include "xml/xml_document.h"
 
+#include "base/patience_detail.h"
 #include "script/class_module.h"
 #include "script/native_function.h"
 #include "script/script.h"
@@ -127,6 +128,8 @@ bool CXmlDocument::SetContent(const wxString& text)
     // A string stream would end at the first NUL, as if nothing stood behind it.
     const wxScopedCharBuffer bytes = text.utf8_str();
     wxMemoryInputStream stream(bytes.data(), bytes.length());
+    // A load from elsewhere is a host's: half of a file is of no use to it, whoever runs out of time.
+    const vcq::detail::Patience patience(&JS_MayGoOn);
     return Load(stream, wxS("UTF-8"), wxXMLDOC_NONE);
 }
 

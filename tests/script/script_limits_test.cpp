@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <new>
+#include <ostream>
 #include <string>
 
 namespace
@@ -234,6 +235,63 @@ TEST_F(ScriptLimitsTest, TheContextIsUsableAfterAMemoryLimit)
     EXPECT_EQ(Show("typeof kept"), "object");
     EXPECT_EQ(Show("kept = null; 1 + 1"), "2");
     EXPECT_EQ(script.GetErrorCount(), 0);
+}
+
+// Natives that take long or much.
+
+struct GreedyCase
+{
+    const char* name;
+    const char* text;
+};
+
+std::ostream& operator<<(std::ostream& out, const GreedyCase& c)
+{
+    return out << c.name;
+}
+
+class GreedyNativeTest : public ScriptLimitsTest, public testing::WithParamInterface<GreedyCase>
+{};
+
+TEST_P(GreedyNativeTest, IsStoppedAtTheTimeLimit)
+{
+    script.SetTimeLimit(100);
+    const double seconds = SecondsOf([&] { EXPECT_FALSE(script.Evaluate(GetParam().text, nullptr)); });
+    EXPECT_LT(seconds, 5);
+    ASSERT_EQ(script.GetErrorCount(), 1);
+    EXPECT_EQ(script.GetError(0)->msg, "script time limit of 100 ms exceeded");
+    EXPECT_EQ(Show("1 + 1"), "2");
+}
+
+TEST_P(GreedyNativeTest, IsStoppedAtTheMemoryLimit)
+{
+    script.SetMemoryLimit(32 * Megabyte);
+    script.SetTimeLimit(20000);
+    EXPECT_FALSE(script.Evaluate(GetParam().text, nullptr));
+    ASSERT_EQ(script.GetErrorCount(), 1);
+    EXPECT_EQ(script.GetError(0)->msg, wxString::Format("script memory limit of %lu bytes exceeded", 32 * Megabyte));
+    EXPECT_EQ(Show("1 + 1"), "2");
+}
+
+constexpr GreedyCase GreedyCases[] = {
+    {"FormatString", "FormatString('%1'.repeat(1000000), 'x'.repeat(1000))"},
+    {"FindReplaceStr", "FindReplaceStr('a'.repeat(1000000), 'a', 'x'.repeat(1000))"},
+    {"FormatStringA", "FormatStringA('', new Array(9000000))"},
+    {"TextFile", "new TextFile().Open('/dev/zero')"},
+    {"URLFile_ReadAll", "var f = new URLFile(); f.Open('/dev', 'zero', '', ''); f.ReadAll()"},
+    {"URLFile_ReadLn", "var f = new URLFile(); f.Open('/dev', 'zero', '', ''); f.ReadLn()"},
+};
+
+INSTANTIATE_TEST_SUITE_P(Script, GreedyNativeTest, testing::ValuesIn(GreedyCases), NameOfRow<GreedyCase>);
+
+TEST_F(ScriptLimitsTest, ALongTextIsNotCopiedBeyondTheMemoryLimit)
+{
+    script.SetMemoryLimit(64 * Megabyte);
+    EXPECT_EQ(Show("StrToLower('a'.repeat(1000000)).length"), "1000000");
+    EXPECT_FALSE(script.Evaluate("var text = 'a'.repeat(50000000); StrToLower(text); text = ''", nullptr));
+    ASSERT_EQ(script.GetErrorCount(), 1);
+    EXPECT_EQ(script.GetError(0)->msg, wxString::Format("script memory limit of %lu bytes exceeded", 64 * Megabyte));
+    EXPECT_EQ(Show("text.length"), "50000000");
 }
 
 // Recursion.

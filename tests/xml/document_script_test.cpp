@@ -177,4 +177,17 @@ TEST_P(XmlOnDestroyTest, in_every_operation_that_ends_nodes)
 
 INSTANTIATE_TEST_SUITE_P(Xml, XmlOnDestroyTest, ::testing::ValuesIn(Actions), NameOfRow<ActionRow>);
 
+TEST_F(XmlDocumentScriptTest, a_content_is_not_read_beyond_the_limits_of_the_script)
+{
+    constexpr size_t megabyte = 1024 * 1024;
+    script.SetMemoryLimit(48 * megabyte);
+    EXPECT_FALSE(
+        script.Evaluate(wxS("d = new XmlDocument(); d.SetContent('<r>' + '<a/>'.repeat(1000000) + '</r>')"), nullptr));
+    ASSERT_EQ(script.GetErrorCount(), 1);
+    EXPECT_EQ(script.GetError(0)->msg,
+              wxString::Format(wxS("script memory limit of %zu bytes exceeded"), 48 * megabyte));
+    EXPECT_EQ(Show(wxS("String(d.GetRoot())")), wxS("null"));
+    EXPECT_EQ(log.Errors(), std::vector<wxString>{wxS("XML parsing error: 'interrupted' at line 1")});
+}
+
 } // namespace
