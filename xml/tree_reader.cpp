@@ -1,18 +1,16 @@
 #include "xml/tree_reader_detail.h"
 
 #include "base/patience_detail.h"
-#include "xml/entity_table_detail.h"
 #include "xml/parser_feed_detail.h"
+#include "xml/tree_builder_detail.h"
 #include "xml/tree_charset_detail.h"
-#include "xml/tree_links_detail.h"
+#include "xml/tree_prolog_detail.h"
 #include "xml/wide_buffer_detail.h"
 
 #include <wx/log.h>
 
 #include <expat.h>
 
-#include <algorithm>
-#include <cstring>
 #include <memory>
 #include <new>
 #include <string>
@@ -26,15 +24,6 @@ namespace
 
 using LoadError = CXmlDocument::LoadError;
 
-/// What default values of attributes may add to a document: as much as entities may.
-constexpr unsigned long long defaultsAllowed = 8 << 20;
-constexpr unsigned long long defaultsPerByte = 100;
-
-bool IsBlank(const char* text, size_t size)
-{
-    return std::string_view(text, size).find_first_not_of(" \t\n\r") == std::string_view::npos;
-}
-
 /// Reads until the block is full or nothing more comes.
 size_t ReadBlock(wxInputStream& stream, char* block)
 {
@@ -44,7 +33,12 @@ size_t ReadBlock(wxInputStream& stream, char* block)
     return size;
 }
 
-/// Builds a tree from the parser's events.
+wxString UndefinedEntity(std::string_view name)
+{
+    return wxString::Format(wxS("undefined entity '%s'"), ToText(name));
+}
+
+/// Listens to a parser, and says where it failed.
 class TreeReader
 {
 public:
@@ -59,43 +53,26 @@ private:
     {
         void operator()(XML_Parser parser) const { XML_ParserFree(parser); }
     };
-    struct DeleteNodes
-    {
-        void operator()(wxXmlNode* node) const
-        {
-            DeleteTree(node, [](const wxXmlNode*) {});
-        }
-    };
 
     void ListenTo(XML_Parser parser);
 
     void StartElement(const XML_Char* name, const XML_Char** attributes);
-    void EndElement(const XML_Char* name);
-    void Text(const XML_Char* text, int size);
-    void StartCdata();
-    void EndCdata();
-    void Comment(const XML_Char* text);
-    void Instruction(const XML_Char* target, const XML_Char* data);
-    void StartDoctype(const XML_Char* name, const XML_Char* systemId, const XML_Char* publicId, int hasSubset);
-    void EndDoctype();
+    void EndElement(const XML_Char*) { m_builder.EndElement(); }
+    void Text(const XML_Char* text, int size) { m_builder.AddText(text, static_cast<size_t>(size)); }
+    void StartCdata() { m_builder.StartCdata(); }
+    void EndCdata() { m_builder.EndCdata(); }
+    void Comment(const XML_Char* text) { m_builder.AddComment(text); }
+    void Instruction(const XML_Char* target, const XML_Char* data) { m_builder.AddInstruction(target, data); }
+    void StartDoctype(const XML_Char* name, const XML_Char* systemId, const XML_Char* publicId, int);
+    void EndDoctype() { m_prolog.EndDoctype(); }
     void EntityDeclared(const XML_Char* name, int isParameter, const XML_Char* text, int size, const XML_Char* base,
                         const XML_Char* systemId, const XML_Char* publicId, const XML_Char* notation);
     void EntitySkipped(const XML_Char* name, int isParameter);
     void ExternalUsed(const XML_Char* systemId);
     void AnythingElse(const XML_Char* text, int size);
 
-    void AddAttributes(wxXmlNode& element, const XML_Char** attributes);
     void CheckReferences();
-    void CheckDefault(std::string_view value);
     void CountDefaults(const XML_Char** defaults);
-    wxString UndefinedEntity(const XML_Char* name);
-    void ReadDeclaration(const XML_Char* text, size_t size);
-    void StartText(wxXmlNodeType type);
-    void FinishText();
-    void Append(wxXmlNode* node);
-    int Line() const { return static_cast<int>(XML_GetCurrentLineNumber(m_parser.get())); }
-    const wxString& Decode(const XML_Char* text, size_t size, wxString& into);
-    const wxString& Decode(const XML_Char* text, wxString& into) { return Decode(text, std::strlen(text), into); }
 
     bool HasFailed() const { return m_outOfMemory || !m_error.message.empty(); }
     LoadError ErrorHere(const wxString& message) const;
@@ -122,39 +99,18 @@ private:
     static int XMLCALL RefuseExternal(XML_Parser self, const XML_Char*, const XML_Char*, const XML_Char*,
                                       const XML_Char*);
 
-    const bool m_keepBlanks;
     const unsigned int m_maxDepth;
     LoadError m_error;
     bool m_outOfMemory = false;
-
-    std::unique_ptr<wxXmlNode, DeleteNodes> m_tree;
-    std::unique_ptr<XML_ParserStruct, FreeParser> m_parser;
-    wxXmlNode* m_node;           ///< whose children are being read
-    wxXmlNode* m_last = nullptr; ///< the last of them so far
-    unsigned int m_depth = 0;
-
-    wxXmlNodeType m_textType = wxXML_DOCUMENT_NODE; ///< that of the text being read; that of a document for none
-    int m_textLine = 0;
-    WideBuffer m_text;
-
-    wxString m_version;
-    wxString m_encoding = wxS("UTF-8");
-    wxXmlDoctype m_doctype;
-    bool m_hasDoctype = false;
-    bool m_inDoctype = false;
-    bool m_declarationsMissing = false; ///< some declarations stand where they are not read
-    EntityTable m_entities;
-    unsigned long long m_defaultsSize = 0;
-    std::string* m_rawTag = nullptr;
-
-    WideBuffer m_wide;
-    wxString m_first;
-    wxString m_second;
+    const std::unique_ptr<XML_ParserStruct, FreeParser> m_parser;
+    TreeBuilder m_builder;
+    TreeProlog m_prolog;
+    std::string* m_rawTag = nullptr; ///< takes the tag that is looked at as it stands in the document
 };
 
 TreeReader::TreeReader(int flags, unsigned int maxDepth)
-    : m_keepBlanks((flags & wxXMLDOC_KEEP_WHITESPACE_NODES) != 0), m_maxDepth(maxDepth),
-      m_tree(new wxXmlNode(wxXML_DOCUMENT_NODE, wxString())), m_parser(XML_ParserCreate(nullptr)), m_node(m_tree.get())
+    : m_maxDepth(maxDepth), m_parser(XML_ParserCreate(nullptr)),
+      m_builder(m_parser.get(), (flags & wxXMLDOC_KEEP_WHITESPACE_NODES) != 0)
 {
     if (!m_parser)
         throw std::bad_alloc();
@@ -197,6 +153,12 @@ bool TreeReader::Read(wxInputStream& stream)
     return !HasFailed();
 }
 
+void TreeReader::MoveTo(wxXmlDocument& document)
+{
+    m_prolog.CopyTo(document);
+    m_builder.MoveTo(document);
+}
+
 LoadError TreeReader::ErrorHere(const wxString& message) const
 {
     XML_Parser parser = m_parser.get();
@@ -210,65 +172,15 @@ void TreeReader::Fail(const LoadError& error)
     XML_StopParser(m_parser.get(), XML_FALSE);
 }
 
-void TreeReader::MoveTo(wxXmlDocument& document)
-{
-    if (!m_version.empty())
-        document.SetVersion(m_version);
-    if (!m_encoding.empty())
-        document.SetFileEncoding(m_encoding);
-    if (m_hasDoctype)
-        document.SetDoctype(m_doctype);
-    m_parser.reset();
-    DeleteNodes()(document.DetachDocumentNode());
-    document.SetDocumentNode(m_tree.release());
-}
-
-const wxString& TreeReader::Decode(const XML_Char* text, size_t size, wxString& into)
-{
-    m_wide.Clear();
-    m_wide.AppendUtf8(text, size);
-    return into.assign(m_wide.Data(), m_wide.Size());
-}
-
-void TreeReader::Append(wxXmlNode* node)
-{
-    node->SetParent(m_node);
-    if (m_last)
-        m_last->SetNext(node);
-    else
-        m_node->SetChildren(node);
-    m_last = node;
-}
-
 void TreeReader::StartElement(const XML_Char* name, const XML_Char** attributes)
 {
-    FinishText();
-    if (m_depth >= m_maxDepth)
+    if (m_builder.Depth() >= m_maxDepth)
         return Fail(wxString::Format(wxS("elements are nested deeper than %u"), m_maxDepth));
-    auto* const element = new wxXmlNode(wxXML_ELEMENT_NODE, Decode(name, m_first), wxString(), Line());
-    Append(element);
-    m_node = element;
-    m_last = nullptr;
-    ++m_depth;
-    AddAttributes(*element, attributes);
-    if (m_declarationsMissing && *attributes)
+    m_builder.StartElement(name, attributes);
+    if (m_prolog.LacksDeclarations() && *attributes)
         CheckReferences();
-    if (m_hasDoctype)
+    if (m_prolog.HasDoctype())
         CountDefaults(attributes + XML_GetSpecifiedAttributeCount(m_parser.get()));
-}
-
-/// wxXmlNode::AddAttribute walks to the end of the list each time.
-void TreeReader::AddAttributes(wxXmlNode& element, const XML_Char** attributes)
-{
-    wxXmlAttribute* last = nullptr;
-    for (; *attributes; attributes += 2) {
-        auto* const attribute = new wxXmlAttribute(Decode(attributes[0], m_first), Decode(attributes[1], m_second));
-        if (last)
-            last->SetNext(attribute);
-        else
-            element.SetAttributes(attribute);
-        last = attribute;
-    }
 }
 
 /// Looks at the tag as it stands in the document, as the parser leaves references that it does not know out of the
@@ -280,95 +192,21 @@ void TreeReader::CheckReferences()
     m_rawTag = &tag;
     XML_DefaultCurrent(m_parser.get());
     m_rawTag = nullptr;
-    const std::string missing = m_entities.FindUndeclared(tag);
+    const std::string missing = m_prolog.FindUndeclared(tag);
     if (!missing.empty())
-        Fail(LoadError{UndefinedEntity(missing.c_str()), here.line, here.column});
+        Fail(LoadError{UndefinedEntity(missing), here.line, here.column});
 }
 
-/// Default values come with every element of a name.
 void TreeReader::CountDefaults(const XML_Char** defaults)
 {
-    for (; *defaults; ++defaults)
-        m_defaultsSize += std::strlen(*defaults) + 2;
     const auto read = static_cast<unsigned long long>(XML_GetCurrentByteIndex(m_parser.get()));
-    if (m_defaultsSize > std::max(defaultsAllowed, read * defaultsPerByte) && !HasFailed())
+    if (!m_prolog.CountDefaults(defaults, read) && !HasFailed())
         Fail(wxS("default values of attributes make the document too large"));
-}
-
-void TreeReader::EndElement(const XML_Char*)
-{
-    FinishText();
-    --m_depth;
-    m_last = m_node;
-    m_node = m_node->GetParent();
-}
-
-void TreeReader::Text(const XML_Char* text, int size)
-{
-    const auto length = static_cast<size_t>(size);
-    if (m_textType == wxXML_DOCUMENT_NODE) {
-        if (!m_keepBlanks && IsBlank(text, length))
-            return;
-        StartText(wxXML_TEXT_NODE);
-    }
-    m_text.AppendUtf8(text, length);
-}
-
-void TreeReader::StartText(wxXmlNodeType type)
-{
-    m_textType = type;
-    m_textLine = Line();
-}
-
-/// The parser gives a text in many parts; joining them in the node would copy its beginning again and again.
-void TreeReader::FinishText()
-{
-    static const wxString textName = wxS("text");
-    static const wxString cdataName = wxS("cdata");
-    if (m_textType == wxXML_DOCUMENT_NODE)
-        return;
-    m_first.assign(m_text.Data(), m_text.Size());
-    Append(new wxXmlNode(m_textType, m_textType == wxXML_TEXT_NODE ? textName : cdataName, m_first, m_textLine));
-    m_textType = wxXML_DOCUMENT_NODE;
-    m_text.Clear();
-}
-
-void TreeReader::StartCdata()
-{
-    FinishText();
-    StartText(wxXML_CDATA_SECTION_NODE);
-}
-
-void TreeReader::EndCdata()
-{
-    FinishText();
-}
-
-void TreeReader::Comment(const XML_Char* text)
-{
-    static const wxString commentName = wxS("comment");
-    FinishText();
-    Append(new wxXmlNode(wxXML_COMMENT_NODE, commentName, Decode(text, m_first), Line()));
-}
-
-void TreeReader::Instruction(const XML_Char* target, const XML_Char* data)
-{
-    FinishText();
-    Append(new wxXmlNode(wxXML_PI_NODE, Decode(target, m_first), Decode(data, m_second), Line()));
 }
 
 void TreeReader::StartDoctype(const XML_Char* name, const XML_Char* systemId, const XML_Char* publicId, int)
 {
-    m_hasDoctype = true;
-    m_inDoctype = true;
-    m_declarationsMissing = systemId != nullptr;
-    m_doctype = wxXmlDoctype(Decode(name, m_first), systemId ? Decode(systemId, m_second) : wxString(),
-                             publicId ? wxString::FromUTF8(publicId) : wxString());
-}
-
-void TreeReader::EndDoctype()
-{
-    m_inDoctype = false;
+    m_prolog.StartDoctype(name, systemId, publicId);
 }
 
 void TreeReader::EntityDeclared(const XML_Char* name, int isParameter, const XML_Char* text, int size, const XML_Char*,
@@ -377,26 +215,21 @@ void TreeReader::EntityDeclared(const XML_Char* name, int isParameter, const XML
     if (isParameter)
         return;
     const std::string_view value = text ? std::string_view(text, static_cast<size_t>(size)) : std::string_view();
-    if (!m_entities.Declare(name, value))
+    if (!m_prolog.DeclareEntity(name, value))
         Fail(wxString::Format(wxS("entities are nested deeper than %u"), EntityTable::maxNesting));
 }
 
 void TreeReader::EntitySkipped(const XML_Char* name, int isParameter)
 {
     if (isParameter)
-        m_declarationsMissing = true;
+        m_prolog.MissDeclarations();
     else
         Fail(UndefinedEntity(name));
 }
 
-wxString TreeReader::UndefinedEntity(const XML_Char* name)
-{
-    return wxString::Format(wxS("undefined entity '%s'"), Decode(name, m_first));
-}
-
 void TreeReader::ExternalUsed(const XML_Char* systemId)
 {
-    Fail(wxString::Format(wxS("external entity '%s' is not read"), Decode(systemId ? systemId : "", m_first)));
+    Fail(wxString::Format(wxS("external entity '%s' is not read"), ToText(systemId ? systemId : "")));
 }
 
 /// The declaration of the document, and parts of the document type that have no event of their own.
@@ -405,41 +238,13 @@ void TreeReader::AnythingElse(const XML_Char* text, int size)
     const std::string_view part(text, static_cast<size_t>(size));
     if (m_rawTag) {
         m_rawTag->append(part);
-    } else if (m_inDoctype) {
-        m_declarationsMissing |= part.front() == '%';
-        if (m_declarationsMissing && (part.front() == '"' || part.front() == '\''))
-            CheckDefault(part);
+    } else if (m_prolog.InDoctype()) {
+        const std::string missing = m_prolog.ReadDoctypePart(part);
+        if (!missing.empty())
+            Fail(UndefinedEntity(missing));
     } else {
-        ReadDeclaration(text, part.size());
+        m_prolog.ReadDeclaration(part);
     }
-}
-
-/// As in a tag, references that are not known are left out of a default value.
-void TreeReader::CheckDefault(std::string_view value)
-{
-    const std::string missing = m_entities.FindUndeclared(value);
-    if (!missing.empty())
-        Fail(UndefinedEntity(missing.c_str()));
-}
-
-/// Looks for version and encoding in the same simple way as wxXmlDocument: written with a blank around "=", or in a
-/// declaration that begins with a tab, they are not seen.
-void TreeReader::ReadDeclaration(const XML_Char* text, size_t size)
-{
-    const std::string_view declaration(text, size);
-    constexpr std::string_view opening = "<?xml ";
-    if (size <= opening.size() || declaration.substr(0, opening.size()) != opening)
-        return;
-    const auto read = [&](std::string_view name, wxString& value) {
-        const size_t at = declaration.find(name);
-        if (at == declaration.npos)
-            return;
-        const size_t quote = at + name.size();
-        const size_t end = declaration.find(declaration[quote], quote + 1);
-        Decode(text + quote + 1, std::min(end, size) - quote - 1, value);
-    };
-    read("encoding=", m_encoding);
-    read("version=", m_version);
 }
 
 int XMLCALL TreeReader::RefuseExternal(XML_Parser self, const XML_Char*, const XML_Char*, const XML_Char* systemId,

@@ -2,9 +2,12 @@
 
 #include "base/utf8_detail.h"
 
+#include <wx/string.h>
+
 #include <algorithm>
 #include <cstddef>
 #include <memory>
+#include <string_view>
 #include <utility>
 
 namespace xml_detail
@@ -39,5 +42,13 @@ private:
     size_t m_size = 0;
     size_t m_capacity = 0;
 };
+
+/// A text of its own, for those that are read once in a document.
+inline wxString ToText(std::string_view utf8)
+{
+    wxString text;
+    vcq::detail::AppendUtf8(text, utf8.data(), utf8.size());
+    return text;
+}
 
 } // namespace xml_detail
