@@ -94,11 +94,7 @@ CDir::CDir(const wxString& path) : m_kind(kindNone)
 
 CDir::CDir(Kind kind, const wxString& path, const wxString& member) : m_kind(kind), m_path(path), m_member(member) {}
 
-CDir::CDir(const CDir& other)
-    : wxObject(), m_kind(other.m_kind), m_path(other.m_path), m_member(other.m_member), m_code(other.m_code),
-      m_encoding(other.m_encoding)
-{}
-
+CDir::CDir(const CDir& other) = default;
 CDir& CDir::operator=(const CDir& other) = default;
 CDir::~CDir() = default;
 

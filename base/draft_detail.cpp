@@ -62,7 +62,7 @@ std::string NameDraft(const std::string& target, const std::function<bool(const 
 {
     const std::string digest = Digest(target);
     for (int number = 0; number < knownNames + mostRandomNames; ++number) {
-        const std::string name = number < knownNames ? KnownName(digest, number) : RandomName(digest);
+        std::string name = number < knownNames ? KnownName(digest, number) : RandomName(digest);
         if (give(name))
             return name;
         if (errno != EEXIST)

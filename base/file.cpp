@@ -35,15 +35,10 @@ template <typename Text> bool ReadWhole(FileState& state, CFile::eConvType conv,
 } // namespace
 
 CFile::CFile() = default;
-CFile::CFile(const CFile& other) : wxObject(), m_state(other.m_state) {}
+CFile::CFile(const CFile& other) = default;
 CFile::CFile(std::shared_ptr<FileState> state) : m_state(std::move(state)) {}
+CFile& CFile::operator=(const CFile& other) = default;
 CFile::~CFile() = default;
-
-CFile& CFile::operator=(const CFile& other)
-{
-    m_state = other.m_state;
-    return *this;
-}
 
 CFile CFile::StandardInput()
 {

@@ -105,7 +105,7 @@ void CHashStringToString::AddPlaces()
 }
 
 COption::COption() = default;
-COption::COption(const COption& other) : wxObject(), m_options(other.m_options) {}
+COption::COption(const COption& other) = default;
 COption& COption::operator=(const COption& other) = default;
 COption::~COption() = default;
 

@@ -78,7 +78,7 @@ std::string NormalPath(const std::string& path)
 {
     std::string absolute = path;
     if (absolute.empty() || absolute.front() != '/') {
-        const std::string current = CurrentDirectory();
+        std::string current = CurrentDirectory();
         if (current.empty())
             return current;
         absolute = JoinPath(current, path);

@@ -4,7 +4,6 @@
 [[gnu::tls_model("initial-exec")]] static thread_local char thisThread = 0;
 
 wxThreadCriticalSection::wxThreadCriticalSection() = default;
-wxThreadCriticalSection::~wxThreadCriticalSection() = default;
 
 bool wxThreadCriticalSection::IsInside() const
 {

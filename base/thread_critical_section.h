@@ -11,7 +11,7 @@ class VC_QXPARSER_API wxThreadCriticalSection
 {
 public:
     wxThreadCriticalSection();
-    ~wxThreadCriticalSection();
+    ~wxThreadCriticalSection() = default;
     wxThreadCriticalSection(const wxThreadCriticalSection&) = delete;
     wxThreadCriticalSection& operator=(const wxThreadCriticalSection&) = delete;
 

@@ -5,8 +5,6 @@
 #include "parser/line_text_detail.h"
 #include "parser/parser_unit.h"
 
-#include <utility>
-
 using vcq::detail::AppendUtf8;
 
 wxIMPLEMENT_CLASS(CParserBlock, wxObject);
@@ -36,9 +34,9 @@ CParserBlock::CParserBlock(const CParserBlock& other)
         const CUnitSlot& slot = other.m_units.Peek(i);
         // A derived unit may list its clone somewhere; Append takes it out of there.
         if (slot.IsLine())
-            Append(new CParserUnit(wxSharedPtr<CParserFile>(), nullptr, WideText(slot), 0));
+            CParserBlock::Append(new CParserUnit(wxSharedPtr<CParserFile>(), nullptr, WideText(slot), 0));
         else if (slot.unit)
-            Append(slot.unit->Clone());
+            CParserBlock::Append(slot.unit->Clone());
     }
 }
 
@@ -68,7 +66,7 @@ bool CParserBlock::TakesLines() const
 
 long CParserBlock::CreateUnit(wxSharedPtr<CParserFile> file, const wxString& text, unsigned long line)
 {
-    m_units.Add(new CParserUnit(std::move(file), this, text, line));
+    m_units.Add(new CParserUnit(file, this, text, line));
     return 0;
 }
 

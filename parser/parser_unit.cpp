@@ -3,12 +3,10 @@
 #include "base/wide_number_detail.h"
 #include "parser/parser_block.h"
 
-#include <utility>
-
 wxIMPLEMENT_CLASS(CParserUnit, wxObject);
 
 CParserUnit::CParserUnit(wxSharedPtr<CParserFile> file, CParserBlock* block, const wxString& text, unsigned long line)
-    : m_file(std::move(file)), m_block(block), m_line(line), m_text(text)
+    : m_file(file), m_block(block), m_line(line), m_text(text)
 {}
 
 CParserUnit* CParserUnit::Clone()

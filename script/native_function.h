@@ -308,7 +308,7 @@ JSBool ConstructNative(JSContext* cx, JSObject* object, uintN argc, jsval* argv,
     auto made = std::apply([](auto&... argument) { return std::make_unique<Class>(argument...); }, arguments);
     if (!AttachToScript(cx, object, made->GetJSLink(), sizeof(Class) + ObjectOverhead, rval))
         return FailWithoutObject(cx, argv);
-    made.release();
+    static_cast<void>(made.release()); // the script object owns it from now on
     return JS_TRUE;
 }
 

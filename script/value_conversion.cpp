@@ -90,7 +90,7 @@ template <typename Carrier, typename Value> jsval MakeCarrier(JSContext* cx, Val
         wxLogError(wxS("%s"), failure);
         return JSVAL_NULL;
     }
-    carrier.release();
+    static_cast<void>(carrier.release()); // the script object owns it from now on
     return OBJECT_TO_JSVAL(link->GetJSObject());
 }
 
