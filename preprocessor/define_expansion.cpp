@@ -8,6 +8,7 @@
 #include "preprocessor/text_span_detail.h"
 
 #include <string_view>
+#include <utility>
 #include <vector>
 
 using text_detail::FindClosingQuote;
@@ -32,6 +33,21 @@ void AppendTexts(wxArrayString& array, const std::vector<std::wstring_view>& tex
     array.Add(wxString(), texts.size());
     for (size_t i = 0; i < texts.size(); ++i)
         array[count + i].assign(texts[i].data(), texts[i].size());
+}
+
+/// A "#" in a text, and what stands behind it.
+struct Reference
+{
+    bool isQuoted; ///< a second one asks for quotes
+    const wchar_t* word;
+    const wchar_t* end; ///< of the word, which may be empty
+};
+
+Reference ReadReference(const wchar_t* at, const wchar_t* end)
+{
+    const bool isQuoted = at + 1 != end && at[1] == DirectiveChar;
+    const wchar_t* const word = at + (isQuoted ? 2 : 1);
+    return {isQuoted, word, SkipWord(word, end)};
 }
 
 /// Gives a variable another value for as long as it lives.
@@ -130,9 +146,7 @@ long CPreprocessor::ReplaceDefines(const wchar_t* at, const wchar_t* end, wxStri
             ++at;
             continue;
         }
-        const bool quote = at + 1 != end && at[1] == DirectiveChar;
-        const wchar_t* const word = at + (quote ? 2 : 1);
-        const wchar_t* after = SkipWord(word, end);
+        const auto [isQuoted, word, after] = ReadReference(at, end);
         const bool isText = word == end || *word == ScriptOpen || *word == L'(' || IsBlank(*word);
         const std::wstring_view name(word, after - word);
         if (isText || leftAlone.Find(name) != wxNOT_FOUND) {
@@ -140,8 +154,7 @@ long CPreprocessor::ReplaceDefines(const wchar_t* at, const wchar_t* end, wxStri
             continue;
         }
         result.append(copied, at - copied);
-        copied = at;
-        at = after;
+        copied = std::exchange(at, after);
         const _DefineInfo* const define = m_defines.Find(name);
         if (!define) {
             if (!m_partial) {
@@ -151,7 +164,7 @@ long CPreprocessor::ReplaceDefines(const wchar_t* at, const wchar_t* end, wxStri
             status = 1;
             continue;
         }
-        const long expanded = ExpandUse(name, *define, at, end, &position, quote, result);
+        const long expanded = ExpandUse(name, *define, at, end, &position, isQuoted, result);
         if (expanded < 0 || (expanded == 1 && !m_partial))
             return -1;
         if (expanded == 0)
@@ -282,9 +295,7 @@ long CParamSubstitution::Substitute(const wchar_t* at, const wchar_t* end, wxStr
             ++at;
             continue;
         }
-        const bool quote = at + 1 != end && at[1] == DirectiveChar;
-        const wchar_t* const word = at + (quote ? 2 : 1);
-        const wchar_t* after = SkipWord(word, end);
+        auto [isQuoted, word, after] = ReadReference(at, end);
         const bool conditional = word != end && *word == L'(';
         const int param = after == word ? wxNOT_FOUND : m_params.Find(std::wstring_view(word, after - word));
         if (param == wxNOT_FOUND && !conditional) {
@@ -293,14 +304,14 @@ long CParamSubstitution::Substitute(const wchar_t* at, const wchar_t* end, wxStr
         }
         if (!Append(result, copied, at - copied))
             return FailExpansion();
-        if (quote)
+        if (isQuoted)
             result.append(1, wxUniChar(L'"'));
         if (conditional) {
             if (const long status = SubstituteConditional(after, end, result))
                 return status;
         } else if (!Append(result, m_arguments[param].wx_str(), m_arguments[param].length()))
             return FailExpansion();
-        if (quote)
+        if (isQuoted)
             result.append(1, wxUniChar(L'"'));
         copied = at = after;
     }

@@ -104,6 +104,15 @@ LoopBody TakeBody(_BlockPosition& position, int loopEnd)
     return {*CUtf8Text::FromBytes(std::move(body)), {wxString(), sources}};
 }
 
+/// The name of the file that a loop's lines are taken for.
+wxString LabelOf(const CParserUnit& directive)
+{
+    wxString label = directive.GetFileName() + wxS(" (LOOP l.");
+    vcq::detail::AppendNumber(label, static_cast<int>(directive.m_line));
+    label.append(1, wxUniChar(L')'));
+    return label;
+}
+
 } // namespace
 
 long CPreprocessor::DirectiveFor(CDirectiveLine& line)
@@ -187,9 +196,7 @@ long CPreprocessor::ApplyFor(const wxString& arguments, _BlockPosition& position
                                      DirectiveChar, wxS("for"), directive->GetContext()),
                     directive);
 
-    wxString label = directive->GetFileName() + wxS(" (LOOP l.");
-    vcq::detail::AppendNumber(label, static_cast<int>(directive->m_line));
-    label.append(1, wxUniChar(L')'));
+    const wxString label = LabelOf(*directive);
     if (evaluated == 1) {
         ++position.m_index;
         LoopBody body = TakeBody(position, loopEnd);
