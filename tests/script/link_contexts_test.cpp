@@ -34,11 +34,6 @@ protected:
         EXPECT_TRUE(script->SetGlobal(global.GetJSLink(), name));
         return script;
     }
-    static wxString Show(CJScript& script, const wxString& text)
-    {
-        wxString value;
-        return script.Evaluate(text, nullptr, value) ? value : wxString("(failed)");
-    }
     static std::unique_ptr<Lamp> Child(CJScript& script, const wxString& name)
     {
         auto lamp = std::make_unique<Lamp>(7);

@@ -48,7 +48,7 @@ jsval ScriptTest::Value(const wxString& text)
     return value;
 }
 
-wxString ScriptTest::Show(const wxString& text)
+wxString Show(CJScript& script, const wxString& text)
 {
     wxString value;
     return script.Evaluate(text, nullptr, value) ? value : wxString("(failed)");

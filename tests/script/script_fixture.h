@@ -56,6 +56,17 @@ inline std::size_t FreshObjects()
     return JS_CountHostObjects() - before;
 }
 
+/// The value of a text as text; "(failed)" when it does not evaluate.
+wxString Show(CJScript& script, const wxString& text);
+
+/// Contexts that a test makes itself, and what they log.
+class ScriptContextsTest : public ::testing::Test
+{
+protected:
+    NoHostObjectsLeft check;
+    LogCapture log;
+};
+
 /// A script context with an empty global object, and what it logs.
 class ScriptTest : public ::testing::Test
 {
@@ -69,8 +80,7 @@ protected:
 
     /// The value of a text that must evaluate.
     jsval Value(const wxString& text);
-    /// The value of a text as text; "(failed)" when it does not evaluate.
-    wxString Show(const wxString& text);
+    wxString Show(const wxString& text) { return ::Show(script, text); }
 
     /// The script errors logged so far, in order.
     std::vector<wxString> Reports() const { return log.Texts(ScriptErrorLevel); }

@@ -6,18 +6,7 @@ namespace
 {
 
 /// Several handles on one context: copies, and those that adopt it.
-class ScriptHandlesTest : public ::testing::Test
-{
-protected:
-    static wxString Show(CJScript& script, const wxString& text)
-    {
-        wxString value;
-        return script.Evaluate(text, nullptr, value) ? value : wxString("(failed)");
-    }
-
-    NoHostObjectsLeft check;
-    LogCapture log;
-};
+using ScriptHandlesTest = ScriptContextsTest;
 
 // Copies.
 

@@ -6,18 +6,7 @@ namespace
 {
 
 /// Objects and contexts that end in one order or another.
-class ScriptLifetimeTest : public ::testing::Test
-{
-protected:
-    static wxString Show(CJScript& script, const wxString& text)
-    {
-        wxString value;
-        return script.Evaluate(text, nullptr, value) ? value : wxString("(failed)");
-    }
-
-    NoHostObjectsLeft check;
-    LogCapture log;
-};
+using ScriptLifetimeTest = ScriptContextsTest;
 
 TEST_F(ScriptLifetimeTest, TheContextEndsBeforeItsGlobalObject)
 {
