@@ -19,6 +19,13 @@ bool MayDiffer(const std::string& text)
            Holds(text, "encoding") || text.find('\0') != std::string::npos;
 }
 
+/// Whether a document is refused for a reference that a parameter entity, which nobody reads, might have declared:
+/// wxXmlDocument drops it and goes on.
+bool HasUndecidedReference(const std::string& text, const ReadResult& result)
+{
+    return Holds(text, "%") && result.error.message.StartsWith(wxS("undefined entity"));
+}
+
 bool IsDeep(const ReadResult& result)
 {
     return result.error.message.StartsWith(wxS("elements are nested deeper than"));
@@ -52,7 +59,7 @@ void Check(const std::string& text, int flags)
     CheckFailure(ours);
     if (ours.done)
         CheckRoundTrip(*ours.document);
-    if (MayDiffer(text) || IsDeep(ours))
+    if (MayDiffer(text) || IsDeep(ours) || HasUndecidedReference(text, ours))
         return;
     const ReadResult plain = ReadPlain(text, flags);
     Require(plain.done == ours.done, "wxXmlDocument accepts the same documents");
