@@ -80,6 +80,13 @@ def is_escaped(text, at):
     return backslashes % 2 == 1
 
 
+def reference(text, at):
+    """Whether a second "#" asks for quotes, where the word behind the one at `at` starts, and the word."""
+    quoted = text[at + 1 : at + 2] == "#"
+    start = at + 1 + quoted
+    return quoted, start, WORD.match(text, start).group()
+
+
 def end_of_string(text, at):
     """Behind the string that opens at `at`; 0 when it is not closed."""
     end = at + 1
@@ -287,9 +294,7 @@ class Preprocessor:
                 result += text[at:end]
                 at = end
                 continue
-            quoted = text[at + 1 : at + 2] == "#"
-            start = at + 1 + quoted
-            word = WORD.match(text, start).group()
+            quoted, start, word = reference(text, at)
             end = start + len(word)
             value = None
             if text[start : start + 1] in ("", " ", "\t", "(", "{") or word in left_alone:
@@ -373,9 +378,7 @@ class Preprocessor:
                 result += value[at:end]
                 at = end
                 continue
-            quoted = value[at + 1 : at + 2] == "#"
-            start = at + 1 + quoted
-            word = WORD.match(value, start).group()
+            quoted, start, word = reference(value, at)
             end = start + len(word)
             part = arguments.get(word)
             if value[start : start + 1] == "(":
